@@ -1,0 +1,37 @@
+#pragma once
+
+// Faults of the machine, for tests: an operation is told how many calls go well before each later
+// one fails with a given error. Only the test build of the platform layer (SIGIL_FAULTS) has them;
+// in every other build the question costs nothing and the answer is always "no fault".
+
+#include <optional>
+
+#include "platform/base.h"
+
+namespace platform {
+
+#ifdef SIGIL_FAULTS
+
+constexpr bool kHasFaults = true;
+
+/// From its call number `goodCalls` + 1 on, counted from now, `operation` (its plain name, as
+/// "CreateMutexW" or "CFile::Read") fails with `error` in its own way of failing.
+void SetFault(const char* operation, unsigned goodCalls, DWORD error);
+void ClearFaults();
+
+/// Counts a call of `operation`; the error when this call is to fail.
+std::optional<DWORD> TakeFault(const char* operation);
+
+#else
+
+constexpr bool kHasFaults = false;
+
+inline void SetFault(const char*, unsigned, DWORD) {}
+inline void ClearFaults() {}
+constexpr std::optional<DWORD> TakeFault(const char*) {
+  return std::nullopt;
+}
+
+#endif
+
+}  // namespace platform

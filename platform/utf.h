@@ -1,0 +1,23 @@
+#pragma once
+
+// Wide text (one UTF-16 code unit in each `wchar_t`, in both homes) to bytes and back. Surrogates
+// are known here and nowhere else. Nothing fails: what cannot be converted becomes U+FFFD.
+
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// UTF-8 of UTF-16 text. A surrogate without its other half becomes U+FFFD; a single unit above
+/// 0xFFFF (a literal of a compiler with 32-bit `wchar_t`) is taken as that code point.
+std::string ToUtf8(std::wstring_view text);
+
+/// UTF-16 of UTF-8 text: one U+FFFD for each maximal ill-formed part, as the Unicode Standard
+/// recommends.
+std::wstring FromUtf8(std::string_view text);
+
+/// Little-endian UTF-16 bytes, units as they stand, lone surrogates included.
+std::string ToUtf16LeBytes(std::wstring_view text);
+std::wstring FromUtf16LeBytes(std::string_view bytes);
+
+}  // namespace platform
