@@ -22,6 +22,9 @@ void ClearFaults();
 /// Counts a call of `operation`; the error when this call is to fail.
 std::optional<DWORD> TakeFault(const char* operation);
 
+/// `observer` is told each operation that asks, before it is answered; null: nobody is.
+void SetObserver(void (*observer)(const char* operation));
+
 #else
 
 constexpr bool kHasFaults = false;
@@ -31,6 +34,7 @@ inline void ClearFaults() {}
 constexpr std::optional<DWORD> TakeFault(const char*) {
   return std::nullopt;
 }
+inline void SetObserver(void (*)(const char*)) {}
 
 #endif
 
