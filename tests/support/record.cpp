@@ -1,0 +1,96 @@
+#include "tests/support/record.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "platform/faults.h"
+#include "platform/utf.h"
+#include "tests/recorder/recorder.h"
+
+namespace tests {
+
+namespace {
+
+constexpr std::array<std::string_view, 8> kWatched = {
+    "ReleaseMutex",   "CloseHandle", "LocalFree", "CoInitialize",
+    "CoUninitialize", "CreateFileW", "WriteFile", "EnumPrintersW"};
+
+bool IsWatched(std::string_view line) {
+  return std::find(kWatched.begin(), kWatched.end(), line) != kWatched.end();
+}
+
+void RecordOperation(const char* operation) {
+  if (!IsWatched(operation)) return;
+  RecorderAdd(platform::FromUtf8(operation).c_str());
+}
+
+bool IsHidden(std::string_view line, Hide hide) {
+  return hide == Hide::kStrings &&
+         (line.starts_with("String[") || line == "SigilCreateInstance(String)");
+}
+
+std::vector<std::string> RecordLines(Hide hide) {
+  std::vector<std::string> lines;
+  for (std::size_t i = 0; i < RecorderCount(); ++i) {
+    std::string line = platform::ToUtf8(RecorderLine(i));
+    if (!IsHidden(line, hide)) lines.push_back(std::move(line));
+  }
+  return lines;
+}
+
+std::vector<std::string> ExpectedLines(std::string_view text) {
+  std::vector<std::string> lines;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (!line.empty() && (platform::kHasFaults || !IsWatched(line))) lines.emplace_back(line);
+  }
+  return lines;
+}
+
+std::string Joined(const std::vector<std::string>& lines) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  return text;
+}
+
+}  // namespace
+
+std::string Record(Hide hide) {
+  return Joined(RecordLines(hide));
+}
+
+void ExpectRecord(std::string_view expected, Hide hide, std::source_location where) {
+  const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "record");
+  const std::vector<std::string> wanted = ExpectedLines(expected);
+  std::vector<std::string> got = RecordLines(hide);
+  for (const std::string& pattern : wanted) {
+    if (!pattern.ends_with('*')) continue;
+    const std::string_view start(pattern.data(), pattern.size() - 1);
+    std::replace_if(
+        got.begin(), got.end(), [&](const std::string& line) { return line.starts_with(start); },
+        pattern);
+  }
+  EXPECT_EQ(Joined(wanted), Joined(got));
+}
+
+std::string Fill(std::string_view text, std::initializer_list<std::string_view> arguments) {
+  std::string filled(text);
+  for (std::size_t i = arguments.size(); i > 0; --i) {
+    const std::string mark = "$" + std::to_string(i);
+    const std::string_view value = arguments.begin()[i - 1];
+    for (std::size_t at = 0; (at = filled.find(mark, at)) != std::string::npos; at += value.size())
+      filled.replace(at, mark.size(), value);
+  }
+  return filled;
+}
+
+void WatchMachine() {
+  platform::SetObserver(RecordOperation);
+}
+
+}  // namespace tests

@@ -1,0 +1,42 @@
+#pragma once
+
+// Comparing what a pass did: component calls, log lines and operations of the machine, in one
+// sequence. A record is a text with one line for each:
+//
+//   4 153400030 OperationSigilSettings::SaveCfg "設定ファイルの保存に失敗しました。"
+//   Settings::Save(0)
+//   ReleaseMutex
+//   component unloaded
+//
+// A log line has level, number, function, then its texts in quotes (`code N` before them in the
+// form with a code). Operations of the machine show only where faults exist, and expected ones are
+// passed over elsewhere.
+
+#include <initializer_list>
+#include <source_location>
+#include <string>
+#include <string_view>
+
+namespace tests {
+
+/// What ExpectRecord leaves out.
+enum class Hide {
+  kStrings,  ///< String objects: how often they are copied is nobody's business
+  kNothing,
+};
+
+/// The record since the last reset must equal `expected`, line by line; blank lines don't count. An
+/// expected line that ends in `*` fits every line that begins like it.
+void ExpectRecord(std::string_view expected, Hide hide = Hide::kStrings,
+                  std::source_location where = std::source_location::current());
+
+/// The record as a text.
+std::string Record(Hide hide = Hide::kStrings);
+
+/// `text` with each "$1", "$2", ... replaced by the argument of that place.
+std::string Fill(std::string_view text, std::initializer_list<std::string_view> arguments);
+
+/// Has the operations of the machine that matter recorded.
+void WatchMachine();
+
+}  // namespace tests

@@ -1,0 +1,77 @@
+#pragma once
+
+// A machine of a test's own: printers, the user, and the files of a client. On Linux a temporary
+// machine folder, on Windows the machine itself, cleaned before and after.
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tests {
+
+constexpr wchar_t kSuiteDriver[] = L"QuietMIMOSA Harbor Ledge Driver";
+constexpr wchar_t kMarker[] = L"[監視対象プリンタ]";
+
+constexpr wchar_t kSettingFolder[] = L"C:\\SigilTest";
+constexpr wchar_t kUserInfo[] = L"C:\\SigilTest\\UserInfoWM.ini";
+constexpr wchar_t kClientIni[] =
+    L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\config\\Client.ini";
+constexpr wchar_t kKeySource[] =
+    L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\config\\data.dat";
+constexpr wchar_t kSystemSetting[] =
+    L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\EMS\\SystemSetting.csv";
+constexpr wchar_t kPolicyFile[] =
+    L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\EMS\\WmPolicy.dat";
+
+struct TestPrinter {
+  std::wstring name;
+  std::wstring driver;
+  std::optional<std::wstring> comment;
+};
+
+/// A fresh machine: no printers, none of the files, a user with a full name, no domain; a setting
+/// folder that the recorder's state names. The recorder is reset and watches.
+class TestMachine {
+ public:
+  TestMachine();
+  /// Ends the faults and expects that nothing is held any more: no component object, no library, no
+  /// mutex.
+  ~TestMachine();
+  TestMachine(const TestMachine&) = delete;
+  TestMachine& operator=(const TestMachine&) = delete;
+
+  void SetPrinters(const std::vector<TestPrinter>& printers);
+
+  /// Makes folders as needed. Paths are Windows paths.
+  void Write(std::wstring_view path, std::string_view bytes);
+  /// Profile text, in the form that keeps every character.
+  void WriteProfile(std::wstring_view path, std::wstring_view text);
+  /// Empty when the file is absent.
+  std::string Read(std::wstring_view path) const;
+
+  /// Leaves UserInfoWM.ini as after a lookup that found `fullName`.
+  void RememberFullName(std::wstring_view fullName);
+
+ private:
+  // What each home does in its own way.
+  void Open();
+  void Close();
+  void WriteMachineFile() const;
+
+  std::filesystem::path m_root;
+  std::vector<TestPrinter> m_printers;
+};
+
+/// Nobody owns the mutex of the setting file; asked from another thread, since it lets its owner in
+/// again.
+bool MutexIsFree();
+
+/// The component's setting file, as UTF-8.
+std::string SettingFile();
+
+/// The bytes of a policy file with this clear text, for a machine without key source.
+std::string SealPolicy(std::string_view clear);
+
+}  // namespace tests

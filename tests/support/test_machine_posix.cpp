@@ -1,0 +1,90 @@
+#include <openssl/evp.h>
+#include <stdlib.h>
+
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "platform/posix/machine.h"
+#include "platform/synch.h"
+#include "platform/utf.h"
+#include "tests/support/test_machine.h"
+
+namespace tests {
+
+namespace fs = std::filesystem;
+
+void TestMachine::Open() {
+  std::string name = (fs::temp_directory_path() / "sigil-test-XXXXXX").string();
+  if (mkdtemp(name.data()) == nullptr) throw fs::filesystem_error("mkdtemp", name, {});
+  m_root = name;
+  setenv("SIGIL_ROOT", m_root.c_str(), 1);
+  WriteMachineFile();
+  fs::create_directories(platform::HostPath(kSettingFolder));
+}
+
+void TestMachine::Close() {
+  std::error_code ignored;
+  fs::remove_all(m_root, ignored);
+  unsetenv("SIGIL_ROOT");
+}
+
+void TestMachine::SetPrinters(const std::vector<TestPrinter>& printers) {
+  m_printers = printers;
+  WriteMachineFile();
+}
+
+void TestMachine::WriteMachineFile() const {
+  std::wstring text = L"[Machine]\nUser=tanaka\n\n[Accounts]\ntanaka=田中 太郎\n";
+  for (const TestPrinter& printer : m_printers) {
+    text += L"\n[Printer " + printer.name + L"]\nDriver=" + printer.driver + L"\n";
+    if (printer.comment) text += L"Comment=" + *printer.comment + L"\n";
+  }
+  std::ofstream(m_root / "machine.ini", std::ios::binary) << platform::ToUtf8(text);
+}
+
+void TestMachine::Write(std::wstring_view path, std::string_view bytes) {
+  const fs::path file = platform::HostPath(path);
+  fs::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary) << bytes;
+}
+
+std::string TestMachine::Read(std::wstring_view path) const {
+  std::ifstream file(platform::HostPath(path), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool MutexIsFree() {
+  DWORD wait = WAIT_FAILED;
+  std::thread([&wait] {
+    HANDLE mutex = CreateMutexW(nullptr, FALSE, L"Global\\MIMOSA_HLE_SIGIL_SETTING");
+    wait = WaitForSingleObject(mutex, 0);
+    if (wait == WAIT_OBJECT_0) ReleaseMutex(mutex);
+    CloseHandle(mutex);
+  }).join();
+  return wait == WAIT_OBJECT_0;
+}
+
+std::string SettingFile() {
+  return R"(C:\Users\tanaka\AppData\LocalLow\KBR-LTD\HarborLedge!\HarborLedge!.cfg)";
+}
+
+std::string SealPolicy(std::string_view clear) {
+  constexpr int kBlock = 16;
+  std::string padded(clear);
+  padded.append(kBlock - padded.size() % kBlock, '\0');  // at least one NUL ends the text
+  const unsigned char zeros[32] = {};
+  std::string sealed(padded.size() + kBlock, '\0');
+  int size = 0;
+  EVP_CIPHER_CTX* context = EVP_CIPHER_CTX_new();
+  EVP_EncryptInit_ex(context, EVP_aes_256_cbc(), nullptr, zeros, zeros);
+  EVP_CIPHER_CTX_set_padding(context, 0);
+  EVP_EncryptUpdate(context, reinterpret_cast<unsigned char*>(sealed.data()), &size,
+                    reinterpret_cast<const unsigned char*>(padded.data()),
+                    static_cast<int>(padded.size()));
+  EVP_CIPHER_CTX_free(context);
+  sealed.resize(static_cast<std::size_t>(size));
+  return sealed;
+}
+
+}  // namespace tests
