@@ -28,8 +28,8 @@ void RecordOperation(const char* operation) {
 }
 
 bool IsHidden(std::string_view line, Hide hide) {
-  return hide == Hide::kStrings &&
-         (line.starts_with("String[") || line == "SigilCreateInstance(String)");
+  return hide == Hide::kDetails && (line.starts_with("String[") || line.starts_with("0 0 ") ||
+                                    line == "SigilCreateInstance(String)");
 }
 
 std::vector<std::string> RecordLines(Hide hide) {

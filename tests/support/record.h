@@ -21,17 +21,17 @@ namespace tests {
 
 /// What ExpectRecord leaves out.
 enum class Hide {
-  kStrings,  ///< String objects: how often they are copied is nobody's business
+  kDetails,  ///< String objects, whose copies are nobody's business, and the traces of level 0
   kNothing,
 };
 
 /// The record since the last reset must equal `expected`, line by line; blank lines don't count. An
 /// expected line that ends in `*` fits every line that begins like it.
-void ExpectRecord(std::string_view expected, Hide hide = Hide::kStrings,
+void ExpectRecord(std::string_view expected, Hide hide = Hide::kDetails,
                   std::source_location where = std::source_location::current());
 
 /// The record as a text.
-std::string Record(Hide hide = Hide::kStrings);
+std::string Record(Hide hide = Hide::kDetails);
 
 /// `text` with each "$1", "$2", ... replaced by the argument of that place.
 std::string Fill(std::string_view text, std::initializer_list<std::string_view> arguments);

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/base.h"
+
 namespace tests {
 
 constexpr wchar_t kSuiteDriver[] = L"QuietMIMOSA Harbor Ledge Driver";
@@ -50,6 +52,7 @@ class TestMachine {
   void WriteProfile(std::wstring_view path, std::wstring_view text);
   /// Empty when the file is absent.
   std::string Read(std::wstring_view path) const;
+  void Remove(std::wstring_view path);
 
   /// Leaves UserInfoWM.ini as after a lookup that found `fullName`.
   void RememberFullName(std::wstring_view fullName);
@@ -67,6 +70,9 @@ class TestMachine {
 /// Nobody owns the mutex of the setting file; asked from another thread, since it lets its owner in
 /// again.
 bool MutexIsFree();
+
+/// A thread takes that mutex and ends. The handle keeps the mutex in being.
+HANDLE AbandonMutex();
 
 /// The component's setting file, as UTF-8.
 std::string SettingFile();

@@ -237,8 +237,9 @@ class TestPrinterSettings : public Recorded<Sigil::PrinterSettings> {
   }
   Result DeleteWatermark(const GUID* guid) override { return Call(L"DeleteWatermark", guid); }
   Result CreateWatermark(Sigil::Watermark** out) override {
+    const unsigned number = RecorderNextNumber(L"Watermark");  // spent on a failure too
     const Result result = Call(L"CreateWatermark", Place(L"out", out));
-    if (!Sigil::Failed(result)) *out = new TestWatermark(RecorderNextNumber(L"Watermark"));
+    if (!Sigil::Failed(result)) *out = new TestWatermark(number);
     return result;
   }
 
