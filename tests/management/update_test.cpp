@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 
 #include "boundary/exports.h"
@@ -602,11 +603,11 @@ TEST(Update, ValuesArePulledToTheirBounds) {
     elements.push_back(
         {std::to_wstring(elements.size() + 1), {{L"Kind", test.kind}, {test.property, test.text}}});
   EXPECT_EQ(Update(Policy(3, L"0", elements)), 0);
-  const std::string record = Record();
   int number = 0;
   for (const auto& test : cases) {
-    const std::string line = "\nWatermark[W" + std::to_string(++number) + "]::" + test.call + "\n";
-    EXPECT_NE(record.find(line), std::string::npos) << line;
+    const std::string watermark = "Watermark[W" + std::to_string(++number) + "]::";
+    const std::string operation(test.call, std::strchr(test.call, '(') + 1);
+    ExpectLinesWith({watermark + operation}, watermark + test.call);
   }
 }
 

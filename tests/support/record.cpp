@@ -58,16 +58,9 @@ std::string Joined(const std::vector<std::string>& lines) {
   return text;
 }
 
-}  // namespace
-
-std::string Record(Hide hide) {
-  return Joined(RecordLines(hide));
-}
-
-void ExpectRecord(std::string_view expected, Hide hide, std::source_location where) {
+void Compare(std::string_view expected, std::vector<std::string> got, std::source_location where) {
   const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "record");
   const std::vector<std::string> wanted = ExpectedLines(expected);
-  std::vector<std::string> got = RecordLines(hide);
   for (const std::string& pattern : wanted) {
     if (!pattern.ends_with('*')) continue;
     const std::string_view start(pattern.data(), pattern.size() - 1);
@@ -76,6 +69,23 @@ void ExpectRecord(std::string_view expected, Hide hide, std::source_location whe
         pattern);
   }
   EXPECT_EQ(Joined(wanted), Joined(got));
+}
+
+}  // namespace
+
+void ExpectRecord(std::string_view expected, Hide hide, std::source_location where) {
+  Compare(expected, RecordLines(hide), where);
+}
+
+void ExpectLinesWith(std::initializer_list<std::string_view> parts, std::string_view expected,
+                     std::source_location where) {
+  std::vector<std::string> lines = RecordLines(Hide::kNothing);
+  std::erase_if(lines, [&](const std::string& line) {
+    return std::none_of(parts.begin(), parts.end(), [&](std::string_view part) {
+      return line.find(part) != std::string::npos;
+    });
+  });
+  Compare(expected, lines, where);
 }
 
 std::string Fill(std::string_view text, std::initializer_list<std::string_view> arguments) {

@@ -30,8 +30,9 @@ enum class Hide {
 void ExpectRecord(std::string_view expected, Hide hide = Hide::kDetails,
                   std::source_location where = std::source_location::current());
 
-/// The record as a text.
-std::string Record(Hide hide = Hide::kDetails);
+/// The same for those lines alone that hold one of `parts`, whatever else was done.
+void ExpectLinesWith(std::initializer_list<std::string_view> parts, std::string_view expected,
+                     std::source_location where = std::source_location::current());
 
 /// `text` with each "$1", "$2", ... replaced by the argument of that place.
 std::string Fill(std::string_view text, std::initializer_list<std::string_view> arguments);
