@@ -25,6 +25,7 @@ using LONG = std::int32_t;
 using ULONG = std::uint32_t;
 using ULONGLONG = std::uint64_t;
 using SIZE_T = std::size_t;
+using INT_PTR = std::intptr_t;
 using HRESULT = std::int32_t;
 using LPVOID = void*;
 using LPDWORD = DWORD*;

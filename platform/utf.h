@@ -3,6 +3,7 @@
 // Wide text (one UTF-16 code unit in each `wchar_t`, in both homes) to bytes and back. Surrogates
 // are known here and nowhere else. Nothing fails: what cannot be converted becomes U+FFFD.
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -16,8 +17,14 @@ std::string ToUtf8(std::wstring_view text);
 /// recommends.
 std::wstring FromUtf8(std::string_view text);
 
+/// The same into `target`, which takes `capacity` units; what does not fit is left out and `target`
+/// may be null when that is 0. The number of units of the whole text, without a terminator.
+std::size_t DecodeUtf8(std::string_view text, wchar_t* target, std::size_t capacity);
+
 /// Little-endian UTF-16 bytes, units as they stand, lone surrogates included.
 std::string ToUtf16LeBytes(std::wstring_view text);
+
+/// A last byte without its other half becomes U+FFFD.
 std::wstring FromUtf16LeBytes(std::string_view bytes);
 
 }  // namespace platform

@@ -1,0 +1,52 @@
+#pragma once
+
+// The calls of the Microsoft C run-time that the C++ library has no equal of. They follow its
+// documentation on every input and take no notice of the process's locale.
+
+#include "platform/base.h"
+
+#ifdef _WIN32
+
+#include <cstdio>
+#include <cwchar>
+#include <cwctype>
+
+namespace crt {
+using ::iswspace;
+using ::wcstol;
+}  // namespace crt
+
+#else
+
+#include <cstdio>
+
+using errno_t = int;
+
+/// The number at the start of `text`: white space, a sign, decimal digits (those of other scripts
+/// count too) up to the first other character. 0 when there is none or `text` is null; what is
+/// beyond the range gives its nearest end, INT_MAX or INT_MIN.
+int _wtoi(const wchar_t* text);
+
+/// The same for a real number with decimal point and exponent (e, E, d or D), correctly rounded:
+/// 0.0 when there is none or `text` is null, +-HUGE_VAL beyond the range. Nothing else is a number:
+/// no hexadecimal form, no infinity.
+double _wtof(const wchar_t* text);
+
+/// Opens a file for reading. `path` is a Windows path; the modes "r" and "rb" are known, both
+/// without translation of line ends. 0, or an error of <cerrno>, and then `*file` is null.
+errno_t _wfopen_s(std::FILE** file, const wchar_t* path, const wchar_t* mode);
+
+// Where the names are taken by functions that answer otherwise: `long` has 32 bits, and white space
+// is that of Unicode in every locale.
+namespace crt {
+
+/// `base` is 2 to 36, or 0 to read it from a prefix 0x or 0; 16 takes a prefix 0x. `*end`, unless
+/// `end` is null, is set behind the number, or to `text` when there is none. LONG_MAX or LONG_MIN
+/// (32 bits) and ERANGE beyond the range.
+LONG wcstol(const wchar_t* text, wchar_t** end, int base);
+
+int iswspace(wchar_t character);
+
+}  // namespace crt
+
+#endif

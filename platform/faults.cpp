@@ -1,0 +1,52 @@
+#include "platform/faults.h"
+
+#ifdef SIGIL_FAULTS
+
+#include <atomic>
+#include <map>
+#include <mutex>
+#include <string>
+
+namespace platform {
+
+namespace {
+
+struct Fault {
+  unsigned goodCalls;
+  DWORD error;
+};
+
+std::mutex g_guard;
+std::map<std::string, Fault, std::less<>> g_faults;
+std::atomic<void (*)(const char*)> g_observer = nullptr;
+
+}  // namespace
+
+void SetFault(const char* operation, unsigned goodCalls, DWORD error) {
+  const std::lock_guard lock(g_guard);
+  g_faults.insert_or_assign(operation, Fault{goodCalls, error});
+}
+
+void ClearFaults() {
+  const std::lock_guard lock(g_guard);
+  g_faults.clear();
+}
+
+std::optional<DWORD> TakeFault(const char* operation) {
+  if (const auto observer = g_observer.load()) observer(operation);
+  const std::lock_guard lock(g_guard);
+  const auto found = g_faults.find(std::string_view(operation));
+  if (found == g_faults.end()) return std::nullopt;
+  Fault& fault = found->second;
+  if (fault.goodCalls == 0) return fault.error;
+  --fault.goodCalls;
+  return std::nullopt;
+}
+
+void SetObserver(void (*observer)(const char* operation)) {
+  g_observer = observer;
+}
+
+}  // namespace platform
+
+#endif

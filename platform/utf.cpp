@@ -1,0 +1,178 @@
+#include "platform/utf.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace platform {
+
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t kFirstSupplementary = 0x10000;
+constexpr char32_t kLast = 0x10FFFF;
+
+constexpr bool IsHighSurrogate(char32_t unit) {
+  return unit >= 0xD800 && unit <= 0xDBFF;
+}
+constexpr bool IsLowSurrogate(char32_t unit) {
+  return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+/// Takes one code point off the front. Lone surrogates come out as they stand.
+char32_t TakeUtf16(std::wstring_view& text) {
+  const char32_t first = static_cast<char32_t>(text[0]);
+  text.remove_prefix(1);
+  if (!IsHighSurrogate(first) || text.empty()) return first;
+  const char32_t second = static_cast<char32_t>(text[0]);
+  if (!IsLowSurrogate(second)) return first;
+  text.remove_prefix(1);
+  return kFirstSupplementary + ((first - 0xD800) << 10) + (second - 0xDC00);
+}
+
+void AppendUtf8(std::string& bytes, char32_t code) {
+  const auto add = [&bytes](char32_t byte) { bytes.push_back(static_cast<char>(byte)); };
+  const auto addTrail = [&add, code](int shift) { add(0x80 | ((code >> shift) & 0x3F)); };
+  if (code < 0x80) {
+    add(code);
+  } else if (code < 0x800) {
+    add(0xC0 | (code >> 6));
+    addTrail(0);
+  } else if (code < kFirstSupplementary) {
+    add(0xE0 | (code >> 12));
+    addTrail(6);
+    addTrail(0);
+  } else {
+    add(0xF0 | (code >> 18));
+    addTrail(12);
+    addTrail(6);
+    addTrail(0);
+  }
+}
+
+/// What a lead byte asks for: the number of trail bytes and the range of the first of them, which
+/// keeps overlong forms, surrogates and numbers above the last code point out.
+struct Lead {
+  int trails;
+  unsigned char low;
+  unsigned char high;
+};
+
+constexpr Lead LeadOf(unsigned char byte) {
+  if (byte < 0xC2 || byte > 0xF4) return {0, 0, 0};
+  if (byte < 0xE0) return {1, 0x80, 0xBF};
+  if (byte == 0xE0) return {2, 0xA0, 0xBF};
+  if (byte == 0xED) return {2, 0x80, 0x9F};
+  if (byte < 0xF0) return {2, 0x80, 0xBF};
+  if (byte == 0xF0) return {3, 0x90, 0xBF};
+  if (byte == 0xF4) return {3, 0x80, 0x8F};
+  return {3, 0x80, 0xBF};
+}
+
+/// Takes one code point that is not ASCII, or one maximal ill-formed part, off the front.
+char32_t TakeUtf8(const unsigned char*& at, const unsigned char* end) {
+  const unsigned char first = *at++;
+  const Lead lead = LeadOf(first);
+  if (lead.trails == 0) return kReplacement;
+  char32_t code = first & (0x3FU >> lead.trails);
+  for (int i = 0; i < lead.trails; ++i) {
+    const unsigned char low = i == 0 ? lead.low : 0x80;
+    const unsigned char high = i == 0 ? lead.high : 0xBF;
+    if (at == end || *at < low || *at > high) return kReplacement;
+    code = (code << 6) | (*at++ & 0x3FU);
+  }
+  return code;
+}
+
+bool AreEightAscii(const unsigned char* at) {
+  std::uint64_t word;
+  std::memcpy(&word, at, sizeof word);
+  return (word & 0x8080808080808080ULL) == 0;
+}
+
+/// Hands the units of UTF-8 text to `put`.
+template <typename Put>
+void Decode(std::string_view text, Put put) {
+  const auto* at = reinterpret_cast<const unsigned char*>(text.data());
+  const unsigned char* const end = at + text.size();
+  while (at != end) {
+    while (end - at >= 8 && AreEightAscii(at))
+      for (int i = 0; i < 8; ++i) put(static_cast<wchar_t>(*at++));
+    if (at == end) return;
+    if (*at < 0x80) {
+      put(static_cast<wchar_t>(*at++));
+      continue;
+    }
+    const char32_t code = TakeUtf8(at, end);
+    if (code < kFirstSupplementary) {
+      put(static_cast<wchar_t>(code));
+    } else {
+      put(static_cast<wchar_t>(0xD800 + ((code - kFirstSupplementary) >> 10)));
+      put(static_cast<wchar_t>(0xDC00 + ((code - kFirstSupplementary) & 0x3FF)));
+    }
+  }
+}
+
+}  // namespace
+
+std::string ToUtf8(std::wstring_view text) {
+  std::string bytes;
+  bytes.reserve(text.size());
+  while (!text.empty()) {
+    const char32_t code = TakeUtf16(text);
+    const bool encodable = code <= kLast && !IsHighSurrogate(code) && !IsLowSurrogate(code);
+    AppendUtf8(bytes, encodable ? code : kReplacement);
+  }
+  return bytes;
+}
+
+std::wstring FromUtf8(std::string_view text) {
+  std::wstring units(text.size(), L'\0');  // no sequence has more units than bytes
+  units.resize(DecodeUtf8(text, units.data(), units.size()));
+  return units;
+}
+
+std::size_t DecodeUtf8(std::string_view text, wchar_t* target, std::size_t capacity) {
+  std::size_t count = 0;
+  if (capacity >= text.size()) {
+    Decode(text, [&](wchar_t unit) { target[count++] = unit; });
+  } else {
+    Decode(text, [&](wchar_t unit) {
+      if (count < capacity) target[count] = unit;
+      ++count;
+    });
+  }
+  return count;
+}
+
+std::string ToUtf16LeBytes(std::wstring_view text) {
+  std::string bytes;
+  bytes.reserve(2 * text.size());
+  const auto add = [&bytes](char32_t unit) {
+    bytes.push_back(static_cast<char>(unit & 0xFF));
+    bytes.push_back(static_cast<char>(unit >> 8));
+  };
+  for (const wchar_t each : text) {
+    char32_t unit = static_cast<char32_t>(each);
+    if (unit > kLast) unit = kReplacement;
+    if (unit >= kFirstSupplementary) {
+      add(0xD800 + ((unit - kFirstSupplementary) >> 10));
+      unit = 0xDC00 + ((unit - kFirstSupplementary) & 0x3FF);
+    }
+    add(unit);
+  }
+  return bytes;
+}
+
+std::wstring FromUtf16LeBytes(std::string_view bytes) {
+  std::wstring units;
+  units.reserve((bytes.size() + 1) / 2);
+  for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+    const auto low = static_cast<unsigned char>(bytes[i]);
+    const auto high = static_cast<unsigned char>(bytes[i + 1]);
+    units.push_back(static_cast<wchar_t>(low | (high << 8)));
+  }
+  if (bytes.size() % 2 != 0) units.push_back(static_cast<wchar_t>(kReplacement));
+  return units;
+}
+
+}  // namespace platform
