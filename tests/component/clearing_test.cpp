@@ -2,14 +2,12 @@
 #include <stdlib.h>
 
 #include <fstream>
-#include <functional>
 
 #include "boundary/exports.h"
 #include "platform/faults.h"
-#include "platform/utf.h"
-#include "tests/recorder/recorder.h"
 #include "tests/support/record.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/twist.h"
 
 namespace tests {
 namespace {
@@ -45,80 +43,65 @@ const std::string kAll = kFirst + kSecond + kDriver + kEnd;
 
 const char kRelative[] = R"(KBR-LTD\HarborLedge!\HarborLedge!.cfg)";
 
-/// A user whose name makes the setting file's path `length` long.
-void SetUserForPath(std::size_t length) {
-  const std::string others = R"(C:\Users\\AppData\LocalLow\)" + std::string(kRelative);
-  std::ofstream(std::string(getenv("SIGIL_ROOT")) + "/machine.ini")
-      << "[Machine]\nUser=" << std::string(length - others.size(), 'u') << "\n";
+void ClearAndExpect(const std::string& record, const std::string& path) {
+  RecorderSetState(L"printer settings", L"甲\n乙");
+  RecorderSetState(L"driver settings", L"丙");
+  Clear();
+  ExpectLinesWith({"AllDeletePrinterSetting", "DeletePrinterSetting", "DeleteDriverSetting"},
+                  Fill(record, {path}));
 }
 
 TEST(Clearing, EachFailureCostsOneEntry) {
   const std::string path = SettingFile();
   const std::string local = R"(C:\Users\tanaka\AppData\Local\)" + std::string(kRelative);
-  const std::string longestPath = R"(C:\Users\)" +
-                                  std::string(259 - 27 - std::string(kRelative).size(), 'u') +
-                                  R"(\AppData\LocalLow\)" + kRelative;
-  const struct {
-    const char* name;
-    bool needsFaults;
-    std::function<void()> script;
-    std::string record, path;
-  } cases[] = {
-      {"all well", false, [] {}, kAll, path},
-      {"a printer's name refused", false,
-       [] { RecorderScript(L"Settings::GetPrinterSettingName", 1, -1); }, kSecond + kDriver + kEnd,
-       path},
-      {"a driver's name refused", false,
-       [] { RecorderScript(L"Settings::GetDriverSettingName", 1, -1); }, kFirst + kSecond + kEnd,
-       path},
-      {"names given with a positive result", false,
-       [] { RecorderScript(L"Settings::GetPrinterSettingName", 0, 1); }, kAll, path},
-      {"deletions refused", false,
-       [] {
-         RecorderScript(L"Settings::DeletePrinterSetting", 1, -1);
-         RecorderScript(L"Settings::DeletePrinterSetting", 2, 1);
-         RecorderScript(L"Settings::DeleteDriverSetting", 1, -1);
-       },
-       R"(
+  const auto check = [](const char* name, const Twists& twists, const std::string& record,
+                        const std::string& path) {
+    SCOPED_TRACE(name);
+    TestMachine machine;
+    if (Apply(twists)) ClearAndExpect(record, path);
+  };
+  check("all well", Twists(), kAll, path);
+  check("a printer's name refused", Gives(L"Settings::GetPrinterSettingName", 1, -1),
+        kSecond + kDriver + kEnd, path);
+  check("a driver's name refused", Gives(L"Settings::GetDriverSettingName", 1, -1),
+        kFirst + kSecond + kEnd, path);
+  check("names given with a positive result", Gives(L"Settings::GetPrinterSettingName", 0, 1), kAll,
+        path);
+  check("deletions refused",
+        Gives(L"Settings::DeletePrinterSetting", 1, -1) +
+            Gives(L"Settings::DeletePrinterSetting", 2, 1) +
+            Gives(L"Settings::DeleteDriverSetting", 1, -1),
+        R"(
 Settings::DeletePrinterSetting("$1", "甲")
 4 153400210 OperationSigilSettings::AllDeletePrinterSetting "設定ファイルからプリンタ個別設定の削除に失敗しました[<甲>]"
 )" + kSecond +
-           R"(
+            R"(
 Settings::DeleteDriverSetting("$1", "丙")
 4 153400230 OperationSigilSettings::AllDeletePrinterSetting "設定ファイルからドライバ個別設定の削除に失敗しました[<丙>]"
 )" + kEnd,
-       path},
-      {"no string object", true, [] { RecorderScript(L"SigilCreateInstance(String)", 0, -1); },
-       kThrown, path},
-      {"no string object after the first", true,
-       [] { RecorderScript(L"SigilCreateInstance(String)", 2, 1); }, kThrown, path},
-      {"a component that throws", true,
-       [] { RecorderScriptThrow(L"Settings::DeletePrinterSetting", 2); },
-       kFirst + "Settings::DeletePrinterSetting(\"$1\", \"乙\")\n" + kThrown, path},
-      {"no folder of low integrity", true,
-       [] { platform::SetFault("SHGetKnownFolderPath", 0, ERROR_ACCESS_DENIED); }, kAll, local},
-      {"no folder at all", true,
-       [] {
-         platform::SetFault("SHGetKnownFolderPath", 0, ERROR_ACCESS_DENIED);
-         platform::SetFault("SHGetSpecialFolderPathW", 0, ERROR_ACCESS_DENIED);
-       },
-       kAll, kRelative},
-      {"a path that just fits", true, [] { SetUserForPath(259); }, kAll, longestPath},
-      {"a path too long", true, [] { SetUserForPath(260); }, R"(
+        path);
+  check("no string object", Gives(L"SigilCreateInstance(String)", 0, -1), kThrown, path);
+  check("no string object after the first", Gives(L"SigilCreateInstance(String)", 2, 1), kThrown,
+        path);
+  check("a component that throws", Throws(L"Settings::DeletePrinterSetting", 2),
+        kFirst + "Settings::DeletePrinterSetting(\"$1\", \"乙\")\n" + kThrown, path);
+  check("no folder of low integrity", Fault("SHGetKnownFolderPath"), kAll, local);
+  check("no folder at all", Fault("SHGetKnownFolderPath") + Fault("SHGetSpecialFolderPathW"), kAll,
+        kRelative);
+}
+
+TEST(Clearing, APathTooLongDeletesNothing) {
+  if (!platform::kHasFaults) GTEST_SKIP() << "the user's folder is the machine's own";
+  const std::string begin = R"(C:\Users\)", end = R"(\AppData\LocalLow\)" + std::string(kRelative);
+  for (const std::size_t length : {259U, 260U}) {
+    TestMachine machine;
+    const std::string user(length - begin.size() - end.size(), 'u');
+    std::ofstream(std::string(getenv("SIGIL_ROOT")) + "/machine.ini")
+        << "[Machine]\nUser=" << user << "\n";
+    ClearAndExpect(length == 259 ? kAll : R"(
 4 153400250 OperationSigilSettings::AllDeletePrinterSetting "設定ファイルパスの取得に失敗しました。"
 )" + kEnd,
-       path},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    if (test.needsFaults && !platform::kHasFaults) continue;
-    TestMachine machine;
-    RecorderSetState(L"printer settings", L"甲\n乙");
-    RecorderSetState(L"driver settings", L"丙");
-    test.script();
-    Clear();
-    ExpectLinesWith({"AllDeletePrinterSetting", "DeletePrinterSetting", "DeleteDriverSetting"},
-                    Fill(test.record, {test.path}));
+                   begin + user + end);
   }
 }
 

@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "boundary/exports.h"
 #include "platform/utf.h"
-#include "tests/recorder/recorder.h"
 #include "tests/support/record.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/twist.h"
 
 namespace tests {
 namespace {
@@ -25,29 +23,21 @@ TEST(SettingFolder, OnlyTheSecondCallDecidesAndNothingIsCut) {
 1 153400301 OperationSigilSettings::GetSettingFileDirPath "設定ファイル格納ディレクトリパス取得成功：【$1】"
 )";
   const std::wstring fits = std::wstring(kSettingFolder) + std::wstring(255 - 12, L'\\');
-  const struct {
-    std::wstring folder;
-    std::function<void()> script;
-    std::string record;
-  } cases[] = {
-      {kSettingFolder, [] { RecorderScript(L"Settings::GetSettingFileDir", 1, -1); },
-       begin + lengthFailed + got},
-      {kSettingFolder, [] { RecorderScript(L"Settings::GetSettingFileDir", 2, -1); },
-       begin + failed},
-      {kSettingFolder, [] { RecorderScript(L"Settings::GetSettingFileDir", 0, -1); },
-       begin + lengthFailed + failed},
-      {fits, [] {}, begin + got},
-      {fits + L"\\", [] {}, begin + failed},
-      {std::wstring(5000, L'x'), [] {}, begin + failed},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(&test - cases);
+  const auto check = [](const std::wstring& folder, const Twists& twists,
+                        const std::string& record) {
     TestMachine machine;
-    RecorderSetState(L"setting folder", test.folder.c_str());
-    test.script();
+    RecorderSetState(L"setting folder", folder.c_str());
+    if (!Apply(twists)) return;
     SigilSettingUpdateWaterMarkSetting(0, 1, nullptr, L"", 0);
-    ExpectLinesWith({"GetSettingFileDirPath"}, Fill(test.record, {platform::ToUtf8(test.folder)}));
-  }
+    ExpectLinesWith({"GetSettingFileDirPath"}, Fill(record, {platform::ToUtf8(folder)}));
+  };
+  check(kSettingFolder, Gives(L"Settings::GetSettingFileDir", 1, -1), begin + lengthFailed + got);
+  check(kSettingFolder, Gives(L"Settings::GetSettingFileDir", 2, -1), begin + failed);
+  check(kSettingFolder, Gives(L"Settings::GetSettingFileDir", 0, -1),
+        begin + lengthFailed + failed);
+  check(fits, Twists(), begin + got);
+  check(fits + L"\\", Twists(), begin + failed);
+  check(std::wstring(5000, L'x'), Twists(), begin + failed);
 }
 
 }  // namespace

@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "boundary/exports.h"
-#include "platform/faults.h"
 #include "tests/management/expected.h"
-#include "tests/recorder/recorder.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/twist.h"
 
 namespace tests {
 namespace {
@@ -41,21 +38,12 @@ std::string Good(const std::string& frameEnd) {
   return Fill(kOpened + kSet + kSaved + kUnlocked + frameEnd + kDone, {"1"});
 }
 
-struct Case {
-  const char* name;
-  bool needsFaults;
-  std::function<void()> script;
-  int result;
-  std::string record;
-};
-
-void Run(const Case& test) {
-  SCOPED_TRACE(test.name);
-  if (test.needsFaults && !platform::kHasFaults) return;
+void Check(const char* name, const Twists& twists, int result, const std::string& record) {
+  SCOPED_TRACE(name);
   TestMachine machine;
-  test.script();
-  EXPECT_EQ(SigilSettingSetUseContentLog(true), test.result);
-  ExpectRecord(test.record);
+  if (!Apply(twists)) return;
+  EXPECT_EQ(SigilSettingSetUseContentLog(true), result);
+  ExpectRecord(record);
 }
 
 TEST(ContentLog, StoresBothValuesAndSavesEachTime) {
@@ -73,57 +61,38 @@ TEST(ContentLog, EachFailureHasItsRecord) {
   const std::string refused =
       kMutexTaken + kInstance + kNoInstance + kMutexGiven + kGivenUp + kUnloaded + kExportFailed;
   const std::string absent = kMutexTaken + kNoInstance + kMutexGiven + kGivenUp + kExportFailed;
-  const Case cases[] = {
-      {"no mutex", true, [] { platform::SetFault("CreateMutexW", 0, ERROR_ACCESS_DENIED); }, -101,
-       kNotCreated + kNoMutex + kExportFailed},
-      {"failed wait", true,
-       [] { platform::SetFault("WaitForSingleObject", 0, ERROR_INVALID_HANDLE); }, -101,
-       kNotAcquired + kNoMutex + kExportFailed},
-      {"no library", true, [] { platform::SetFault("LoadLibraryW", 0, ERROR_MOD_NOT_FOUND); }, -101,
-       absent},
-      {"no entry point", true,
-       [] { platform::SetFault("GetProcAddress", 0, ERROR_PROC_NOT_FOUND); }, -101,
-       kMutexTaken + "component loaded\n" + kNoInstance + kMutexGiven + kGivenUp + kUnloaded +
-           kExportFailed},
-      {"only the entry point that is used", true,
-       [] { platform::SetFault("GetProcAddress", 1, ERROR_PROC_NOT_FOUND); }, 0, Good(kMutexGiven)},
-      {"instance refused", false, [] { RecorderScript(L"SigilCreateInstance", 1, -5); }, -101,
-       refused},
-      {"instance refused by a positive result", false,
-       [] { RecorderScript(L"SigilCreateInstance", 1, 1); }, -101, refused},
-      {"not saved", false, [] { RecorderScript(L"Settings::Save", 1, -1); }, 0,
-       Fill(kOpened + kSet + kNotSaved + kUnlocked + kMutexGiven + kDone, {"1"})},
-      {"saved with a positive result", false, [] { RecorderScript(L"Settings::Save", 1, 7); }, 0,
-       Good(kMutexGiven)},
-      {"results that nobody reads", false,
-       [] {
-         for (const wchar_t* call : {L"Settings::Lock", L"Settings::UnLock", L"Settings::Commit",
-                                     L"Settings::SetUseContentLog"})
-           RecorderScript(call, 0, -1);
-       },
-       0, Good(kMutexGiven)},
-      {"no memory for the descriptor", true,
-       [] { platform::SetFault("LocalAlloc", 0, ERROR_NOT_ENOUGH_MEMORY); }, 0,
-       Good("ReleaseMutex\nCloseHandle\n")},
-      {"descriptor not initialised", true,
-       [] { platform::SetFault("InitializeSecurityDescriptor", 0, ERROR_INVALID_PARAMETER); }, 0,
-       "LocalFree\n" + Good("ReleaseMutex\nCloseHandle\n")},
-      {"no access list", true,
-       [] { platform::SetFault("SetSecurityDescriptorDacl", 0, ERROR_INVALID_PARAMETER); }, 0,
-       "LocalFree\n" + Good("ReleaseMutex\nCloseHandle\n")},
-      {"exception while creating the instance", true,
-       [] { RecorderScriptThrow(L"SigilCreateInstance", 1); }, -101,
-       kMutexTaken + kInstance + kUnloaded + kMutexGiven + kThrown + kExportFailed},
-      {"exception while locking", true,
-       [] { RecorderScriptThrow(L"Settings::Lock", 1); }, -101, kMutexTaken + kInstance + R"(
+  Check("no mutex", Fault("CreateMutexW"), -101, kNotCreated + kNoMutex + kExportFailed);
+  Check("failed wait", Fault("WaitForSingleObject"), -101, kNotAcquired + kNoMutex + kExportFailed);
+  Check("no library", Fault("LoadLibraryW"), -101, absent);
+  Check("no entry point", Fault("GetProcAddress"), -101,
+        kMutexTaken + "component loaded\n" + kNoInstance + kMutexGiven + kGivenUp + kUnloaded +
+            kExportFailed);
+  Check("only the entry point that is used", Fault("GetProcAddress", 1), 0, Good(kMutexGiven));
+  Check("instance refused", Gives(L"SigilCreateInstance", 1, -5), -101, refused);
+  Check("instance refused by a positive result", Gives(L"SigilCreateInstance", 1, 1), -101,
+        refused);
+  Check("not saved", Gives(L"Settings::Save", 1, -1), 0,
+        Fill(kOpened + kSet + kNotSaved + kUnlocked + kMutexGiven + kDone, {"1"}));
+  Check("saved with a positive result", Gives(L"Settings::Save", 1, 7), 0, Good(kMutexGiven));
+  Check("results that nobody reads",
+        Gives(L"Settings::Lock", 0, -1) + Gives(L"Settings::UnLock", 0, -1) +
+            Gives(L"Settings::Commit", 0, -1) + Gives(L"Settings::SetUseContentLog", 0, -1),
+        0, Good(kMutexGiven));
+  Check("no memory for the descriptor", Fault("LocalAlloc"), 0,
+        Good("ReleaseMutex\nCloseHandle\n"));
+  Check("descriptor not initialised", Fault("InitializeSecurityDescriptor"), 0,
+        "LocalFree\n" + Good("ReleaseMutex\nCloseHandle\n"));
+  Check("no access list", Fault("SetSecurityDescriptorDacl"), 0,
+        "LocalFree\n" + Good("ReleaseMutex\nCloseHandle\n"));
+  Check("exception while creating the instance", Throws(L"SigilCreateInstance"), -101,
+        kMutexTaken + kInstance + kUnloaded + kMutexGiven + kThrown + kExportFailed);
+  Check("exception while locking", Throws(L"Settings::Lock"), -101, kMutexTaken + kInstance + R"(
 1 153400280 OperationSigilSettings::SigilLock "Settingsインスタンス：ロック開始"
 Settings::Lock()
-)" + kUnwound + kThrown + kExportFailed},
-      {"exception while saving", true, [] { RecorderScriptThrow(L"Settings::Save", 1); }, -101,
-       Fill(kOpened + kSet, {"1"}) + "Settings::Commit()\nSettings::Save(0)\n" + kUnwound +
-           kThrown + kExportFailed},
-  };
-  for (const Case& test : cases) Run(test);
+)" + kUnwound + kThrown + kExportFailed);
+  Check("exception while saving", Throws(L"Settings::Save"), -101,
+        Fill(kOpened + kSet, {"1"}) + "Settings::Commit()\nSettings::Save(0)\n" + kUnwound +
+            kThrown + kExportFailed);
 }
 
 TEST(ContentLog, AnAbandonedMutexCostsOnePass) {

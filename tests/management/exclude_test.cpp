@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "boundary/exports.h"
-#include "platform/faults.h"
 #include "tests/management/expected.h"
-#include "tests/recorder/recorder.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/twist.h"
 
 namespace tests {
 namespace {
@@ -99,51 +96,39 @@ TEST(Exclude, EachFailureHasItsRecord) {
   const std::string noMutex = R"(
 5 153100850 SigilSettingManagement::UpdateExcludePrinter "Sigil設定ファイルへのロックが取得できませんでした。"
 )" + kExportFailed;
-  const struct {
-    const char* name;
-    bool needsFaults;
-    std::function<void()> script;
-    int result;
-    std::string record;
-  } cases[] = {
-      {"printers not listed", true,
-       [] { platform::SetFault("EnumPrintersW", 1, ERROR_ACCESS_DENIED); }, -101,
-       kPrintersNotListed + "LocalFree\n" + R"(
+  const auto check = [](const char* name, const Twists& twists, int result,
+                        const std::string& record) {
+    SCOPED_TRACE(name);
+    TestMachine machine;
+    machine.SetPrinters({{L"他社", L"Other Driver", std::nullopt}});
+    if (!Apply(twists)) return;
+    EXPECT_EQ(SigilSettingUpdateExcludePrinter(), result);
+    ExpectRecord(record);
+  };
+  check("printers not listed", Fault("EnumPrintersW", 1), -101,
+        kPrintersNotListed + "LocalFree\n" + R"(
 5 153100750 SigilSettingManagement::UpdateExcludePrinter "プリンタ情報取得に失敗したため、全プリンタ透かし情報設定処理を中断"
-)" + kExportFailed},
-      {"no mutex", true, [] { platform::SetFault("CreateMutexW", 0, ERROR_ACCESS_DENIED); }, -101,
-       kPrintersListed + kNotCreated + noMutex},
-      {"failed wait", true,
-       [] { platform::SetFault("WaitForSingleObject", 0, ERROR_INVALID_HANDLE); }, -101,
-       kPrintersListed + kNotAcquired + noMutex},
-      {"instance refused", false, [] { RecorderScript(L"SigilCreateInstance", 1, 1); },
-       -101, kPrintersListed + kMutexTaken + kInstance + kNoInstance + kMutexGiven + R"(
+)" + kExportFailed);
+  check("no mutex", Fault("CreateMutexW"), -101, kPrintersListed + kNotCreated + noMutex);
+  check("failed wait", Fault("WaitForSingleObject"), -101,
+        kPrintersListed + kNotAcquired + noMutex);
+  check("instance refused", Gives(L"SigilCreateInstance", 1, 1),
+        -101, kPrintersListed + kMutexTaken + kInstance + kNoInstance + kMutexGiven + R"(
 5 153100750 SigilSettingManagement::UpdateExcludePrinter "Sigilインスタンス取得に失敗したため、全プリンタ透かし情報設定処理を中断"
-)" + kUnloaded + kExportFailed},
-      {"exception while an entry is added", true,
-       [] { RecorderScriptThrow(L"Settings::AddExcludePrinter", 1); }, -101,
-       kPrintersListed + kOpened + kExcludesCleared + kChecked +
-           "Settings::AddExcludePrinter(\"他社\", guid)\n" + kUnwound + kThrown},
-      {"emptied lists not saved", false,
-       [] { RecorderScript(L"Settings::Save", 1, -1); }, 0, kPrintersListed + kOpened + R"(
+)" + kUnloaded + kExportFailed);
+  check("exception while an entry is added", Throws(L"Settings::AddExcludePrinter"), -101,
+        kPrintersListed + kOpened + kExcludesCleared + kChecked +
+            "Settings::AddExcludePrinter(\"他社\", guid)\n" + kUnwound + kThrown);
+  check("emptied lists not saved",
+        Gives(L"Settings::Save", 1, -1), 0, kPrintersListed + kOpened + R"(
 Settings::GetExcludePrinterCount()
 Settings::GetSecondExcludeCount()
 Settings::Commit()
 Settings::Save(0)
 4 153400130 OperationSigilSettings::AllDeleteExclude "設定ファイルの保存に失敗しました。"
-)" + kAdded + kSaved + kGivenBack},
-      {"additions not saved", false, [] { RecorderScript(L"Settings::Save", 2, -1); }, 0,
-       kPrintersListed + kOpened + kExcludesCleared + kAdded + kNotSaved + kGivenBack},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
-    if (test.needsFaults && !platform::kHasFaults) continue;
-    TestMachine machine;
-    machine.SetPrinters({{L"他社", L"Other Driver", std::nullopt}});
-    test.script();
-    EXPECT_EQ(SigilSettingUpdateExcludePrinter(), test.result);
-    ExpectRecord(test.record);
-  }
+)" + kAdded + kSaved + kGivenBack);
+  check("additions not saved", Gives(L"Settings::Save", 2, -1), 0,
+        kPrintersListed + kOpened + kExcludesCleared + kAdded + kNotSaved + kGivenBack);
 }
 
 }  // namespace

@@ -1,14 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "boundary/exports.h"
-#include "platform/faults.h"
 #include "platform/utf.h"
 #include "tests/management/expected.h"
-#include "tests/recorder/recorder.h"
 #include "tests/support/policy.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/twist.h"
 
 namespace tests {
 namespace {
@@ -17,13 +14,13 @@ const std::string kFolder = R"(
 4 153100320 SigilSettingManagement::GetEMSFolderPath "配信先ディレクトリが、設定されていません。"
 )";
 
-const std::string kFunctionRead = kFolder + R"(
+const std::string kFunctionRead = kFolder + R"x(
 1 152100010 CSystemSettingMng::LoadFile "項目キー" "63"
 3 152100030 CSystemSettingMng::ReadCSV "CSVデータはありません。"
 2 152100020 CSystemSettingMng::LoadFile "透かしオプション 有効/無効：$1"
 2 152100050 CSystemSettingMng::LoadFile "イメージログオプション 有効/無効：0"
 3 153100660 SigilSettingManagement::IsWatermarkFuncSetting "透かし有効無効設定取得成功 透かし機能[$1](無：0 / 有：1)"
-)";
+)x";
 
 const std::string kFileUnread = kFolder + R"(
 5 153100650 SigilSettingManagement::IsWatermarkFuncSetting "システム設定ファイルの読み込みに失敗しました"
@@ -163,13 +160,6 @@ TEST(Switch, TheFunctionSwitchStopsBoth) {
   }
 }
 
-struct Case {
-  const char* name;
-  bool needsFaults;
-  std::function<void(TestMachine&)> script;
-  std::string record;
-};
-
 TEST(Switch, EachFailureBeforeTheWalkChangesNothing) {
   const std::string noMutex = R"(
 5 153100860 SigilSettingManagement::SetWatermarkAllPrinter "Sigil設定ファイルへのロックが取得できませんでした。"
@@ -186,64 +176,54 @@ CoUninitialize
 5 153100100 SigilSettingManagement::SetWatermarkAllPrinter "全プリンタ透かし有効無効設定処理に失敗しました"
 )";
   const std::string opened = kBegin + Fill(kScopeRead, {"0"}) + kWalk;
-  const Case cases[] = {
-      {"no mutex", true,
-       [](TestMachine&) { platform::SetFault("CreateMutexW", 0, ERROR_ACCESS_DENIED); },
-       kNotCreated + noMutex},
-      {"failed wait", true,
-       [](TestMachine&) { platform::SetFault("WaitForSingleObject", 0, ERROR_INVALID_HANDLE); },
-       kNotAcquired + noMutex},
-      {"instance refused", false,
-       [](TestMachine&) { RecorderScript(L"SigilCreateInstance", 1, 1); },
-       kMutexTaken + kInstance + kNoInstance + kMutexGiven + R"(
+  const std::string good = SealPolicy(platform::ToUtf8(Policy(1, L"0", {})));
+  const auto check = [](const char* name, const Twists& twists,
+                        const std::optional<std::string>& policyFile, const std::string& record) {
+    SCOPED_TRACE(name);
+    TestMachine machine;
+    Deliver(machine, L"0");
+    machine.Remove(kPolicyFile);
+    if (policyFile) machine.Write(kPolicyFile, *policyFile);
+    if (!Apply(twists)) return;
+    EXPECT_EQ(SigilSettingReleaseWaterMarkForService(), -101);
+    ExpectRecord(record + kServiceFailed);
+  };
+  check("no mutex", Fault("CreateMutexW"), good, kNotCreated + noMutex);
+  check("failed wait", Fault("WaitForSingleObject"), good, kNotAcquired + noMutex);
+  check("instance refused", Gives(L"SigilCreateInstance", 1, 1), good,
+        kMutexTaken + kInstance + kNoInstance + kMutexGiven + R"(
 5 153100050 SigilSettingManagement::SetWatermarkAllPrinter "Sigilインスタンス取得に失敗したため、全プリンタ透かし有効無効設定処理を中断"
-)" + kUnloaded},
-      {"no policy file", false, [](TestMachine& machine) { machine.Remove(kPolicyFile); },
-       kBegin + R"(
-5 153100570 SigilSettingManagement::SetWatermarkAllPrinter "暗号化のポリシー（DAT）ファイルは存在しない。"
-)" + noScope},
-      {"policy file not opened", true,
-       [](TestMachine&) { platform::SetFault("_wfopen_s", 0, ERROR_ACCESS_DENIED); }, kBegin + R"(
+)" + kUnloaded);
+  check("policy file not opened", Fault("_wfopen_s"), good, kBegin + R"(
 5 153100560 SigilSettingManagement::SetWatermarkAllPrinter "ポリシーファイルの復号化に失敗しました。"
-)" + noScope},
-      {"empty policy file", false, [](TestMachine& machine) { machine.Write(kPolicyFile, ""); },
-       Fill(refused, {"-1"})},
-      {"no document", false,
-       [](TestMachine& machine) { machine.Write(kPolicyFile, SealPolicy("<a><b></a>")); },
-       Fill(refused, {"-10"})},
-      {"only one mark is taken off", false,
-       [](TestMachine& machine) {
-         machine.Write(kPolicyFile, SealPolicy("\xEF\xBB\xBF\xEF\xBB\xBF"));
-       },
-       Fill(refused, {"-10"})},
-      {"scope of no number it takes", false, [](TestMachine& machine) { Deliver(machine, L"-1"); },
-       kBegin + Fill(kScopeRead, {"-1"}) + noScope},
-      {"printers not listed", true,
-       [](TestMachine&) { platform::SetFault("EnumPrintersW", 1, ERROR_ACCESS_DENIED); },
-       kBegin + Fill(kScopeRead, {"0"}) + kPrintersNotListed + kMutexGiven + R"(
+)" + noScope);
+  check("empty policy file", Twists(), "", Fill(refused, {"-1"}));
+  check("no document", Twists(), SealPolicy("<a><b></a>"), Fill(refused, {"-10"}));
+  check("only one mark is taken off", Twists(), SealPolicy("\xEF\xBB\xBF\xEF\xBB\xBF"),
+        Fill(refused, {"-10"}));
+  check("scope of no number it takes", Twists(), SealPolicy(platform::ToUtf8(Policy(1, L"-1", {}))),
+        kBegin + Fill(kScopeRead, {"-1"}) + noScope);
+  check("printers not listed", Fault("EnumPrintersW", 1), good,
+        kBegin + Fill(kScopeRead, {"0"}) + kPrintersNotListed + kMutexGiven + R"(
 5 153100040 SigilSettingManagement::SetWatermarkAllPrinter "プリンタ情報取得に失敗したため、全プリンタ透かし有効無効設定処理を中断"
-)" + kUnloaded},
-      {"key source too long", false,
-       [](TestMachine& machine) { machine.Write(kKeySource, std::string(34, 'k')); },
-       kBegin + kUnwound + thrown},
-      {"exception in the walk", true,
-       [](TestMachine&) { RecorderScriptThrow(L"LastSetting::SetEnable", 1); }, opened + R"(
+)" + kUnloaded);
+  check("exception in the walk", Throws(L"LastSetting::SetEnable"), good, opened + R"(
 Settings::GetPrinterSettings("*")
 PrinterSettings[*]::GetLastSetting(out)
 LastSetting[*]::SetEnable(0)
 LastSetting[*]::Release()
 PrinterSettings[*]::Release()
-)" + kUnwound + thrown},
-  };
-  for (const Case& test : cases) {
-    SCOPED_TRACE(test.name);
-    if (test.needsFaults && !platform::kHasFaults) continue;
-    TestMachine machine;
-    Deliver(machine, L"0");
-    test.script(machine);
-    EXPECT_EQ(SigilSettingReleaseWaterMarkForService(), -101);
-    ExpectRecord(test.record + kServiceFailed);
-  }
+)" + kUnwound + thrown);
+
+  check("no policy file", Twists(), std::nullopt, kBegin + R"(
+5 153100570 SigilSettingManagement::SetWatermarkAllPrinter "暗号化のポリシー（DAT）ファイルは存在しない。"
+)" + noScope);
+
+  TestMachine machine;
+  Deliver(machine, L"0");
+  machine.Write(kKeySource, std::string(34, 'k'));
+  EXPECT_EQ(SigilSettingReleaseWaterMarkForService(), -101);
+  ExpectRecord(kBegin + kUnwound + thrown + kServiceFailed);
 }
 
 const std::string kPrinterFailed = R"(
@@ -283,46 +263,33 @@ PrinterSettings[$1]::DeleteWatermark(O3)
   const std::string good = kDisabled + kCleared;
   const std::string failed = Fill(kPrinterFailed, {"$1", "0"});
   // The script meets the default entry first, and the printer after it.
-  const struct {
-    const char* name;
-    std::function<void()> script;
-    std::string defaultEntry, printer;
-    int result;
-  } cases[] = {
-      {"default entry refused", [] { RecorderScript(L"Settings::GetPrinterSettings", 1, 1); },
-       refused + kCleared, good, 0},
-      {"printer refused",
-       [] { RecorderScript(L"Settings::GetPrinterSettings(\"会議室\")", 1, -1); }, good,
-       refused + kCleared + failed, -101},
-      {"no last setting", [] { RecorderScript(L"PrinterSettings::GetLastSetting", 0, -1); },
-       noLast + kCleared, noLast + kCleared + failed, -101},
-      {"not saved", [] { RecorderScript(L"PrinterSettings::Save", 3, -1); }, good,
-       unsaved + kCleared + failed, -101},
-      {"saved with a positive result", [] { RecorderScript(L"PrinterSettings::Save", 0, 3); }, good,
-       good, 0},
-      {"clearing refused",
-       [] { RecorderScript(L"Settings::GetPrinterSettings(\"会議室\")", 2, 1); }, good,
-       kDisabled + uncleared, 0},
-      {"clearing not saved", [] { RecorderScript(L"PrinterSettings::Save", 4, -1); }, good,
-       kDisabled + clearUnsaved, 0},
-      {"a watermark cannot be told",
-       [] {
-         RecorderSetState(L"watermarks 会議室", L"3");
-         RecorderScript(L"PrinterSettings::GetWatermarkInfo", 2, -1);
-         RecorderScript(L"PrinterSettings::DeleteWatermark", 0, -1);
-       },
-       good, kDisabled + someCleared, 0},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.name);
+  const auto check = [](const char* name, const Twists& twists, const std::string& defaultEntry,
+                        const std::string& printer, int result) {
+    SCOPED_TRACE(name);
     TestMachine machine;
     Deliver(machine, L"0");
-    test.script();
-    EXPECT_EQ(SigilSettingReleaseWaterMarkForService(), test.result);
-    ExpectRecord(kBegin + Fill(kScopeRead, {"0"}) + kWalk + Fill(test.defaultEntry, {"*"}) +
-                 Fill(test.printer, {"会議室"}) + kEnd +
-                 (test.result == 0 ? kServiceDone : kServiceFailed));
-  }
+    if (!Apply(twists)) return;
+    EXPECT_EQ(SigilSettingReleaseWaterMarkForService(), result);
+    ExpectRecord(kBegin + Fill(kScopeRead, {"0"}) + kWalk + Fill(defaultEntry, {"*"}) +
+                 Fill(printer, {"会議室"}) + kEnd + (result == 0 ? kServiceDone : kServiceFailed));
+  };
+  check("default entry refused", Gives(L"Settings::GetPrinterSettings", 1, 1), refused + kCleared,
+        good, 0);
+  check("printer refused", Gives(L"Settings::GetPrinterSettings(\"会議室\")", 1, -1), good,
+        refused + kCleared + failed, -101);
+  check("no last setting", Gives(L"PrinterSettings::GetLastSetting", 0, -1), noLast + kCleared,
+        noLast + kCleared + failed, -101);
+  check("not saved", Gives(L"PrinterSettings::Save", 3, -1), good, unsaved + kCleared + failed,
+        -101);
+  check("saved with a positive result", Gives(L"PrinterSettings::Save", 0, 3), good, good, 0);
+  check("clearing refused", Gives(L"Settings::GetPrinterSettings(\"会議室\")", 2, 1), good,
+        kDisabled + uncleared, 0);
+  check("clearing not saved", Gives(L"PrinterSettings::Save", 4, -1), good,
+        kDisabled + clearUnsaved, 0);
+  check("a watermark cannot be told",
+        Holds(L"watermarks 会議室", L"3") + Gives(L"PrinterSettings::GetWatermarkInfo", 2, -1) +
+            Gives(L"PrinterSettings::DeleteWatermark", 0, -1),
+        good, kDisabled + someCleared, 0);
 }
 
 TEST(Switch, FailedPrintersAreCountedWhileTheOthersFollow) {

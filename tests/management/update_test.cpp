@@ -1,15 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
 
 #include "boundary/exports.h"
-#include "platform/faults.h"
 #include "platform/utf.h"
 #include "tests/management/expected.h"
-#include "tests/recorder/recorder.h"
 #include "tests/support/policy.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/twist.h"
 
 namespace tests {
 namespace {
@@ -239,7 +237,6 @@ const Element kUnknown = {L"E9", {{L"Kind", L"2"}}};
 const Element kBare = {L"B", {}};
 
 const std::wstring kEmptyPolicy = Policy(3, nullptr, {});
-const std::wstring kBarePolicy = Policy(3, L"0", {kBare});
 
 int Update(const std::wstring& policy, int id = 3, int reset = 0) {
   return SigilSettingUpdateWaterMarkSetting(7, id, nullptr, policy.c_str(), reset);
@@ -344,27 +341,16 @@ TEST(Update, ScopeDecidesWhichEntriesAreSwitchedOn) {
   }
 }
 
-struct Case {
-  const char* name;
-  bool needsFaults;
-  std::function<void()> script;
-  std::wstring policy;
-  int result;
-  std::string record;
-};
-
-void Run(const Case& test) {
-  SCOPED_TRACE(test.name);
-  if (test.needsFaults && !platform::kHasFaults) return;
+void Check(const char* name, const Twists& twists, const std::wstring& policy, int result,
+           const std::string& record) {
+  SCOPED_TRACE(name);
   TestMachine machine;
   machine.RememberFullName(L"山田 花子");
   machine.SetPrinters({kOurs});
-  test.script();
-  EXPECT_EQ(Update(test.policy), test.result);
-  ExpectRecord(test.record);
+  if (!Apply(twists)) return;
+  EXPECT_EQ(Update(policy), result);
+  ExpectRecord(record);
 }
-
-void Nothing() {}
 
 std::string Refused(const char* code) {
   return kBegin +
@@ -384,67 +370,55 @@ TEST(Update, EachFailureOfThePassHasItsRecord) {
 5 153100830 SigilSettingManagement::UpdateWaterMarkSetting "Sigil設定ファイルへのロックが取得できませんでした。"
 )" + kExportFailed;
   const std::string both = Fill(kEmptyEntry, {"*"}) + Fill(kEmptyEntry, {"会議室"});
-  const Case cases[] = {
-      {"printers not listed", true,
-       [] { platform::SetFault("EnumPrintersW", 1, ERROR_ACCESS_DENIED); }, kEmptyPolicy, -101,
-       kPrintersNotListed + "LocalFree\n" + R"(
+  Check("printers not listed", Fault("EnumPrintersW", 1), kEmptyPolicy, -101,
+        kPrintersNotListed + "LocalFree\n" + R"(
 5 153100110 SigilSettingManagement::UpdateWaterMarkSetting "プリンタ情報取得に失敗したため、全プリンタ透かし情報設定処理を中断"
-)" + kExportFailed},
-      {"no mutex", true, [] { platform::SetFault("CreateMutexW", 0, ERROR_ACCESS_DENIED); },
-       kEmptyPolicy, -101, early + kNotCreated + noMutex},
-      {"failed wait", true,
-       [] { platform::SetFault("WaitForSingleObject", 0, ERROR_INVALID_HANDLE); }, kEmptyPolicy,
-       -101, early + kNotAcquired + noMutex},
-      {"library gone", true, [] { platform::SetFault("LoadLibraryW", 1, ERROR_MOD_NOT_FOUND); },
-       kEmptyPolicy, -101,
-       early + kMutexTaken + kNoInstance + kMutexGiven + noInstance + kExportFailed},
-      {"instance refused", false, [] { RecorderScript(L"SigilCreateInstance", 2, 1); },
-       kEmptyPolicy, -101,
-       early + kMutexTaken + kInstance + kNoInstance + kMutexGiven + noInstance + kUnloaded +
-           kExportFailed},
-      {"broken document", false, Nothing, L"<a><b></a>", -101, Refused("-10")},
-      {"empty document", false, Nothing, L"", -101, Refused("-1")},
-      {"another document", false, Nothing, L"<HLE/>", -101, Refused("-11")},
-      {"exception before the registration", true, [] { RecorderScriptThrow(L"Settings::Lock", 1); },
-       kEmptyPolicy, -101, early + kMutexTaken + kInstance + R"(
+)" + kExportFailed);
+  Check("no mutex", Fault("CreateMutexW"), kEmptyPolicy, -101, early + kNotCreated + noMutex);
+  Check("failed wait", Fault("WaitForSingleObject"), kEmptyPolicy, -101,
+        early + kNotAcquired + noMutex);
+  Check("library gone", Fault("LoadLibraryW", 1), kEmptyPolicy, -101,
+        early + kMutexTaken + kNoInstance + kMutexGiven + noInstance + kExportFailed);
+  Check("instance refused", Gives(L"SigilCreateInstance", 2, 1), kEmptyPolicy, -101,
+        early + kMutexTaken + kInstance + kNoInstance + kMutexGiven + noInstance + kUnloaded +
+            kExportFailed);
+  Check("broken document", Twists(), L"<a><b></a>", -101, Refused("-10"));
+  Check("empty document", Twists(), L"", -101, Refused("-1"));
+  Check("another document", Twists(), L"<HLE/>", -101, Refused("-11"));
+  Check("exception before the registration", Throws(L"Settings::Lock"), kEmptyPolicy,
+        -101, early + kMutexTaken + kInstance + R"(
 1 153400280 OperationSigilSettings::SigilLock "Settingsインスタンス：ロック開始"
 Settings::Lock()
-)" + kUnwound + kPassThrown},
-      {"no document service", true, [] { platform::SetFault("CoCreateInstance", 0, 5); },
-       kEmptyPolicy, -101, kBegin + kUnwound + kPassThrown},
-      {"exception in the walk", true,
-       [] { RecorderScriptThrow(L"Settings::GetPrinterSettings(\"会議室\")", 1); }, kEmptyPolicy,
-       -101,
-       kBegin + Fill(kEmptyEntry, {"*"}) + "Settings::GetPrinterSettings(\"会議室\")\n" +
-           kWalkThrown + kRegistered + kNotRegistered},
-      {"exception with a record in hand", true,
-       [] { RecorderScriptThrow(L"PrinterSettings::Commit", 1); }, kEmptyPolicy, -101,
-       kBegin +
-           Fill(kRecordOpened + kOldCleared + kSettingsOff + R"(
+)" + kUnwound + kPassThrown);
+  Check("no document service", Fault("CoCreateInstance"), kEmptyPolicy, -101,
+        kBegin + kUnwound + kPassThrown);
+  Check("exception in the walk", Throws(L"Settings::GetPrinterSettings(\"会議室\")"), kEmptyPolicy,
+        -101,
+        kBegin + Fill(kEmptyEntry, {"*"}) + "Settings::GetPrinterSettings(\"会議室\")\n" +
+            kWalkThrown + kRegistered + kNotRegistered);
+  Check("exception with a record in hand", Throws(L"PrinterSettings::Commit"), kEmptyPolicy, -101,
+        kBegin +
+            Fill(kRecordOpened + kOldCleared + kSettingsOff + R"(
 PrinterSettings[$1]::Commit()
 PrinterSettings[$1]::Release()
 )",
-                {"*"}) +
-           kWalkThrown + kRegistered + kNotRegistered},
-      {"no default entry", false,
-       [] { RecorderScript(L"Settings::GetPrinterSettings(\"*\")", 1, 1); }, kEmptyPolicy, 0,
-       kBegin + Fill(kRecordRefused, {"*"}) + R"(
+                 {"*"}) +
+            kWalkThrown + kRegistered + kNotRegistered);
+  Check("no default entry", Gives(L"Settings::GetPrinterSettings(\"*\")", 1, 1), kEmptyPolicy, 0,
+        kBegin + Fill(kRecordRefused, {"*"}) + R"(
 4 153100580 SigilSettingManagement::RegisterWatermarkInfo "共通透かし情報設定に失敗しました。"
 )" + Fill(kEmptyEntry, {"会議室"}) +
-           kEnd},
-      {"no entry for a printer", false,
-       [] { RecorderScript(L"Settings::GetPrinterSettings(\"会議室\")", 1, -1); }, kEmptyPolicy, 0,
-       kBegin + Fill(kEmptyEntry, {"*"}) + Fill(kRecordRefused, {"会議室"}) + R"(
+            kEnd);
+  Check("no entry for a printer", Gives(L"Settings::GetPrinterSettings(\"会議室\")", 1, -1),
+        kEmptyPolicy, 0, kBegin + Fill(kEmptyEntry, {"*"}) + Fill(kRecordRefused, {"会議室"}) + R"(
 5 153100590 SigilSettingManagement::RegisterWatermarkInfo "アサギリドライバへの透かし情報設定に失敗しました。→会議室"
-)" + kEnd},
-      {"no record saved", false, [] { RecorderScript(L"PrinterSettings::Save", 0, -1); },
-       kEmptyPolicy, 0, kBegin + both + kEnd},
-      {"not saved", false, [] { RecorderScript(L"Settings::Save", 2, -1); }, kEmptyPolicy, 0,
-       kBegin + both + kRegistered + kNotSaved + kSucceeded + kUnlocked + kMutexGiven + kUnloaded +
-           kExportDone},
-      {"another policy", false, Nothing, Policy(4, L"1", {kBare}), 0, kBegin + both + kEnd},
-  };
-  for (const Case& test : cases) Run(test);
+)" + kEnd);
+  Check("no record saved", Gives(L"PrinterSettings::Save", 0, -1), kEmptyPolicy, 0,
+        kBegin + both + kEnd);
+  Check("not saved", Gives(L"Settings::Save", 2, -1), kEmptyPolicy, 0,
+        kBegin + both + kRegistered + kNotSaved + kSucceeded + kUnlocked + kMutexGiven + kUnloaded +
+            kExportDone);
+  Check("another policy", Twists(), Policy(4, L"1", {kBare}), 0, kBegin + both + kEnd);
 }
 
 TEST(Update, EachFailureInAnEntryStaysInThatEntry) {
@@ -479,65 +453,55 @@ LastSetting[*]::Release()
   const std::string clearThrown = R"(
 4 153100470 SigilSettingManagement::DeleteWatermarkInfoALL "個別プリンタ透かし情報設定クリア処理に異常が発生しました。"
 )";
-  const Case cases[] = {
-      {"no last setting", false, [] { RecorderScript(L"PrinterSettings::GetLastSetting", 1, -1); },
-       kBarePolicy, 0, opened + mapped + customAsked + customOn + R"(
+  const auto check = [&](const char* name, const Twists& twists, const std::string& record) {
+    Check(name, twists, Policy(3, L"0", {kBare}), 0, kBegin + record + printer + kEnd);
+  };
+  check("no last setting", Gives(L"PrinterSettings::GetLastSetting", 1, -1),
+        opened + mapped + customAsked + customOn + R"(
 PrinterSettings[*]::GetLastSetting(out)
 4 153100180 SigilSettingManagement::SetWatermarkInfo "LastSettingインスタンス取得に失敗しました。"
-)" + kept},
-      {"a last setting with a positive result", false,
-       [] { RecorderScript(L"PrinterSettings::GetLastSetting", 1, 1); }, kBarePolicy, 0,
-       opened + mapped + on + kept},
-      {"a new record has no custom setting yet", false,
-       [] { RecorderScript(L"PrinterSettings::GetCustomSetting", 1, -1); }, kBarePolicy, 0,
-       opened + mapped + customAsked + customMade + customOn + lastOn + kept},
-      {"no custom setting at all", false,
-       [] {
-         RecorderScript(L"PrinterSettings::GetCustomSetting", 1, -1);
-         RecorderScript(L"PrinterSettings::CreateCustomSetting", 1, -1);
-       },
-       kBarePolicy, 0, opened + mapped + customAsked + customMade + lastOn + kept},
-      {"no watermark", false, [] { RecorderScript(L"PrinterSettings::CreateWatermark", 1, -1); },
-       kBarePolicy, 0,
-       // The printer's watermark is then the first.
-       opened + Fill(kHeaderChosen, {"*", "", "B"}) + R"(
+)" + kept);
+  check("a last setting with a positive result", Gives(L"PrinterSettings::GetLastSetting", 1, 1),
+        opened + mapped + on + kept);
+  check("a new record has no custom setting yet",
+        Gives(L"PrinterSettings::GetCustomSetting", 1, -1),
+        opened + mapped + customAsked + customMade + customOn + lastOn + kept);
+  check("no custom setting at all",
+        Gives(L"PrinterSettings::GetCustomSetting", 1, -1) +
+            Gives(L"PrinterSettings::CreateCustomSetting", 1, -1),
+        opened + mapped + customAsked + customMade + lastOn + kept);
+  check("no watermark", Gives(L"PrinterSettings::CreateWatermark", 1, -1),
+        opened + Fill(kHeaderChosen, {"*", "", "B"}) + R"(
 4 153100260 SigilSettingManagement::SetHeaderFooterInfo "Watermarkインターフェースの作成に失敗したため、フッターヘッダー設定処理中断"
-)" + off + kept},
-      {"an exception in a mapping", true, [] { RecorderScriptThrow(L"Watermark::SetText", 1); },
-       kBarePolicy, 0,
-       opened +
-           Fill(kHeaderChosen + "Watermark[W1]::SetName(\"B_\")\n" + kNameResolved + R"(
+)" + off + kept);
+  check("an exception in a mapping", Throws(L"Watermark::SetText"),
+        opened +
+            Fill(kHeaderChosen + "Watermark[W1]::SetName(\"B_\")\n" + kNameResolved + R"(
 Watermark[W1]::SetText("")
 Watermark[W1]::Release()
 )",
-                {"*", "1", "B"}) +
-           sortThrown + off + kept},
-      {"an exception while old watermarks are listed", true,
-       [] { RecorderScriptThrow(L"PrinterSettings::GetWatermarkCount", 1); }, kBarePolicy, 0,
-       Fill(kRecordOpened, {"*"}) + "PrinterSettings[*]::GetWatermarkCount()\n" + clearThrown +
-           mapped + on + kept},
-      {"an exception in the custom setting", true,
-       [] { RecorderScriptThrow(L"CustomSetting::SetName", 1); },
-       kBarePolicy, 0, opened + mapped + customAsked + R"(
+                 {"*", "1", "B"}) +
+            sortThrown + off + kept);
+  check("an exception while old watermarks are listed",
+        Throws(L"PrinterSettings::GetWatermarkCount"),
+        Fill(kRecordOpened, {"*"}) + "PrinterSettings[*]::GetWatermarkCount()\n" + clearThrown +
+            mapped + on + kept);
+  check("an exception in the custom setting",
+        Throws(L"CustomSetting::SetName"), opened + mapped + customAsked + R"(
 CustomSetting[*]::SetName("HLMimosaOption")
 CustomSetting[*]::Release()
-)" + setThrown + kept},
-      {"results that nobody reads", false,
-       [] {
-         for (const wchar_t* call :
-              {L"PrinterSettings::Commit", L"CustomSetting::SetName", L"CustomSetting::SetEnable",
-               L"LastSetting::SetWatermarks", L"LastSetting::SetEnable", L"Watermark::SetName",
-               L"Watermark::SetOpacity", L"Watermark::SetYOffset"})
-           RecorderScript(call, 0, -1);
-       },
-       kBarePolicy, 0, opened + mapped + on + kept},
-      {"one old watermark cannot be told", false,
-       [] {
-         RecorderSetState(L"watermarks *", L"3");
-         RecorderScript(L"PrinterSettings::GetWatermarkInfo", 2, -1);
-         RecorderScript(L"PrinterSettings::DeleteWatermark", 0, -1);
-       },
-       kBarePolicy, 0, Fill(kRecordOpened, {"*"}) + R"(
+)" + setThrown + kept);
+  check("results that nobody reads",
+        Gives(L"PrinterSettings::Commit", 0, -1) + Gives(L"CustomSetting::SetName", 0, -1) +
+            Gives(L"CustomSetting::SetEnable", 0, -1) +
+            Gives(L"LastSetting::SetWatermarks", 0, -1) + Gives(L"LastSetting::SetEnable", 0, -1) +
+            Gives(L"Watermark::SetName", 0, -1) + Gives(L"Watermark::SetOpacity", 0, -1) +
+            Gives(L"Watermark::SetYOffset", 0, -1),
+        opened + mapped + on + kept);
+  check("one old watermark cannot be told",
+        Holds(L"watermarks *", L"3") + Gives(L"PrinterSettings::GetWatermarkInfo", 2, -1) +
+            Gives(L"PrinterSettings::DeleteWatermark", 0, -1),
+        Fill(kRecordOpened, {"*"}) + R"(
 PrinterSettings[*]::GetWatermarkCount()
 PrinterSettings[*]::GetWatermarkInfo(0, guid, buffer, 255)
 PrinterSettings[*]::GetWatermarkInfo(1, guid, buffer, 255)
@@ -545,12 +509,8 @@ PrinterSettings[*]::GetWatermarkInfo(2, guid, buffer, 255)
 PrinterSettings[*]::DeleteWatermark(O1)
 PrinterSettings[*]::DeleteWatermark(O3)
 2 153100200 SigilSettingManagement::DeleteWatermarkInfoALL "個別プリンタ透かし情報設定クリア処理完了"
-)" + mapped + on + kept},
-  };
-  for (Case test : cases) {
-    test.record = kBegin + test.record + printer + kEnd;
-    Run(test);
-  }
+)" + mapped +
+            on + kept);
 }
 
 TEST(Update, ValuesArePulledToTheirBounds) {
