@@ -1,0 +1,76 @@
+#include <fcntl.h>
+#include <spdlog/logger.h>
+#include <spdlog/sinks/base_sink.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+
+#include "peers/descriptor.h"
+#include "peers/logging/log_file.h"
+#include "platform/posix/machine.h"
+
+namespace logging {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr wchar_t kLogFile[] =
+    L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
+
+fs::path LogFile() {
+  const char* file = std::getenv("SIGIL_LOG");
+  return file != nullptr && *file != '\0' ? fs::path(file) : platform::HostPath(kLogFile);
+}
+
+peers::Descriptor Open(const fs::path& file) {
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  return peers::Descriptor(open(file.c_str(), kFlags, 0666));
+}
+
+/// A pipe or socket could block the caller or end it with a signal.
+bool IsSafe(const peers::Descriptor& file) {
+  struct stat status;
+  return file && fstat(file.Get(), &status) == 0 &&
+         (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode));
+}
+
+/// Each line is one write, which the system puts at the end of the file as it then is.
+class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
+ protected:
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    spdlog::memory_buf_t line;
+    formatter_->format(message, line);
+    const fs::path path = LogFile();
+    peers::Descriptor file = Open(path);
+    if (!file && errno == ENOENT) {
+      std::error_code failed;  // shows at the second try
+      fs::create_directories(path.parent_path(), failed);
+      file = Open(path);
+    }
+    if (!IsSafe(file)) return;
+    [[maybe_unused]] const ssize_t written = write(file.Get(), line.data(), line.size());
+  }
+  void flush_() override {}
+};
+
+/// Never destroyed: there may be lines to the very end of the process.
+spdlog::logger& Logger() {
+  static spdlog::logger* const logger = [] {
+    auto made = std::make_unique<spdlog::logger>("SigilSetting", std::make_shared<AppendSink>());
+    made->set_pattern("%Y-%m-%d %H:%M:%S.%e %P %v");
+    made->set_level(spdlog::level::trace);
+    made->set_error_handler([](const std::string&) {});
+    return made.release();
+  }();
+  return *logger;
+}
+
+}  // namespace
+
+void Append(std::string_view text) {
+  Logger().log(spdlog::level::info, spdlog::string_view_t(text.data(), text.size()));
+}
+
+}  // namespace logging

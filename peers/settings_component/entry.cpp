@@ -1,0 +1,40 @@
+// The module's entry points.
+
+#include "peers/settings_component/object.h"
+
+namespace {
+
+bool Asked(const GUID* first, const GUID* second, const GUID& wantedFirst,
+           const GUID& wantedSecond) {
+  return *first == wantedFirst && *second == wantedSecond;
+}
+
+}  // namespace
+
+extern "C" {
+
+#define COMPONENT_EXPORT __attribute__((visibility("default")))
+
+COMPONENT_EXPORT std::int32_t SigilCreateInstance(const GUID* first, const GUID* second,
+                                                  void** out) {
+  if (first == nullptr || second == nullptr || out == nullptr) return Sigil::kCannotCreate;
+  *out = nullptr;
+  return peers::Guarded([&]() -> std::int32_t {
+    if (Asked(first, second, Sigil::kSettingsFirstIdentity, Sigil::kSettingsSecondIdentity))
+      *out = peers::CreateSettings();
+    if (Asked(first, second, Sigil::kStringFirstIdentity, Sigil::kStringSecondIdentity))
+      *out = peers::CreateString();
+    return *out == nullptr ? Sigil::kCannotCreate : Sigil::kSuccess;
+  });
+}
+
+/// There is one store, so there is nothing to merge.
+COMPONENT_EXPORT std::int32_t SigilMergeUserStoreWatermarks() {
+  return Sigil::kSuccess;
+}
+
+/// The date of the interfaces, as the decimal number YYYYMMDD.
+COMPONENT_EXPORT std::int32_t SigilGetVersionDate() {
+  return 20241124;
+}
+}

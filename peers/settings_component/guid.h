@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/base.h"
+
+namespace peers {
+
+/// A random GUID (RFC 4122, version 4), as text.
+std::string NewGuid();
+
+/// "01234567-89ab-cdef-0123-456789abcdef".
+std::string GuidText(const GUID& guid);
+
+/// Nothing for a text that is no such form.
+std::optional<GUID> ParseGuid(std::string_view text);
+
+}  // namespace peers
