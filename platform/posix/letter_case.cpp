@@ -1,0 +1,31 @@
+#include "platform/posix/letter_case.h"
+
+#include <locale.h>
+#include <wctype.h>
+
+#include <algorithm>
+
+namespace platform {
+
+namespace {
+
+wchar_t Upper(wchar_t unit) {
+  static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  if (unit < 0x80 || unicode == nullptr)
+    return unit >= L'a' && unit <= L'z' ? static_cast<wchar_t>(unit - L'a' + L'A') : unit;
+  return static_cast<wchar_t>(towupper_l(static_cast<wint_t>(unit), unicode));
+}
+
+}  // namespace
+
+bool SameName(std::wstring_view left, std::wstring_view right) {
+  return left.size() == right.size() && StartsWithName(left, right);
+}
+
+bool StartsWithName(std::wstring_view text, std::wstring_view start) {
+  return text.size() >= start.size() &&
+         std::equal(start.begin(), start.end(), text.begin(),
+                    [](wchar_t one, wchar_t other) { return Upper(one) == Upper(other); });
+}
+
+}  // namespace platform

@@ -1,0 +1,12 @@
+#pragma once
+
+// Names that Windows compares without regard to case. Independent of the process's locale.
+
+#include <string_view>
+
+namespace platform {
+
+bool SameName(std::wstring_view left, std::wstring_view right);
+bool StartsWithName(std::wstring_view text, std::wstring_view start);
+
+}  // namespace platform
