@@ -1,0 +1,52 @@
+#pragma once
+
+// How the system speaks to the logging component: each file keeps its messages in one table and
+// logs them with their values.
+
+#include <source_location>
+
+#include "boundary/log4cxx_mgr.h"
+#include "platform/mfc.h"
+
+struct LogMessage {
+  int level;
+  int number;
+  const wchar_t* function;
+  const wchar_t* text;
+};
+
+/// A message together with the source line that logs it.
+struct LogCall {
+  LogCall(const LogMessage& message,  // NOLINT(google-explicit-constructor): a message is a call.
+          std::source_location where = std::source_location::current())
+      : message(message), line(static_cast<int>(where.line())) {}
+
+  const LogMessage& message;
+  int line;
+};
+
+inline void Log(const LogCall& call) {
+  Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
+                           call.line, call.message.text);
+}
+
+/// The message with `values` in place of its conversions.
+template <typename First, typename... Rest>
+void Log(const LogCall& call, const First& first, const Rest&... rest) {
+  CString text;
+  text.Format(call.message.text, first, rest...);
+  Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
+                           call.line, text);
+}
+
+/// The message with the thread's last error as its code.
+inline void LogWithLastError(const LogCall& call) {
+  Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
+                           call.line, static_cast<int>(GetLastError()), call.message.text);
+}
+
+/// The message's text is the label of `value`.
+inline void LogLabelled(const LogCall& call, const wchar_t* value) {
+  Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
+                           call.line, call.message.text, value);
+}

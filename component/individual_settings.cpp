@@ -1,0 +1,92 @@
+#include <iterator>
+#include <vector>
+
+#include "boundary/log.h"
+#include "component/operation_sigil_settings.h"
+#include "component/setting_file_path.h"
+#include "component/sigil_string.h"
+
+namespace {
+
+constexpr wchar_t kClear[] = L"OperationSigilSettings::AllDeletePrinterSetting";
+
+constexpr LogMessage kPrinterNotDeleted = {
+    4, 153400210, kClear, L"設定ファイルからプリンタ個別設定の削除に失敗しました[%s]"};
+constexpr LogMessage kPrinterDeleted = {1, 153400220, kClear,
+                                        L"設定ファイルからプリンタ個別設定を削除しました[%s]"};
+constexpr LogMessage kDriverNotDeleted = {
+    4, 153400230, kClear, L"設定ファイルからドライバ個別設定の削除に失敗しました[%s]"};
+constexpr LogMessage kDriverDeleted = {1, 153400240, kClear,
+                                       L"設定ファイルからドライバ個別設定を削除しました[%s]"};
+constexpr LogMessage kNoPath = {4, 153400250, kClear, L"設定ファイルパスの取得に失敗しました。"};
+constexpr LogMessage kThrown = {
+    5, 153400260, kClear, L"登録済みプリンタ個別設定情報オール削除処理に異常が発生しました。"};
+constexpr LogMessage kEnd = {1, 153400270, kClear,
+                             L"登録済みプリンタ個別設定情報オール削除処理完了"};
+
+/// One kind of individual settings, by the component's operations and our messages.
+struct Kind {
+  std::int32_t (Sigil::Settings::*count)();
+  std::int32_t (Sigil::Settings::*name)(std::int32_t, wchar_t*, std::uint32_t*);
+  std::int32_t (Sigil::Settings::*remove)(const wchar_t*, const wchar_t*);
+  const LogMessage& deleted;
+  const LogMessage& notDeleted;
+};
+
+constexpr Kind kPrinters = {
+    &Sigil::Settings::GetPrinterSettingCount, &Sigil::Settings::GetPrinterSettingName,
+    &Sigil::Settings::DeletePrinterSetting, kPrinterDeleted, kPrinterNotDeleted};
+constexpr Kind kDrivers = {
+    &Sigil::Settings::GetDriverSettingCount, &Sigil::Settings::GetDriverSettingName,
+    &Sigil::Settings::DeleteDriverSetting, kDriverDeleted, kDriverNotDeleted};
+
+using Names = std::vector<Sigil::CSigilString>;
+
+void ListNames(Sigil::Settings& settings, const Kind& kind, Names& names) {
+  const std::int32_t count = (settings.*kind.count)();
+  for (std::int32_t index = 0; index < count; ++index) {
+    wchar_t buffer[256] = {};
+    auto length = static_cast<std::uint32_t>(std::size(buffer));
+    if (Sigil::Failed((settings.*kind.name)(index, buffer, &length))) continue;
+    buffer[std::size(buffer) - 1] = L'\0';
+    names.emplace_back(buffer);
+  }
+}
+
+void DeleteNamed(Sigil::Settings& settings, const Kind& kind, const wchar_t* path,
+                 const Names& names) {
+  for (const Sigil::CSigilString name : names) {  // NOLINT: the component is handed a copy.
+    const std::int32_t result = (settings.*kind.remove)(path, name.GetText());
+    Log(Sigil::Failed(result) ? kind.notDeleted : kind.deleted, name.GetDisplayText());
+  }
+}
+
+// All names of both kinds are known before the first is deleted.
+void DeleteIndividualSettings(Sigil::Settings& settings, Names& printers, Names& drivers) {
+  ListNames(settings, kPrinters, printers);
+  ListNames(settings, kDrivers, drivers);
+  wchar_t path[MAX_PATH] = {};
+  auto length = static_cast<std::uint32_t>(std::size(path));
+  if (Sigil::Failed(GetSettingFilePath(path, &length))) {
+    Log(kNoPath);
+    return;
+  }
+  DeleteNamed(settings, kPrinters, path, printers);
+  DeleteNamed(settings, kDrivers, path, drivers);
+}
+
+}  // namespace
+
+bool OperationSigilSettings::AllDeletePrinterSetting() {
+  bool result = true;
+  Names printers;
+  Names drivers;
+  try {
+    DeleteIndividualSettings(*m_pSettings, printers, drivers);
+  } catch (...) {
+    Log(kThrown);
+    result = false;
+  }
+  Log(kEnd);
+  return result;
+}

@@ -1,0 +1,68 @@
+#include "component/setting_file_path.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <memory>
+#include <type_traits>
+
+#include "component/entry_point.h"
+#include "platform/file.h"
+#include "platform/mfc.h"
+#include "platform/shell.h"
+
+namespace {
+
+constexpr wchar_t kFile[] = L"KBR-LTD\\HarborLedge!\\HarborLedge!.cfg";
+constexpr std::size_t kWorkingCapacity = 2048;
+
+constexpr GUID kLocalAppDataLow = {
+    0xA520A1A4, 0x1780, 0x4FF6, {0xBD, 0x18, 0x16, 0x73, 0x43, 0xC5, 0xAF, 0x16}};
+constexpr int kLocalAppData = 28;
+
+struct FreeTaskMemory {
+  void operator()(wchar_t* text) const { CoTaskMemFree(text); }
+};
+
+struct FreeModule {
+  void operator()(HMODULE module) const { FreeLibrary(module); }
+};
+
+// The call is looked up: systems before the folder of low integrity do not have it.
+void CopyLocalAppDataLow(wchar_t (&folder)[kWorkingCapacity]) {
+  using GetKnownFolderPath = HRESULT(WINAPI*)(const GUID&, DWORD, HANDLE, wchar_t**);
+  const std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule> shell(
+      LoadLibraryW(L"shell32.dll"));
+  if (!shell) return;
+  const auto getPath = EntryPoint<GetKnownFolderPath>(shell.get(), "SHGetKnownFolderPath");
+  if (getPath == nullptr) return;
+  wchar_t* given = nullptr;
+  getPath(kLocalAppDataLow, 0, nullptr, &given);
+  const std::unique_ptr<wchar_t, FreeTaskMemory> path(given);
+  if (path) std::wcsncpy(folder, path.get(), kWorkingCapacity - 1);
+}
+
+CString SettingFilePath() {
+  wchar_t folder[kWorkingCapacity] = {};
+  CopyLocalAppDataLow(folder);
+  if (folder[0] == L'\0') SHGetSpecialFolderPathW(nullptr, folder, kLocalAppData, FALSE);
+  const CString base = folder;
+  if (PathAppendW(folder, kFile)) return folder;
+  // Beyond MAX_PATH the call gives nothing; the whole path still tells the length needed.
+  return base + L"\\" + kFile;
+}
+
+}  // namespace
+
+Sigil::SigilResult GetSettingFilePath(wchar_t* target, std::uint32_t* length) {
+  const CString path = SettingFilePath();
+  const auto needed = static_cast<std::uint32_t>(path.GetLength()) + 1;
+  const std::uint32_t capacity = *length;
+  *length = needed;
+  if (target == nullptr) return Sigil::kSuccess;
+  if (capacity > 0) {
+    const std::uint32_t copied = std::min(capacity, needed) - 1;
+    std::wmemcpy(target, path, copied);
+    target[copied] = L'\0';
+  }
+  return capacity >= needed ? Sigil::kSuccess : Sigil::kTargetTooSmall;
+}

@@ -1,0 +1,52 @@
+#include "component/setting_mutex.h"
+
+#include <utility>
+
+#include "boundary/log.h"
+#include "platform/synch.h"
+
+namespace {
+
+constexpr wchar_t kName[] = L"Global\\MIMOSA_HLE_SIGIL_SETTING";
+constexpr DWORD kTimeoutMilliseconds = 180000;
+
+constexpr wchar_t kGetMutex[] = L"GetMutex_SigilSetting";
+
+constexpr LogMessage kNotCreated = {5, 100907, kGetMutex,
+                                    L"Sigil設定ファイルへのロックが取得できませんでした。"};
+constexpr LogMessage kNotAcquired = {5, 100908, kGetMutex,
+                                     L"Sigil設定ファイルへのロックが取得できませんでした。"};
+constexpr LogMessage kAcquired = {2, 100909, kGetMutex, L"Sigil設定ファイル用MUTEXロックOK"};
+
+}  // namespace
+
+HANDLE GetMutex_SigilSetting(SECURITY_ATTRIBUTES* attributes) {
+  const HANDLE mutex = CreateMutexW(attributes, FALSE, kName);
+  if (mutex == nullptr) {
+    Log(kNotCreated);
+    return nullptr;
+  }
+  const DWORD waited = WaitForSingleObject(mutex, kTimeoutMilliseconds);
+  if (waited != WAIT_OBJECT_0) {
+    Log(kNotAcquired);
+    // Whoever gets an abandoned mutex owns it: giving it up lets the crash cost this one call only.
+    if (waited == WAIT_ABANDONED) ReleaseMutex(mutex);
+    CloseHandle(mutex);
+    return nullptr;
+  }
+  Log(kAcquired);
+  return mutex;
+}
+
+bool SettingMutex::Take(SECURITY_ATTRIBUTES* attributes) {
+  Reset();
+  m_hMutex = GetMutex_SigilSetting(attributes);
+  return m_hMutex != nullptr;
+}
+
+void SettingMutex::Reset() {
+  if (const HANDLE mutex = std::exchange(m_hMutex, nullptr)) {
+    ReleaseMutex(mutex);
+    CloseHandle(mutex);
+  }
+}

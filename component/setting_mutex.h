@@ -1,0 +1,26 @@
+#pragma once
+
+// The system-wide mutex `Global\MIMOSA_HLE_SIGIL_SETTING`, which every user of the setting file in
+// every process takes before it opens the Settings component to change anything.
+
+#include "platform/security.h"
+
+/// Waits up to 180 seconds for the mutex. The handle is the caller's, who owns the mutex, or null:
+/// the mutex could not be had, and the log says so. A mutex whose owner died counts as not had; it
+/// is free again for the next caller.
+HANDLE GetMutex_SigilSetting(SECURITY_ATTRIBUTES* attributes);
+
+/// Owns the mutex from a successful Take to Reset.
+class SettingMutex {
+ public:
+  SettingMutex() = default;
+  SettingMutex(const SettingMutex&) = delete;
+  SettingMutex& operator=(const SettingMutex&) = delete;
+  ~SettingMutex() { Reset(); }
+
+  bool Take(SECURITY_ATTRIBUTES* attributes);
+  void Reset();
+
+ private:
+  HANDLE m_hMutex = nullptr;
+};

@@ -1,0 +1,28 @@
+#include "component/sigil_string.h"
+
+#include "component/entry_point.h"
+
+namespace Sigil {
+
+CSigilString::CSigilString() {
+  const HMODULE component = GetModuleHandleW(kComponentFile);
+  if (IsLoaded(component)) {
+    const auto create = EntryPoint<CreateInstanceFunction>(component, kCreateInstanceName);
+    if (create != nullptr)
+      create(&kStringFirstIdentity, &kStringSecondIdentity,
+             reinterpret_cast<void**>(m_pString.Out()));
+  }
+  if (!m_pString) throw kCannotCreate;
+}
+
+CSigilString::CSigilString(const wchar_t* text) : CSigilString() {
+  m_pString->SetKind(0);
+  m_pString->SetText(text);
+}
+
+CSigilString::CSigilString(const CSigilString& other) : CSigilString() {
+  m_pString->SetKind(other.m_pString->GetKind());
+  m_pString->SetText(other.m_pString->GetText());
+}
+
+}  // namespace Sigil

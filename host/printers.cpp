@@ -1,0 +1,60 @@
+#include "host/printers.h"
+
+#include <cwchar>
+
+namespace SigilSettingManagement {
+namespace {
+
+constexpr wchar_t kSuiteDriver[] = L"QuietMIMOSA Harbor Ledge Driver";
+constexpr wchar_t kMonitoredMark[] = L"[監視対象プリンタ]";
+
+constexpr wchar_t kList[] = L"SigilSettingManagement::GetPrinterInfoList";
+
+constexpr LogMessage kListed = {2, 153100020, kList, L"プリンタ情報取得に成功しました。"};
+constexpr LogMessage kNotListed = {4, 153100010, kList, L"プリンタ情報取得に失敗しました。"};
+constexpr LogMessage kThrown = {4, 153100030, kList, L"プリンタ情報取得に失敗しました。"};
+
+BOOL EnumPrinters(void* block, DWORD size, DWORD* needed, DWORD* count) {
+  return EnumPrintersW(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 2,
+                       static_cast<LPBYTE>(block), size, needed, count);
+}
+
+}  // namespace
+
+int GetPrinterInfoList(PRINTER_INFO_2W** list, DWORD* count) {
+  try {
+    SetLastError(ERROR_SUCCESS);
+    DWORD size = 0;
+    EnumPrinters(nullptr, 0, &size, count);
+    *list = static_cast<PRINTER_INFO_2W*>(std::malloc(size));
+    if (!EnumPrinters(*list, size, &size, count)) {
+      LogWithLastError(kNotListed);
+      return -1;
+    }
+    Log(kListed);
+    return 0;
+  } catch (...) {
+    Log(kThrown);
+    return -1;
+  }
+}
+
+bool IsSuitePrinter(const PRINTER_INFO_2W& printer) {
+  return CString(printer.pDriverName).Compare(kSuiteDriver) == 0;
+}
+
+bool IsExcludedPrinter(const PRINTER_INFO_2W& printer, const ExclusionMessages& messages) {
+  if (IsSuitePrinter(printer)) return false;
+  if (printer.pComment == nullptr) {
+    Log(messages.noComment);
+    return true;
+  }
+  if (std::wcsstr(printer.pComment, kMonitoredMark) == nullptr) {
+    Log(messages.notMonitored);
+    return true;
+  }
+  Log(messages.monitored);
+  return false;
+}
+
+}  // namespace SigilSettingManagement

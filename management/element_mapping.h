@@ -1,0 +1,20 @@
+#pragma once
+
+// One element of the loaded policy becomes one new watermark of a record. Texts are converted at
+// the place of use and pulled to their bounds; no value of the document ends a mapping.
+
+#include "component/sigil_interfaces.h"
+#include "platform/mfc.h"
+
+namespace SigilSettingManagement {
+
+/// For an element of the kind header or footer. True: the watermark stands in the record and `*id`
+/// is its GUID. False: no ID, no record, or the component made none; `*id` is not written.
+/// Exceptions go to the caller.
+bool SetHeaderFooterInfo(const CString& elementId, Sigil::PrinterSettings* printerSettings,
+                         GUID* id);
+
+/// The same for a stamp.
+bool SetStampInfo(const CString& elementId, Sigil::PrinterSettings* printerSettings, GUID* id);
+
+}  // namespace SigilSettingManagement

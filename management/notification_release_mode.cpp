@@ -1,0 +1,98 @@
+#include "management/notification_release_mode.h"
+
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "boundary/log.h"
+#include "component/security_attributes.h"
+#include "platform/file.h"
+#include "platform/utf.h"
+
+namespace SigilSettingManagement {
+namespace {
+
+constexpr wchar_t kPipeName[] = L"\\\\.\\pipe\\hlwatermark";
+constexpr DWORD kMessageSize = 16;
+
+constexpr wchar_t kNotify[] = L"SigilSettingManagement::NotificationReleaseMode";
+
+constexpr LogMessage kNoMessage = {
+    4, 153100680, kNotify,
+    L"通知メッセージが空です。透かし制御サービスへイベント通知処理を中止します"};
+constexpr LogMessage kNoDescriptor = {4, 153100410, kNotify, L"セキュリティ記述子生成失敗。"};
+constexpr LogMessage kNoPipe = {5, 153100420, kNotify, L"パイプをオープンできませんでした"};
+constexpr LogMessage kNotWritten = {5, 153100430, kNotify, L"パイプへの書き込みに失敗しました。"};
+constexpr LogMessage kNotClosed = {5, 153100440, kNotify, L"ファイルクローズ失敗しました。"};
+constexpr LogMessage kNotified = {3, 153100450, kNotify,
+                                  L"★★★透かし解除・設定通知イベント通知＜%s＞★★★"};
+constexpr LogMessage kThrown = {5, 153100510, kNotify, L"透かし解除通知処理に異常が発生しました。"};
+
+/// The client's end of the pipe.
+class Pipe {
+ public:
+  explicit Pipe(SECURITY_ATTRIBUTES* attributes)
+      : m_hPipe(CreateFileW(kPipeName, GENERIC_WRITE, 0, attributes, OPEN_EXISTING, 0, nullptr)) {}
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+  ~Pipe() { Close(); }
+
+  bool IsOpen() const { return m_hPipe != INVALID_HANDLE_VALUE; }
+
+  bool Write(const std::string& bytes) {
+    DWORD written = 0;
+    return WriteFile(m_hPipe, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) !=
+           FALSE;
+  }
+
+  bool Close() {
+    const HANDLE pipe = std::exchange(m_hPipe, INVALID_HANDLE_VALUE);
+    return pipe == INVALID_HANDLE_VALUE || CloseHandle(pipe) != FALSE;
+  }
+
+ private:
+  HANDLE m_hPipe;
+};
+
+std::string OnTheWire(const CString& message) {
+  std::string bytes = platform::ToUtf16LeBytes(std::wstring_view(message));
+  bytes.resize(kMessageSize, '\0');
+  return bytes;
+}
+
+}  // namespace
+
+int NotificationReleaseMode(CString message) {
+  int result = 0;
+  try {
+    if (message.IsEmpty()) {
+      Log(kNoMessage);
+      return -5;
+    }
+    OpenSecurityAttributes attributes;
+    if (attributes.Get() == nullptr) {
+      Log(kNoDescriptor);
+      return -1;
+    }
+    Pipe pipe(attributes.Get());
+    if (!pipe.IsOpen()) {
+      LogWithLastError(kNoPipe);
+      return -2;
+    }
+    if (!pipe.Write(OnTheWire(message))) {
+      LogWithLastError(kNotWritten);
+      return -3;
+    }
+    if (!pipe.Close()) {
+      Log(kNotClosed);
+      result = -4;
+    }
+    attributes.Reset();
+    Log(kNotified, message);
+  } catch (...) {
+    Log(kThrown);
+  }
+  return result;
+}
+
+}  // namespace SigilSettingManagement

@@ -1,0 +1,200 @@
+#include "policy/policy_file_cipher.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "host/folders.h"
+#include "platform/codepage.h"
+#include "platform/crt.h"
+#include "platform/crypt.h"
+#include "policy/aes.h"
+
+namespace {
+
+constexpr INT_PTR kChunkSize = 0x100000;
+constexpr INT_PTR kKeySize = 32;
+constexpr INT_PTR kVectorSize = 16;
+constexpr INT_PTR kDigestSize = 16;
+constexpr INT_PTR kWorkBufferSize = 2048;
+
+struct CloseStream {
+  void operator()(std::FILE* stream) const { std::fclose(stream); }
+};
+
+/// Reads into the chunk from its start; the number of bytes read, short only at the file's end.
+INT_PTR ReadChunk(std::FILE* file, CByteArray& chunk) {
+  BYTE* const bytes = chunk.GetData();
+  INT_PTR count = 0;
+  for (; count < kChunkSize; ++count) {
+    const int byte = std::fgetc(file);
+    if (byte == EOF) break;
+    bytes[count] = static_cast<BYTE>(byte);
+  }
+  return count;
+}
+
+/// An MD5 hash of the cryptographic service and the provider that it needs.
+class Md5 {
+ public:
+  Md5() = default;
+  Md5(const Md5&) = delete;
+  Md5& operator=(const Md5&) = delete;
+  ~Md5() {
+    if (m_hash != 0) CryptDestroyHash(m_hash);
+    if (m_provider != 0) CryptReleaseContext(m_provider, 0);
+  }
+
+  bool Digest(const BYTE* bytes, DWORD count, BYTE (&digest)[kDigestSize]) {
+    DWORD size = kDigestSize;
+    return CryptAcquireContextW(&m_provider, nullptr, nullptr, PROV_RSA_FULL,
+                                CRYPT_VERIFYCONTEXT | CRYPT_MACHINE_KEYSET) &&
+           CryptCreateHash(m_provider, CALG_MD5, 0, 0, &m_hash) &&
+           CryptHashData(m_hash, bytes, count, 0) &&
+           CryptGetHashParam(m_hash, HP_HASHVAL, digest, &size, 0);
+  }
+
+ private:
+  HCRYPTPROV m_provider = 0;
+  HCRYPTHASH m_hash = 0;
+};
+
+/// Takes the digits in order and lays them on the even positions first, then on the odd ones. More
+/// positions than digits raise the array's exception.
+void Spread(const CByteArray& digits, CByteArray& material) {
+  INT_PTR taken = 0;
+  for (const INT_PTR first : {0, 1}) {
+    for (INT_PTR position = first; position < material.GetSize(); position += 2)
+      material[position] = digits[taken++];
+  }
+}
+
+void Fold(const CByteArray& material, INT_PTR size, CByteArray& target) {
+  target.SetSize(size);
+  CPolicyFileCipher::FoldBytes(material, target);
+}
+
+}  // namespace
+
+CPolicyFileCipher::CPolicyFileCipher()
+    : m_strKeySourcePath(CString(kClientFolder) + L"\\config\\data.dat") {}
+
+int CPolicyFileCipher::DecryptFile(const CString& path, CString& text) const {
+  CFileStatus status;
+  if (!CFile::GetStatus(path, status)) return 1;
+  std::FILE* opened = nullptr;
+  if (_wfopen_s(&opened, path, L"rb") != 0) return 1;
+  const std::unique_ptr<std::FILE, CloseStream> file(opened);
+
+  CByteArray chunk;
+  for (bool ended = false; !ended;) {
+    chunk.RemoveAll();
+    chunk.SetSize(kChunkSize);
+    const INT_PTR count = ReadChunk(file.get(), chunk);
+    if (count == 0) break;
+    // The zeros behind the file's end are decrypted with the rest.
+    text += DecryptChunk(chunk);
+    ended = count < kChunkSize;
+  }
+  return 0;
+}
+
+CString CPolicyFileCipher::DecryptChunk(const CByteArray& cipher) const {
+  CByteArray plain;
+  DecryptChunkToBytes(cipher, plain);
+  return BytesToText(CP_UTF8, plain);
+}
+
+void CPolicyFileCipher::DecryptChunkToBytes(const CByteArray& cipher, CByteArray& plain) const {
+  CByteArray material;
+  BuildKeyMaterial(material);
+  CByteArray key;
+  Fold(material, kKeySize, key);
+  CByteArray vector;
+  Fold(material, kVectorSize, vector);
+
+  AesContext context;
+  AesSetDecryptKey(key.GetData(), static_cast<int>(kKeySize), &context);
+  plain.RemoveAll();
+  plain.SetSize(cipher.GetSize());
+  AesCbcDecrypt(cipher.GetData(), plain.GetData(), static_cast<int>(cipher.GetSize()),
+                vector.GetData(), &context);
+}
+
+void CPolicyFileCipher::FoldBytes(const CByteArray& source, CByteArray& target) {
+  if (target.GetSize() == 0) return;
+  for (INT_PTR i = 0; i < source.GetSize(); ++i) {
+    BYTE& folded = target[i % target.GetSize()];
+    folded = static_cast<BYTE>(folded ^ source[i]);
+  }
+}
+
+void CPolicyFileCipher::BuildKeyMaterial(CByteArray& material) const {
+  material.RemoveAll();
+  const CString path = GetCommonDataPath() + m_strKeySourcePath;
+  CFileStatus status;
+  if (!CFile::GetStatus(path, status)) return;
+  CFile file;
+  if (!file.Open(path, CFile::modeRead | CFile::shareDenyNone)) return;
+
+  const auto size = static_cast<DWORD>(status.m_size);
+  // What is longer than the work buffer of the digest has no digits for all its bytes either.
+  if (size > static_cast<DWORD>(kWorkBufferSize)) AfxThrowInvalidArgException();
+  const auto count = static_cast<INT_PTR>(size);
+  CByteArray source;
+  source.SetSize(count + 1);
+  file.Read(source.GetData(), size);
+  file.Close();
+
+  CByteArray digits;
+  TextToAnsiBytes(HashHex(BytesToText(CP_ACP, source)), digits);
+  material.SetSize(count);
+  Spread(digits, material);
+}
+
+CString CPolicyFileCipher::HashHex(const CString& text) {
+  CByteArray bytes;
+  if (TextToAnsiBytes(text, bytes) != 0) return CString();
+  if (bytes.GetSize() > kWorkBufferSize) AfxThrowInvalidArgException();
+  BYTE buffer[kWorkBufferSize] = {};
+  std::copy_n(bytes.GetData(), bytes.GetSize(), buffer);
+
+  const int length = text.GetLength();
+  if (length == 0) return CString();
+  if (length > kWorkBufferSize) AfxThrowInvalidArgException();
+  BYTE digest[kDigestSize] = {};
+  if (!Md5().Digest(buffer, static_cast<DWORD>(length), digest)) return CString();
+
+  CString hex;
+  for (const BYTE byte : digest) {
+    CString digits;
+    digits.Format(L"%02X", byte);
+    hex += digits;
+  }
+  return hex;
+}
+
+int CPolicyFileCipher::TextToAnsiBytes(const CString& text, CByteArray& bytes) {
+  const int size = WideCharToMultiByte(CP_ACP, 0, text, -1, nullptr, 0, nullptr, nullptr);
+  if (size < 1) return 1;
+  bytes.SetSize(size);
+  const int converted = WideCharToMultiByte(
+      CP_ACP, 0, text, -1, reinterpret_cast<char*>(bytes.GetData()), size, nullptr, nullptr);
+  return converted < 1 ? 1 : 0;
+}
+
+CString CPolicyFileCipher::BytesToText(UINT codePage, const CByteArray& bytes) {
+  const auto* const start = reinterpret_cast<const char*>(bytes.GetData());
+  const void* const end = bytes.GetSize() == 0
+                              ? nullptr
+                              : std::memchr(start, 0, static_cast<std::size_t>(bytes.GetSize()));
+  const int length =
+      static_cast<int>(end == nullptr ? bytes.GetSize() : static_cast<const char*>(end) - start);
+  const int size = MultiByteToWideChar(codePage, 0, start, length, nullptr, 0);
+  if (size < 1) return CString();
+  CString text;
+  MultiByteToWideChar(codePage, 0, start, length, text.GetBuffer(size + 1), size);
+  text.ReleaseBuffer(size);
+  return text;
+}

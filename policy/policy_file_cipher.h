@@ -1,0 +1,45 @@
+#pragma once
+
+// The delivered policy file: AES-256 in CBC mode, in chunks of 1 MiB that are each a message of
+// their own; a chunk's clear text is UTF-8 and ends at its first NUL. Key and initial vector are
+// made anew for each chunk from the small file `data.dat` below the common data folder. All of it
+// is silent.
+//
+// A key source that cannot be read gives the key of no material, 32 zero bytes; a wrong key is not
+// noticed here. A key source of more than 33 bytes throws CInvalidArgException, a read error on it
+// CFileException.
+
+#include "platform/mfc.h"
+
+class CPolicyFileCipher {
+ public:
+  CPolicyFileCipher();
+
+  /// Appends the clear text of the file at the full path `path` to `text`. 0: read to its end; 1:
+  /// it could not be opened.
+  int DecryptFile(const CString& path, CString& text) const;
+
+  /// The clear text of one chunk, a multiple of 16 bytes.
+  CString DecryptChunk(const CByteArray& cipher) const;
+  /// `plain` gets the length of `cipher`.
+  void DecryptChunkToBytes(const CByteArray& cipher, CByteArray& plain) const;
+
+  /// As many bytes as the key source has, none when it cannot be read.
+  void BuildKeyMaterial(CByteArray& material) const;
+
+  /// Folds `source` by XOR into the fixed length of `target`, which is all zero.
+  static void FoldBytes(const CByteArray& source, CByteArray& target);
+
+  /// The MD5 digest (RFC 1321) of as many bytes of the text's ANSI form as the text has UTF-16
+  /// units: 32 upper-case hexadecimal digits. Empty for an empty text or on failure.
+  static CString HashHex(const CString& text);
+
+  /// ANSI bytes with their terminator. 0, or 1 on failure.
+  static int TextToAnsiBytes(const CString& text, CByteArray& bytes);
+
+  /// The text of `bytes` up to the first NUL or their end; empty when the conversion gives none.
+  static CString BytesToText(UINT codePage, const CByteArray& bytes);
+
+ private:
+  CString m_strKeySourcePath;  ///< Below the common data folder.
+};
