@@ -2,15 +2,13 @@
 
 // The workstation, its domain and the accounts of both.
 
+#include "platform/base.h"
+
 #ifdef _WIN32
 
-#include "platform/base.h"
-//
 #include <lm.h>
 
 #else
-
-#include "platform/base.h"
 
 using NET_API_STATUS = DWORD;
 

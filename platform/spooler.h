@@ -2,10 +2,10 @@
 
 // The print spooler's list of printers.
 
+#include "platform/base.h"
+
 #ifdef _WIN32
 
-#include "platform/base.h"
-//
 #include <winspool.h>
 
 #else

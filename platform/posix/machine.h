@@ -54,7 +54,4 @@ Machine LoadMachine();
 /// Whether two names are of one server, with or without their leading backslashes.
 bool SameServer(std::wstring_view left, std::wstring_view right);
 
-/// The user's own folder on the machine, `C:\Users\NAME`.
-std::wstring UserFolder();
-
 }  // namespace platform

@@ -1,0 +1,66 @@
+#pragma once
+
+// The text of an INI file, kept line by line: a change touches its own lines, and all others leave
+// as they came, byte by byte. Any bytes are such a text; parsing takes linear time.
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+class IniFile {
+ public:
+  enum class Encoding { kAnsi, kUtf8, kUtf16 };
+
+  struct Line {
+    std::string bytes;  ///< With the line's end.
+    bool isEntry = false;
+    std::wstring key;
+    std::optional<std::wstring> value;  ///< Null for a key without '='.
+  };
+
+  struct Section {
+    std::wstring name;
+    std::vector<Line> lines;  ///< Without the header.
+
+    /// The first of them with this key; null: none.
+    const Line* Find(std::wstring_view key) const;
+
+   private:
+    friend class IniFile;
+    std::string header;
+  };
+
+  /// `encoding` is that of a text without byte order mark.
+  IniFile(std::string_view bytes, Encoding encoding);
+
+  const std::vector<Section>& Sections() const { return m_sections; }
+  /// The first section of this name; null: none.
+  const Section* Find(std::wstring_view section) const;
+
+  void Set(std::wstring_view section, std::wstring_view key, std::wstring_view value);
+  void DeleteKey(std::wstring_view section, std::wstring_view key);
+  void DeleteSection(std::wstring_view section);
+
+  std::string Bytes() const;
+
+ private:
+  void AddLine(std::string_view bytes);
+  std::size_t UnitSize() const { return m_encoding == Encoding::kUtf16 ? 2 : 1; }
+  std::string Encode(std::wstring_view text) const;
+  std::wstring Decode(std::string_view bytes) const;
+  Line MakeEntry(std::wstring_view key, std::wstring_view value) const;
+  void EndLine(std::string& bytes) const;
+
+  Encoding m_encoding;
+  std::string m_mark;
+  std::string m_head;  ///< The lines before the first section.
+  std::vector<Section> m_sections;
+};
+
+/// `text` without the blanks around it.
+std::wstring_view Trim(std::wstring_view text);
+
+}  // namespace platform

@@ -1,0 +1,136 @@
+#include "platform/posix/machine.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <system_error>
+
+#include "platform/posix/ini_file.h"
+#include "platform/posix/letter_case.h"
+#include "platform/posix/password_database.h"
+#include "platform/posix/whole_file.h"
+#include "platform/utf.h"
+
+namespace platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::wstring_view kSeparators = L"\\/";
+constexpr std::wstring_view kPrinterPrefix = L"Printer ";
+constexpr std::wstring_view kAccounts = L"Accounts";
+
+/// Empty when the variable is not set.
+fs::path Variable(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? fs::path() : fs::path(value);
+}
+
+bool HasDrive(std::wstring_view path) {
+  return path.size() >= 2 && path[1] == L':' &&
+         ((path[0] >= L'A' && path[0] <= L'Z') || (path[0] >= L'a' && path[0] <= L'z'));
+}
+
+/// The name in `folder` that Windows would find; `name` itself when there is none.
+fs::path FindName(const fs::path& folder, std::wstring_view name) {
+  const fs::path exact = folder / ToUtf8(name);
+  std::error_code error;
+  if (fs::exists(fs::symlink_status(exact, error))) return exact;
+  fs::path best;
+  for (fs::directory_iterator each(folder, error), end; !error && each != end;
+       each.increment(error)) {
+    const fs::path& found = each->path();
+    if (SameName(FromUtf8(found.filename().native()), name) && (best.empty() || found < best))
+      best = found;
+  }
+  return best.empty() ? exact : best;
+}
+
+std::wstring LoginName() {
+  const auto user = FindUser(geteuid());
+  return user ? user->login : std::to_wstring(geteuid());
+}
+
+/// A missing value and an empty one are alike.
+std::wstring ValueOf(const IniFile::Section* section, std::wstring_view key,
+                     std::wstring_view fallback) {
+  const IniFile::Line* line = section == nullptr ? nullptr : section->Find(key);
+  const bool isThere = line != nullptr && line->value && !line->value->empty();
+  return isThere ? *line->value : std::wstring(fallback);
+}
+
+Printer PrinterOf(const IniFile::Section& section) {
+  Printer printer;
+  printer.name = Trim(std::wstring_view(section.name).substr(kPrinterPrefix.size()));
+  printer.driver = ValueOf(&section, L"Driver", L"");
+  if (const IniFile::Line* comment = section.Find(L"Comment")) printer.comment = comment->value;
+  return printer;
+}
+
+AccountList AccountsOf(const IniFile::Section& section) {
+  AccountList list;
+  list.server = Trim(std::wstring_view(section.name).substr(kAccounts.size()));
+  for (const IniFile::Line& line : section.lines)
+    if (line.isEntry) list.accounts.push_back({line.key, line.value});
+  return list;
+}
+
+}  // namespace
+
+fs::path MachineRoot() {
+  const fs::path root = Variable("SIGIL_ROOT");
+  if (!root.empty()) return fs::absolute(root);
+  const fs::path data = Variable("XDG_DATA_HOME");
+  const fs::path home = data.empty() ? Variable("HOME") / ".local" / "share" : data;
+  return fs::absolute(home / "sigil" / "machine");
+}
+
+fs::path HostPath(std::wstring_view windowsPath) {
+  std::wstring_view rest = windowsPath.substr(0, windowsPath.find(L'\0'));
+  if (rest.empty() || rest.starts_with(L'/')) return ToUtf8(rest);
+  std::string drive = "C";
+  if (HasDrive(rest)) {
+    drive[0] = static_cast<char>(rest[0] & ~0x20);
+    rest.remove_prefix(2);
+  }
+  std::vector<std::wstring_view> pieces;
+  while (!rest.empty()) {
+    const std::wstring_view piece = rest.substr(0, rest.find_first_of(kSeparators));
+    rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
+    if (piece == L".." && !pieces.empty()) pieces.pop_back();
+    if (!piece.empty() && piece != L"." && piece != L"..") pieces.push_back(piece);
+  }
+  fs::path path = MachineRoot() / drive;
+  for (const std::wstring_view piece : pieces) path = FindName(path, piece);
+  return path;
+}
+
+Machine LoadMachine() {
+  const auto bytes = ReadWholeFile(MachineRoot() / "machine.ini");
+  const IniFile file(bytes.value_or(""), IniFile::Encoding::kUtf8);
+  const IniFile::Section* own = file.Find(L"Machine");
+  Machine machine;
+  machine.user = ValueOf(own, L"User", LoginName());
+  machine.domain = ValueOf(own, L"Domain", L"WORKGROUP");
+  machine.joined = ValueOf(own, L"Joined", L"0") == L"1";
+  machine.controller = ValueOf(own, L"Controller", L"");
+  for (const IniFile::Section& section : file.Sections()) {
+    if (StartsWithName(section.name, kPrinterPrefix)) {
+      machine.printers.push_back(PrinterOf(section));
+    } else if (SameName(section.name, kAccounts) ||
+               StartsWithName(section.name, std::wstring(kAccounts) + L' ')) {
+      machine.accountLists.push_back(AccountsOf(section));
+    }
+  }
+  return machine;
+}
+
+bool SameServer(std::wstring_view left, std::wstring_view right) {
+  for (std::wstring_view* name : {&left, &right})
+    if (name->starts_with(LR"(\\)")) name->remove_prefix(2);
+  return SameName(left, right);
+}
+
+}  // namespace platform

@@ -1,0 +1,22 @@
+#pragma once
+
+// The users of the Linux system.
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+struct SystemUser {
+  std::wstring login;
+  std::wstring fullName;  ///< The comment field up to its first comma.
+};
+
+/// Null when the database has no such user, or cannot be asked.
+std::optional<SystemUser> FindUser(uid_t number);
+std::optional<SystemUser> FindUser(std::wstring_view login);
+
+}  // namespace platform
