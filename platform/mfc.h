@@ -42,9 +42,10 @@ class FormatArgument {
   LPCWSTR m_text = nullptr;
 };
 
-/// A wide string. Lengths and positions count UTF-16 units; a null pointer reads as empty text. A
-/// position outside of the text raises CInvalidArgException in GetAt and [], and is pulled into it
-/// by the other operations.
+/// A wide string. Lengths and positions count UTF-16 units; a null pointer makes an empty text, but
+/// compares with none (CInvalidArgException). GetAt and [] take the positions of the text and of
+/// its terminator and raise CInvalidArgException for others; other operations pull theirs into the
+/// text.
 class CString {
  public:
   CString() = default;
@@ -266,7 +267,7 @@ struct AFX_EXTENSION_MODULE {
 /// Notes the module in the record. FALSE ends the load of the library.
 BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HMODULE module);
 
-/// Forgets the module and deletes the CDynLinkLibrary objects made on its record, or with `all` on
+/// Empties the record and deletes the CDynLinkLibrary objects made on its record, or with `all` on
 /// any record.
 void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL all = FALSE);
 
@@ -282,8 +283,9 @@ class CDynLinkLibrary {
   static void* operator new(std::size_t size) noexcept;
   static void operator delete(void* block) noexcept { ::operator delete(block); }
 
-  const AFX_EXTENSION_MODULE& Module() const { return m_module; }
-
  private:
+  friend void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL all);
+
   AFX_EXTENSION_MODULE& m_module;
+  CDynLinkLibrary* m_next;
 };

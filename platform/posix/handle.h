@@ -1,0 +1,108 @@
+#pragma once
+
+// What stands behind a HANDLE, and what the operations on them share.
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "platform/base.h"
+#include "platform/faults.h"
+
+namespace platform {
+
+/// Objects under numbers that are never used twice. An object that is found stays in being for its
+/// finder, also when its handle is closed meanwhile. Safe for any number of threads.
+template <typename Type>
+class HandleTable {
+ public:
+  std::uintptr_t Add(std::shared_ptr<Type> object) {
+    const std::lock_guard lock(m_guard);
+    m_last += 4;
+    m_objects.emplace(m_last, std::move(object));
+    return m_last;
+  }
+
+  /// Null, and the last error, for a number that is no handle.
+  std::shared_ptr<Type> Find(std::uintptr_t handle) {
+    const std::lock_guard lock(m_guard);
+    const auto found = m_objects.find(handle);
+    if (found != m_objects.end()) return found->second;
+    SetLastError(ERROR_INVALID_HANDLE);
+    return nullptr;
+  }
+
+  /// Takes the object out. Null, and the last error, for a number that is no handle.
+  std::shared_ptr<Type> Take(std::uintptr_t handle) {
+    std::shared_ptr<Type> object = Find(handle);
+    const std::lock_guard lock(m_guard);
+    m_objects.erase(handle);
+    return object;
+  }
+
+ private:
+  std::mutex m_guard;
+  std::map<std::uintptr_t, std::shared_ptr<Type>> m_objects;
+  std::uintptr_t m_last = 0;
+};
+
+/// What CloseHandle gives back.
+class Object {
+ public:
+  virtual ~Object() = default;
+};
+
+HANDLE AddObject(std::shared_ptr<Object> object);
+std::shared_ptr<Object> FindObject(HANDLE handle);
+
+/// Null, and the last error, for a handle of another kind too.
+template <typename Type>
+std::shared_ptr<Type> FindObjectAs(HANDLE handle) {
+  auto object = std::dynamic_pointer_cast<Type>(FindObject(handle));
+  if (object == nullptr) SetLastError(ERROR_INVALID_HANDLE);
+  return object;
+}
+
+/// FALSE with this last error.
+inline BOOL FailWith(DWORD error) {
+  SetLastError(error);
+  return FALSE;
+}
+
+/// Whether a test wants this call of `operation` to fail; the last error is set then.
+inline bool IsToFail(const char* operation) {
+  const auto fault = TakeFault(operation);
+  if (fault) SetLastError(*fault);
+  return fault.has_value();
+}
+
+/// The Windows error for a number of <cerrno>.
+DWORD ErrorOf(int number);
+
+/// Opens a file for reading, as it is. Null and errno on failure, EACCES for a folder.
+std::FILE* OpenToRead(const char* path);
+
+/// The owner of a file descriptor.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int number) : m_number(number) {}
+  Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(m_number, other.m_number);
+    return *this;
+  }
+  ~Descriptor();
+
+  int Get() const { return m_number; }
+  int Release() { return std::exchange(m_number, -1); }
+  explicit operator bool() const { return m_number >= 0; }
+
+ private:
+  int m_number = -1;
+};
+
+}  // namespace platform

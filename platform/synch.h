@@ -1,0 +1,31 @@
+#pragma once
+
+// Named mutexes.
+
+#include "platform/base.h"
+#include "platform/security.h"
+
+#ifndef _WIN32
+
+constexpr DWORD INFINITE = 0xFFFFFFFF;
+constexpr DWORD WAIT_OBJECT_0 = 0;
+constexpr DWORD WAIT_ABANDONED = 0x80;
+constexpr DWORD WAIT_TIMEOUT = 258;
+constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
+
+/// Makes the mutex of this name, or opens it when it exists; a null name makes one of its own. The
+/// mutex is one for all processes of the machine under any account, and in being for as long as a
+/// handle to it is open anywhere. `initialOwner` counts only for a mutex that is made. Null and the
+/// last error on failure; otherwise the last error is ERROR_ALREADY_EXISTS for an opened mutex and
+/// 0 for a new one. `attributes` may be null; the descriptor is not looked at, everyone has access.
+HANDLE CreateMutexW(const SECURITY_ATTRIBUTES* attributes, BOOL initialOwner, LPCWSTR name);
+
+/// Waits up to `milliseconds` (INFINITE: without end) to own the mutex. WAIT_OBJECT_0; the owner
+/// may wait for it again and then has to release it as often. WAIT_ABANDONED: owned too, but the
+/// thread that owned it before ended without release. WAIT_TIMEOUT; WAIT_FAILED and the last error.
+DWORD WaitForSingleObject(HANDLE mutex, DWORD milliseconds);
+
+/// FALSE and ERROR_NOT_OWNER when the calling thread does not own the mutex.
+BOOL ReleaseMutex(HANDLE mutex);
+
+#endif
