@@ -6,6 +6,7 @@
 #include "platform/utf.h"
 #include "tests/recorder/recorder.h"
 #include "tests/support/record.h"
+#include "tests/support/seal.h"
 
 namespace tests {
 
@@ -33,6 +34,12 @@ void TestMachine::WriteProfile(std::wstring_view path, std::wstring_view text) {
 void TestMachine::RememberFullName(std::wstring_view fullName) {
   WriteProfile(kUserInfo,
                L"[User]\r\nGetUserState=1\r\nUserFullName=" + std::wstring(fullName) + L"\r\n");
+}
+
+std::string SealPolicy(std::string_view clear) {
+  std::string ended(clear);
+  ended.append(16 - ended.size() % 16, '\0');  // At least one NUL ends the text.
+  return Seal(ended, Key());
 }
 
 }  // namespace tests

@@ -1,4 +1,3 @@
-#include <openssl/evp.h>
 #include <stdlib.h>
 
 #include <fstream>
@@ -82,24 +81,6 @@ HANDLE AbandonMutex() {
 
 std::string SettingFile() {
   return R"(C:\Users\tanaka\AppData\LocalLow\KBR-LTD\HarborLedge!\HarborLedge!.cfg)";
-}
-
-std::string SealPolicy(std::string_view clear) {
-  constexpr int kBlock = 16;
-  std::string padded(clear);
-  padded.append(kBlock - padded.size() % kBlock, '\0');  // at least one NUL ends the text
-  const unsigned char zeros[32] = {};
-  std::string sealed(padded.size() + kBlock, '\0');
-  int size = 0;
-  EVP_CIPHER_CTX* context = EVP_CIPHER_CTX_new();
-  EVP_EncryptInit_ex(context, EVP_aes_256_cbc(), nullptr, zeros, zeros);
-  EVP_CIPHER_CTX_set_padding(context, 0);
-  EVP_EncryptUpdate(context, reinterpret_cast<unsigned char*>(sealed.data()), &size,
-                    reinterpret_cast<const unsigned char*>(padded.data()),
-                    static_cast<int>(padded.size()));
-  EVP_CIPHER_CTX_free(context);
-  sealed.resize(static_cast<std::size_t>(size));
-  return sealed;
 }
 
 }  // namespace tests
