@@ -1,0 +1,5 @@
+#include "platform/xml.h"
+
+// MinGW-w64 declares this one, but no library of its has it.
+const IID IID_IXMLDOMDocument2 = {
+    0x2933BF95, 0x7B36, 0x11D2, {0xB2, 0x0E, 0x00, 0xC0, 0x4F, 0x98, 0x3E, 0x60}};
