@@ -70,3 +70,11 @@ function(sigil_component name)
   sigil_library(${name} MODULE ${sources})
   set_target_properties(${name} PROPERTIES PREFIX "" OUTPUT_NAME SigilUtil_x86 SUFFIX .dll)
 endfunction()
+
+# sigil_quiet_surroundings(): a log and a component that cost nothing, quiet_log and quiet_component.
+function(sigil_quiet_surroundings)
+  sigil_library(quiet_log SHARED ${PROJECT_SOURCE_DIR}/bench/quiet/log.cpp)
+  set_target_properties(quiet_log PROPERTIES OUTPUT_NAME log4cxx)
+  sigil_library(quiet_component MODULE ${PROJECT_SOURCE_DIR}/bench/quiet/component.cpp)
+  set_target_properties(quiet_component PROPERTIES PREFIX "" OUTPUT_NAME SigilUtil_x86 SUFFIX .dll)
+endfunction()
