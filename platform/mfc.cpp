@@ -506,3 +506,7 @@ CDynLinkLibrary::~CDynLinkLibrary() {
 void* CDynLinkLibrary::operator new(std::size_t size) noexcept {
   return TakeFault("CDynLinkLibrary") ? nullptr : ::operator new(size, std::nothrow);
 }
+
+void CDynLinkLibrary::operator delete(void* block) noexcept {
+  ::operator delete(block);
+}

@@ -281,7 +281,7 @@ class CDynLinkLibrary {
   CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
 
   static void* operator new(std::size_t size) noexcept;
-  static void operator delete(void* block) noexcept { ::operator delete(block); }
+  static void operator delete(void* block) noexcept;
 
  private:
   friend void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL all);

@@ -32,15 +32,6 @@ struct ITEMIDLIST {
 using LPITEMIDLIST = ITEMIDLIST*;
 using LPCITEMIDLIST = const ITEMIDLIST*;
 
-struct IMalloc : IUnknown {
-  virtual void* STDMETHODCALLTYPE Alloc(SIZE_T bytes) = 0;
-  virtual void* STDMETHODCALLTYPE Realloc(void* block, SIZE_T bytes) = 0;
-  virtual void STDMETHODCALLTYPE Free(void* block) = 0;
-  virtual SIZE_T STDMETHODCALLTYPE GetSize(void* block) = 0;
-  virtual int STDMETHODCALLTYPE DidAlloc(void* block) = 0;
-  virtual void STDMETHODCALLTYPE HeapMinimize() = 0;
-};
-
 /// The shell's allocator, one for the process, which CoTaskMemFree shares.
 HRESULT SHGetMalloc(IMalloc** allocator);
 

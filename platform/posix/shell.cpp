@@ -1,8 +1,5 @@
 #include "platform/shell.h"
 
-#include <malloc.h>
-
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -15,35 +12,6 @@
 namespace platform {
 
 namespace {
-
-constexpr IID kUnknownId = {0x00000000, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
-constexpr IID kMallocId = {0x00000002, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
-
-/// The C library's heap. It lives as long as the process, so its references need no count.
-class Allocator final : public IMalloc {
- public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(const IID& id, void** object) override {
-    if (object == nullptr) return E_POINTER;
-    const bool isMine = id == kUnknownId || id == kMallocId;
-    *object = isMine ? this : nullptr;
-    return isMine ? S_OK : E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
-  ULONG STDMETHODCALLTYPE Release() override { return 1; }
-
-  void* STDMETHODCALLTYPE Alloc(SIZE_T bytes) override { return std::malloc(bytes); }
-  void* STDMETHODCALLTYPE Realloc(void* block, SIZE_T bytes) override {
-    if (block == nullptr || bytes != 0) return std::realloc(block, bytes);
-    std::free(block);
-    return nullptr;
-  }
-  void STDMETHODCALLTYPE Free(void* block) override { std::free(block); }
-  SIZE_T STDMETHODCALLTYPE GetSize(void* block) override {
-    return block == nullptr ? static_cast<SIZE_T>(-1) : malloc_usable_size(block);
-  }
-  int STDMETHODCALLTYPE DidAlloc(void*) override { return -1; }  // not known
-  void STDMETHODCALLTYPE HeapMinimize() override {}
-};
 
 /// The failure that a test wants of `operation`, as HRESULT_FROM_WIN32 makes it; null: none.
 std::optional<HRESULT> TakeFailure(const char* operation) {
@@ -72,7 +40,7 @@ std::optional<std::wstring> FolderOf(int csidl) {
 
 /// A copy with the NUL, for CoTaskMemFree; null: no memory.
 LPWSTR CopyOf(std::wstring_view text) {
-  auto* copy = static_cast<wchar_t*>(std::malloc((text.size() + 1) * sizeof(wchar_t)));
+  auto* copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
   if (copy != nullptr) copy[text.copy(copy, text.size())] = L'\0';
   return copy;
 }
@@ -81,10 +49,11 @@ LPWSTR CopyOf(std::wstring_view text) {
 LPITEMIDLIST MakeList(std::wstring_view path) {
   const std::size_t size = path.size() * sizeof(wchar_t);
   const auto itemSize = static_cast<std::uint16_t>(sizeof(std::uint16_t) + size);
-  auto* list = static_cast<BYTE*>(std::calloc(1, itemSize + sizeof(std::uint16_t)));
+  auto* list = static_cast<BYTE*>(CoTaskMemAlloc(itemSize + sizeof(std::uint16_t)));
   if (list == nullptr) return nullptr;
   std::memcpy(list, &itemSize, sizeof itemSize);
   std::memcpy(list + sizeof itemSize, path.data(), size);
+  std::memset(list + itemSize, 0, sizeof(std::uint16_t));
   return reinterpret_cast<LPITEMIDLIST>(list);
 }
 
@@ -93,12 +62,10 @@ LPITEMIDLIST MakeList(std::wstring_view path) {
 }  // namespace platform
 
 HRESULT SHGetMalloc(IMalloc** allocator) {
-  static platform::Allocator theAllocator;
   if (allocator == nullptr) return E_INVALIDARG;
   *allocator = nullptr;
   if (const auto failure = platform::TakeFailure("SHGetMalloc")) return *failure;
-  *allocator = &theAllocator;
-  return S_OK;
+  return CoGetMalloc(1, allocator);
 }
 
 HRESULT SHGetSpecialFolderLocation(HWND, int csidl, LPITEMIDLIST* list) {
