@@ -19,10 +19,30 @@ namespace fs = std::filesystem;
 constexpr wchar_t kLogFile[] =
     L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
 
-fs::path LogFile() {
-  const char* file = std::getenv("SIGIL_LOG");
-  return file != nullptr && *file != '\0' ? fs::path(file) : platform::HostPath(kLogFile);
+std::string Variable(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? "" : value;
 }
+
+/// The path of the log file, worked out again only when what it depends on has changed.
+class LogPath {
+ public:
+  const fs::path& Get() {
+    std::string named = Variable("SIGIL_LOG");
+    std::string root = Variable("SIGIL_ROOT");
+    if (m_path.empty() || named != m_named || root != m_root) {
+      m_path = named.empty() ? platform::HostPath(kLogFile) : fs::path(named);
+      m_named = std::move(named);
+      m_root = std::move(root);
+    }
+    return m_path;
+  }
+
+ private:
+  std::string m_named;
+  std::string m_root;
+  fs::path m_path;
+};
 
 peers::Descriptor Open(const fs::path& file) {
   constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
@@ -42,7 +62,7 @@ class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
   void sink_it_(const spdlog::details::log_msg& message) override {
     spdlog::memory_buf_t line;
     formatter_->format(message, line);
-    const fs::path path = LogFile();
+    const fs::path& path = m_path.Get();
     peers::Descriptor file = Open(path);
     if (!file && errno == ENOENT) {
       std::error_code failed;  // shows at the second try
@@ -53,6 +73,9 @@ class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
     [[maybe_unused]] const ssize_t written = write(file.Get(), line.data(), line.size());
   }
   void flush_() override {}
+
+ private:
+  LogPath m_path;
 };
 
 /// Never destroyed: there may be lines to the very end of the process.

@@ -1,6 +1,8 @@
 #include "peers/settings_component/setting_file.h"
 
+#include <mutex>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "peers/descriptor.h"
@@ -111,6 +113,26 @@ void WriteActive(Database& database, std::int64_t entry, std::size_t setting,
   database.Run("INSERT INTO setting VALUES(?,?,?,?)", entry, setting, record.name, record.enabled);
   for (std::size_t i = 0; i < record.watermarks.size(); ++i)
     database.Run("INSERT INTO active VALUES(?,?,?,?)", entry, setting, i, record.watermarks[i]);
+}
+
+/// What tells one machine, and one state of it, from another. Asking a machine with many printers
+/// for its user takes long, and each handle on the component asks.
+using MachineState = std::tuple<fs::path, fs::file_time_type, std::uintmax_t>;
+
+MachineState CurrentMachine() {
+  std::error_code missing;
+  const fs::path file = platform::MachineRoot() / "machine.ini";
+  return {file, fs::last_write_time(file, missing), fs::file_size(file, missing)};
+}
+
+SettingPlace AskForPlace() {
+  wchar_t* known = nullptr;
+  const HRESULT result = SHGetKnownFolderPath(FOLDERID_LocalAppDataLow, 0, nullptr, &known);
+  std::wstring folder = SUCCEEDED(result) ? known : L"";
+  CoTaskMemFree(known);
+  if (folder.empty()) throw std::runtime_error("the user's application data folder is unknown");
+  folder += L"\\KBR-LTD\\HarborLedge!";
+  return {folder, platform::HostPath(folder) / "HarborLedge!.cfg"};
 }
 
 struct Applier {
@@ -232,17 +254,17 @@ void SettingFile::Apply(const std::vector<ListChange>& changes) {
   m_database->Checkpoint();
 }
 
-std::wstring SettingFolder() {
-  wchar_t* folder = nullptr;
-  const HRESULT result = SHGetKnownFolderPath(FOLDERID_LocalAppDataLow, 0, nullptr, &folder);
-  const std::wstring path = SUCCEEDED(result) ? folder : L"";
-  CoTaskMemFree(folder);
-  if (path.empty()) throw std::runtime_error("the user's application data folder is unknown");
-  return path + L"\\KBR-LTD\\HarborLedge!";
-}
-
-fs::path SettingFilePath() {
-  return platform::HostPath(SettingFolder()) / kSettingFileName;
+SettingPlace FindSettingPlace() {
+  static std::mutex guard;
+  static MachineState lastState;
+  static SettingPlace lastPlace;
+  const std::lock_guard lock(guard);
+  MachineState state = CurrentMachine();
+  if (lastPlace.folder.empty() || state != lastState) {
+    lastPlace = AskForPlace();
+    lastState = std::move(state);
+  }
+  return lastPlace;
 }
 
 SettingFileContent ReadSettingFile(const fs::path& file) {

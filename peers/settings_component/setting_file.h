@@ -136,11 +136,12 @@ class SettingFile {
   std::unique_ptr<Database> m_database;
 };
 
-/// The folder of the current machine's setting file, as a Windows path without a backslash at its
-/// end, and the file itself on the host.
-std::wstring SettingFolder();
-std::filesystem::path SettingFilePath();
-constexpr char kSettingFileName[] = "HarborLedge!.cfg";
+/// Where the current machine has its setting file.
+struct SettingPlace {
+  std::wstring folder;         ///< A Windows path without a backslash at its end.
+  std::filesystem::path file;  ///< The file itself, on the host.
+};
+SettingPlace FindSettingPlace();
 
 /// Everything in the setting file `file`, without changing it; a missing file reads as empty.
 SettingFileContent ReadSettingFile(const std::filesystem::path& file);

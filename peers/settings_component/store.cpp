@@ -8,27 +8,21 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds kPatience(10);
 
-const std::wstring& Store::Folder() {
-  if (m_folder.empty()) {
-    m_folder = SettingFolder();
-    m_path = platform::HostPath(m_folder) / kSettingFileName;
+const SettingPlace& Store::Place() {
+  if (!m_place) {
+    m_place = FindSettingPlace();
     std::error_code failed;  // shows as soon as the folder is used
-    fs::create_directories(m_path.parent_path(), failed);
+    fs::create_directories(m_place->file.parent_path(), failed);
   }
-  return m_folder;
-}
-
-const fs::path& Store::OwnFile() {
-  Folder();
-  return m_path;
+  return *m_place;
 }
 
 fs::path Store::LockFile() {
-  return fs::path(OwnFile()) += ".lock";
+  return fs::path(Place().file) += ".lock";
 }
 
 SettingFile& Store::File() {
-  if (!m_file) m_file = std::make_unique<SettingFile>(OwnFile(), SettingFile::Access::kCreate);
+  if (!m_file) m_file = std::make_unique<SettingFile>(Place().file, SettingFile::Access::kCreate);
   return *m_file;
 }
 

@@ -16,8 +16,8 @@ namespace peers {
 
 class Store {
  public:
-  /// As a Windows path. The folder exists afterwards, if it can be made.
-  const std::wstring& Folder();
+  /// As a Windows path.
+  const std::wstring& Folder() { return Place().folder; }
 
   /// To read.
   SettingFile& File();
@@ -33,7 +33,7 @@ class Store {
   template <class Action>
   auto WriteAt(std::wstring_view path, Action action) {
     const std::filesystem::path file = platform::HostPath(path);
-    if (file == OwnFile()) return Write(action);
+    if (file == Place().file) return Write(action);
     const auto turn = TakeTurn();
     SettingFile other(file, SettingFile::Access::kWrite);
     return action(other);
@@ -44,13 +44,13 @@ class Store {
   bool UnLock();
 
  private:
-  const std::filesystem::path& OwnFile();
+  /// The folder is there afterwards, if it can be made.
+  const SettingPlace& Place();
   std::filesystem::path LockFile();
   /// Nothing when the lock is held anyway.
   std::optional<FileLock> TakeTurn();
 
-  std::wstring m_folder;
-  std::filesystem::path m_path;
+  std::optional<SettingPlace> m_place;
   std::unique_ptr<SettingFile> m_file;
   std::optional<FileLock> m_lock;
   unsigned m_depth = 0;

@@ -1,0 +1,125 @@
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+
+#include "tests/support/test_machine.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr wchar_t kLogFile[] =
+    L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
+
+/// The real logging component, by the names that its callers' object files have: in this program
+/// the recorder stands under the plain ones.
+class Log : public testing::Test {
+ protected:
+  Log() {
+    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path() / SIGIL_BUILD_FOLDER;
+    void* library = dlopen((folder / "liblog4cxx.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) throw std::runtime_error(dlerror());
+    Find(library, "_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_", plain);
+    Find(library, "_ZN10Log4cxxMgr12LogOutDetailEiiPKwiiS1_", withCode);
+    Find(library, "_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_S1_", withLabel);
+  }
+  ~Log() override {
+    unsetenv("SIGIL_LOG");
+    unsetenv("SIGIL_LOG_LEVEL");
+  }
+
+  template <class Function>
+  static void Find(void* library, const char* name, Function*& function) {
+    function = reinterpret_cast<Function*>(dlsym(library, name));
+    if (function == nullptr) throw std::runtime_error(dlerror());
+  }
+
+  /// The log, with each line's time and process checked and taken off.
+  std::string Lines() const {
+    const std::string stamp =
+        R"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} )" + std::to_string(getpid()) + " ";
+    return std::regex_replace(machine.Read(kLogFile), std::regex(stamp, std::regex::multiline), "");
+  }
+
+  void (*plain)(int, int, const wchar_t*, int, const wchar_t*) = nullptr;
+  void (*withCode)(int, int, const wchar_t*, int, int, const wchar_t*) = nullptr;
+  void (*withLabel)(int, int, const wchar_t*, int, const wchar_t*, const wchar_t*) = nullptr;
+  tests::TestMachine machine;
+};
+
+TEST_F(Log, KeepsEachCallInOneLine) {
+  plain(3, 153100270, L"A::B", 87, L"設定処理完了 {} %s \U0001F600");
+  withCode(5, 153100420, L"A::C", 9, -2, L"パイプ");
+  withLabel(0, 0, L"A::D", 1, L"500", L"1");
+  plain(9, -1, nullptr, -3, L"1\r\n2\t\x1B[2J\x85\x2028\xD83D \\n");
+  EXPECT_EQ(Lines(),
+            "3 153100270 A::B(87) 設定処理完了 {} %s \U0001F600\n"
+            "5 153100420 A::C(9) パイプ (code -2)\n"
+            "0 0 A::D(1) 500=1\n"
+            "9 -1 (null)(-3) 1\\r\\n2\\t\\u001B[2J\\u0085\\u2028\xEF\xBF\xBD \\n\n");
+}
+
+TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentOfEachCall) {
+  const fs::path other = fs::temp_directory_path() / ("sigil-log-" + std::to_string(getpid()));
+  setenv("SIGIL_LOG_LEVEL", "4", 1);
+  for (int level = 0; level < 6; ++level) plain(level, level, L"F", 1, L"t");
+  setenv("SIGIL_LOG_LEVEL", "none", 1);
+  setenv("SIGIL_LOG", (other / "deep" / "file.log").c_str(), 1);
+  plain(1, 1, L"F", 1, L"elsewhere");
+  unsetenv("SIGIL_LOG");
+  plain(0, 0, L"F", 1, L"back");
+  EXPECT_EQ(Lines(), "4 4 F(1) t\n5 5 F(1) t\n0 0 F(1) back\n");
+  EXPECT_GT(fs::file_size(other / "deep" / "file.log"), 0u);
+  fs::remove_all(other);
+}
+
+TEST_F(Log, DropsWhatItCannotWrite) {
+  const fs::path folder = fs::temp_directory_path() / ("sigil-log-" + std::to_string(getpid()));
+  fs::create_directories(folder);
+  const std::string pipe = folder / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+  for (const std::string& file : {folder.string(), pipe, std::string("/proc/none/file"),
+                                  std::string("/dev/full"), std::string(10000, 'x')}) {
+    setenv("SIGIL_LOG", file.c_str(), 1);
+    plain(1, 1, L"F", 1, L"t");
+  }
+  char byte;
+  EXPECT_EQ(read(reader, &byte, 1), 0);
+  close(reader);
+  fs::remove_all(folder);
+}
+
+TEST_F(Log, IsSharedByProcesses) {
+  constexpr int kProcesses = 4, kLines = 200;
+  const std::wstring text(3000, L'長');  // longer than the buffers of streams
+  for (int process = 0; process < kProcesses; ++process) {
+    if (fork() != 0) continue;
+    for (int i = 0; i < kLines; ++i) plain(process, i, L"F", 1, text.c_str());
+    _exit(0);
+  }
+  while (wait(nullptr) > 0) {
+  }
+  std::istringstream log(machine.Read(kLogFile));
+  std::vector<int> next(kProcesses);
+  for (std::string line; std::getline(log, line);) {
+    std::istringstream words(line);
+    std::string date, time, function, rest;
+    int process = 0, level = 0, number = 0;
+    words >> date >> time >> process >> level >> number >> function >> rest;
+    ASSERT_EQ(rest.size(), 3 * text.size());
+    EXPECT_EQ(number, next.at(static_cast<std::size_t>(level))++);
+  }
+  EXPECT_EQ(next, std::vector<int>(kProcesses, kLines));
+}
+
+}  // namespace
