@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/codepage.h"
+#include "platform/posix/ansi.h"
 #include "platform/posix/letter_case.h"
 #include "platform/utf.h"
 
@@ -17,23 +17,6 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 /// Space, the controls that move the print position, and the end-of-file character of old.
 constexpr std::wstring_view kBlanks = L" \t\n\v\f\r\x1A";
-
-std::wstring FromAnsi(std::string_view bytes) {
-  const int size = static_cast<int>(bytes.size());
-  std::wstring text(bytes.size(), L'\0');  // no character has more units than bytes
-  const int length = MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, text.data(), size);
-  text.resize(static_cast<std::size_t>(length));
-  return text;
-}
-
-std::string ToAnsi(std::wstring_view text) {
-  const int length = static_cast<int>(text.size());
-  std::string bytes(2 * text.size(), '\0');
-  const int size = WideCharToMultiByte(CP_ACP, 0, text.data(), length, bytes.data(), 2 * length,
-                                       nullptr, nullptr);
-  bytes.resize(static_cast<std::size_t>(size));
-  return bytes;
-}
 
 /// The size of the first line with its end: CR, LF or both.
 std::size_t FirstLineSize(std::string_view bytes, std::size_t unitSize) {
@@ -190,7 +173,7 @@ IniFile::Line IniFile::MakeEntry(std::wstring_view key, std::wstring_view value)
 /// that what follows stays readable.
 void IniFile::EndLine(std::string& bytes) const {
   if (bytes.empty()) return;
-  if (bytes.size() % UnitSize() != 0) bytes += '\0';
+  if (bytes.size() % UnitSize() != 0) bytes.replace(bytes.size() - 1, 1, Encode(L"\xFFFD"));
   const std::string_view last = std::string_view(bytes).substr(bytes.size() - UnitSize());
   if (last != Encode(L"\n") && last != Encode(L"\r")) bytes += Encode(L"\r\n");
 }

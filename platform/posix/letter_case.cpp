@@ -10,10 +10,12 @@ namespace platform {
 namespace {
 
 wchar_t Upper(wchar_t unit) {
+  if (unit >= L'a' && unit <= L'z') return static_cast<wchar_t>(unit - L'a' + L'A');
+  if (unit < 0x80) return unit;
   static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  if (unit < 0x80 || unicode == nullptr)
-    return unit >= L'a' && unit <= L'z' ? static_cast<wchar_t>(unit - L'a' + L'A') : unit;
-  return static_cast<wchar_t>(towupper_l(static_cast<wint_t>(unit), unicode));
+  if (unicode == nullptr) return unit;
+  const auto upper = static_cast<wchar_t>(towupper_l(static_cast<wint_t>(unit), unicode));
+  return upper < 0x80 ? unit : upper;  // Windows never folds a letter into ASCII
 }
 
 }  // namespace

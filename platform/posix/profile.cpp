@@ -16,6 +16,7 @@ namespace platform {
 namespace {
 
 constexpr auto kAnsi = IniFile::Encoding::kAnsi;
+constexpr char kGetString[] = "GetPrivateProfileStringW";
 
 std::filesystem::path FileOf(LPCWSTR name) {
   const std::wstring_view file = name == nullptr ? L"win.ini" : name;
@@ -24,7 +25,8 @@ std::filesystem::path FileOf(LPCWSTR name) {
 }
 
 /// What cannot be read is like a missing file, but for the last error.
-std::optional<IniFile> Read(LPCWSTR name) {
+std::optional<IniFile> Read(LPCWSTR name, const char* operation) {
+  if (IsToFail(operation)) return std::nullopt;
   try {
     const auto bytes = ReadWholeFile(FileOf(name));
     SetLastError(bytes ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
@@ -37,8 +39,8 @@ std::optional<IniFile> Read(LPCWSTR name) {
 
 /// Null, and the last error, when it is missing.
 std::optional<std::wstring> ReadValue(LPCWSTR name, std::wstring_view section,
-                                      std::wstring_view key) {
-  const auto file = Read(name);
+                                      std::wstring_view key, const char* operation) {
+  const auto file = Read(name, operation);
   if (!file) return std::nullopt;
   const IniFile::Section* found = file->Find(Trim(section));
   const IniFile::Line* line = found == nullptr ? nullptr : found->Find(Trim(key));
@@ -63,7 +65,7 @@ std::wstring NamesOfKeys(const IniFile::Section& section) {
 
 /// Null, and the last error, when file or section are missing.
 std::optional<std::wstring> ReadNames(LPCWSTR name, LPCWSTR section) {
-  const auto file = Read(name);
+  const auto file = Read(name, kGetString);
   if (!file) return std::nullopt;
   if (section == nullptr) return NamesOfSections(*file);
   if (const IniFile::Section* found = file->Find(Trim(section))) return NamesOfKeys(*found);
@@ -71,17 +73,22 @@ std::optional<std::wstring> ReadNames(LPCWSTR name, LPCWSTR section) {
   return std::nullopt;
 }
 
-/// Copies as much as fits before `nuls` NULs and ends it with these. The number of units copied.
-DWORD Copy(std::wstring_view from, LPWSTR text, DWORD capacity, DWORD nuls) {
-  const std::size_t most = capacity < nuls ? 0 : capacity - nuls;
-  if (from.size() > most) SetLastError(ERROR_MORE_DATA);
-  const std::size_t length = from.copy(text, most);
-  std::fill_n(text + length, std::min(nuls, capacity), L'\0');
+enum class Form { kValue, kList };
+
+/// Copies what fits with its end, which two NULs make for a list that is cut or empty. The number
+/// of units copied.
+DWORD Copy(std::wstring_view from, Form form, LPWSTR text, DWORD capacity) {
+  const bool fits = from.size() < capacity;
+  if (!fits) SetLastError(ERROR_MORE_DATA);
+  const bool needsTwo = form == Form::kList && (!fits || from.empty());
+  const DWORD nuls = std::min<DWORD>(needsTwo ? 2 : 1, capacity);
+  const std::size_t length = from.copy(text, capacity - nuls);
+  std::fill_n(text + length, nuls, L'\0');
   return static_cast<DWORD>(length);
 }
 
-std::wstring WithoutTrailingBlanks(std::wstring_view text) {
-  return std::wstring(text.substr(0, text.find_last_not_of(L' ') + 1));
+std::wstring_view WithoutTrailingBlanks(std::wstring_view text) {
+  return text.substr(0, text.find_last_not_of(L' ') + 1);
 }
 
 /// The number at the beginning of `text` modulo 2^32.
@@ -115,23 +122,23 @@ std::optional<std::string> Change(const std::optional<std::string>& before,
 
 UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, int fallback, LPCWSTR file) {
   const auto missing = static_cast<UINT>(fallback);
-  if (section == nullptr || key == nullptr || platform::IsToFail("GetPrivateProfileIntW"))
-    return missing;
-  const auto value = platform::ReadValue(file, section, key);
+  if (section == nullptr || key == nullptr) return missing;
+  const auto value = platform::ReadValue(file, section, key, "GetPrivateProfileIntW");
   return value ? platform::ToNumber(*value) : missing;
 }
 
 DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR fallback, LPWSTR text,
                                DWORD capacity, LPCWSTR file) {
   if (text == nullptr || capacity == 0) return 0;
-  const std::wstring missing =
-      platform::WithoutTrailingBlanks(fallback == nullptr ? L"" : fallback);
-  if (platform::IsToFail("GetPrivateProfileStringW"))
-    return platform::Copy(missing, text, capacity, 1);
-  if (section == nullptr || key == nullptr)
-    return platform::Copy(platform::ReadNames(file, section).value_or(L""), text, capacity, 2);
-  return platform::Copy(platform::ReadValue(file, section, key).value_or(missing), text, capacity,
-                        1);
+  using platform::Form;
+  if (section == nullptr || key == nullptr) {
+    const auto names = platform::ReadNames(file, section);
+    return platform::Copy(names.value_or(L""), Form::kList, text, capacity);
+  }
+  const auto value = platform::ReadValue(file, section, key, platform::kGetString);
+  const std::wstring_view missing = fallback == nullptr ? L"" : fallback;
+  return platform::Copy(value ? *value : platform::WithoutTrailingBlanks(missing), Form::kValue,
+                        text, capacity);
 }
 
 BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR file) {
