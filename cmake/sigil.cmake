@@ -60,21 +60,27 @@ function(sigil_library name kind)
   if(WIN32)
     set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "")
   else()
-    target_link_options(${name} PRIVATE LINKER:--exclude-libs,ALL LINKER:-z,defs)
+    # With clang's sanitizers the program has what they leave open.
+    target_link_options(${name} PRIVATE LINKER:--exclude-libs,ALL
+                                        $<$<CXX_COMPILER_ID:GNU>:LINKER:-z,defs>)
   endif()
 endfunction()
 
-# sigil_component(NAME FOLDER...): a Settings component; hosts load it by this name in both homes.
+# sigil_log(NAME SOURCE...): a logging component, by its file name.
+function(sigil_log name)
+  sigil_library(${name} SHARED ${ARGN})
+  set_target_properties(${name} PROPERTIES OUTPUT_NAME log4cxx)
+endfunction()
+
+# sigil_component(NAME SOURCE...): a Settings component, by the file name it has in both homes.
 function(sigil_component name)
-  sigil_sources(sources ${ARGN})
-  sigil_library(${name} MODULE ${sources})
+  sigil_library(${name} MODULE ${ARGN})
   set_target_properties(${name} PROPERTIES PREFIX "" OUTPUT_NAME SigilUtil_x86 SUFFIX .dll)
 endfunction()
 
-# sigil_quiet_surroundings(): a log and a component that cost nothing, quiet_log and quiet_component.
-function(sigil_quiet_surroundings)
-  sigil_library(quiet_log SHARED ${PROJECT_SOURCE_DIR}/bench/quiet/log.cpp)
-  set_target_properties(quiet_log PROPERTIES OUTPUT_NAME log4cxx)
-  sigil_library(quiet_component MODULE ${PROJECT_SOURCE_DIR}/bench/quiet/component.cpp)
-  set_target_properties(quiet_component PROPERTIES PREFIX "" OUTPUT_NAME SigilUtil_x86 SUFFIX .dll)
-endfunction()
+# sigil_own_folder(): has what the calling folder declares lie side by side, so that its programs
+# find its own log and component instead of the real ones.
+macro(sigil_own_folder)
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+  set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+endmacro()
