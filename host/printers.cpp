@@ -14,7 +14,7 @@ constexpr LogMessage kListed = {2, 153100020, kList, L"プリンタ情報取得�
 constexpr LogMessage kNotListed = {4, 153100010, kList, L"プリンタ情報取得に失敗しました。"};
 constexpr LogMessage kThrown = {4, 153100030, kList, L"プリンタ情報取得に失敗しました。"};
 
-BOOL EnumPrinters(void* block, DWORD size, DWORD* needed, DWORD* count) {
+BOOL AskSpooler(void* block, DWORD size, DWORD* needed, DWORD* count) {
   return EnumPrintersW(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 2,
                        static_cast<LPBYTE>(block), size, needed, count);
 }
@@ -25,9 +25,9 @@ int GetPrinterInfoList(PRINTER_INFO_2W** list, DWORD* count) {
   try {
     SetLastError(ERROR_SUCCESS);
     DWORD size = 0;
-    EnumPrinters(nullptr, 0, &size, count);
+    AskSpooler(nullptr, 0, &size, count);
     *list = static_cast<PRINTER_INFO_2W*>(std::malloc(size));
-    if (!EnumPrinters(*list, size, &size, count)) {
+    if (!AskSpooler(*list, size, &size, count)) {
       LogWithLastError(kNotListed);
       return -1;
     }

@@ -19,6 +19,11 @@
 
 _COM_SMARTPTR_TYPEDEF(IUnknown, IID_IUnknown);
 
+// As the SDK has it; MinGW-w64's would change the UUID.
+inline RPC_STATUS UuidToStringW(const UUID* uuid, RPC_WSTR* text) {
+  return ::UuidToStringW(const_cast<UUID*>(uuid), text);
+}
+
 #else
 
 #include <utility>
@@ -27,8 +32,6 @@ constexpr HRESULT DISP_E_TYPEMISMATCH = static_cast<HRESULT>(0x80020005U);
 constexpr HRESULT CLASS_E_NOAGGREGATION = static_cast<HRESULT>(0x80040110U);
 constexpr HRESULT REGDB_E_CLASSNOTREG = static_cast<HRESULT>(0x80040154U);
 constexpr HRESULT CO_E_NOTINITIALIZED = static_cast<HRESULT>(0x800401F0U);
-
-// --- Texts and values
 
 /// Wide text with its length before it and a terminator after it; it may hold NULs. Null is empty.
 using BSTR = wchar_t*;
@@ -59,8 +62,6 @@ struct VARIANT {
 void VariantInit(VARIANT* value);
 /// Frees the text, if any, and leaves VT_EMPTY.
 HRESULT VariantClear(VARIANT* value);
-
-// --- Objects
 
 struct IUnknown {
   /// Another interface of the same object, with a reference; null and E_NOINTERFACE without one.
@@ -108,8 +109,6 @@ void CoTaskMemFree(void* block);
 /// The one allocator of the process. `context` is 1, else E_INVALIDARG.
 HRESULT CoGetMalloc(DWORD context, IMalloc** allocator);
 
-// --- UUID text
-
 using RPC_STATUS = std::int32_t;
 using RPC_WSTR = wchar_t*;
 constexpr RPC_STATUS RPC_S_OK = 0;
@@ -119,8 +118,6 @@ constexpr RPC_STATUS RPC_S_OUT_OF_MEMORY = 14;
 RPC_STATUS UuidToStringW(const UUID* uuid, RPC_WSTR* text);
 /// Frees the text and leaves null. Null is fine.
 RPC_STATUS RpcStringFreeW(RPC_WSTR* text);
-
-// --- The system's message texts
 
 constexpr DWORD FORMAT_MESSAGE_ALLOCATE_BUFFER = 0x100;
 constexpr DWORD FORMAT_MESSAGE_IGNORE_INSERTS = 0x200;
@@ -133,8 +130,6 @@ constexpr DWORD ERROR_MR_MID_NOT_FOUND = 317;
 /// ERROR_MR_MID_NOT_FOUND without a text.
 DWORD FormatMessageW(DWORD flags, const void* source, DWORD messageId, DWORD languageId,
                      LPWSTR buffer, DWORD size, void* arguments);
-
-// --- C++ support
 
 /// What a failing result of COM is raised as.
 class _com_error {
