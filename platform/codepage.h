@@ -22,7 +22,8 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int size, LPWS
                         int capacity);
 
 /// The way back, `capacity` in bytes. What the code page lacks becomes `*defaultChar` ('?' when
-/// that is null), and `*usedDefault` tells whether there was any; in UTF-8 a lone surrogate becomes
+/// that is null; Windows first looks for a similar letter, as e for an accented one, which is not
+/// done here), and `*usedDefault` tells whether there was any; in UTF-8 a lone surrogate becomes
 /// U+FFFD, or with WC_ERR_INVALID_CHARS ERROR_NO_UNICODE_TRANSLATION, and both must be null.
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LPSTR bytes,
                         int capacity, LPCSTR defaultChar, BOOL* usedDefault);

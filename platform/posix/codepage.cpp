@@ -54,9 +54,10 @@ bool IsLeadByte(unsigned char byte) {
   return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
 }
 
-/// Single bytes above ASCII that Windows keeps although 932 gives them no character.
+/// Single bytes that Windows gives a place of its own although 932 has no characters for them.
 wchar_t KeptByte(unsigned char byte) {
-  if (byte == 0x80 || byte == 0xA0) return byte;
+  if (byte == 0x80) return 0x80;
+  if (byte == 0xA0) return 0xF8F0;
   if (byte >= 0xFD) return static_cast<wchar_t>(0xF8F1 + (byte - 0xFD));
   return 0;
 }

@@ -133,9 +133,13 @@ Descriptor OpenInUse(const fs::path& path) {
   }
 }
 
+/// By an opening of its own: a mapping that has to stay would keep the lock of the other.
 SharedMutex* Map(const Descriptor& file) {
+  const std::string path = "/proc/self/fd/" + std::to_string(file.Get());
+  const Descriptor opened(open(path.c_str(), O_RDWR | O_CLOEXEC));
+  Check(bool(opened));
   void* memory =
-      mmap(nullptr, sizeof(SharedMutex), PROT_READ | PROT_WRITE, MAP_SHARED, file.Get(), 0);
+      mmap(nullptr, sizeof(SharedMutex), PROT_READ | PROT_WRITE, MAP_SHARED, opened.Get(), 0);
   Check(memory != MAP_FAILED);
   return static_cast<SharedMutex*>(memory);
 }
@@ -166,16 +170,17 @@ std::shared_ptr<Mutex> MakeMutex(Descriptor file, bool owned) {
 
 /// Null when another process was faster.
 std::shared_ptr<Mutex> MakeNamed(const fs::path& path, bool owned) {
-  std::string draft = (path.parent_path() / ".XXXXXX").string();
-  Descriptor file(mkostemp(draft.data(), O_CLOEXEC));
+  struct Draft {
+    ~Draft() { unlink(name.c_str()); }
+    std::string name;
+  } draft{(path.parent_path() / ".XXXXXX").string()};
+  Descriptor file(mkostemp(draft.name.data(), O_CLOEXEC));
   Check(bool(file));
   LockFile(file, F_RDLCK, true);
-  fchmod(file.Get(), 0666);
+  Check(fchmod(file.Get(), 0666) == 0);
   std::shared_ptr<Mutex> mutex = MakeMutex(std::move(file), owned);
-  const int result = link(draft.c_str(), path.c_str());
+  if (link(draft.name.c_str(), path.c_str()) == 0) return mutex;
   const int error = errno;
-  unlink(draft.c_str());
-  if (result == 0) return mutex;
   if (owned) mutex->Release();
   if (error != EEXIST) throw std::system_error(error, std::generic_category());
   return nullptr;
