@@ -166,7 +166,9 @@ TEST(Switch, EachFailureBeforeTheWalkChangesNothing) {
 )";
   const std::string noScope = kMutexGiven + R"(
 5 153100110 SigilSettingManagement::SetWatermarkAllPrinter "プリンタ適応範囲が取得できないため、全プリンタ透かし有効無効設定処理を中断"
-)" + kUnloaded;
+Settings::Release()
+component unloaded
+)";
   const std::string refused = kBegin + R"(
 CoInitialize
 5 153100540 SigilSettingManagement::SetWatermarkAllPrinter "ポリシーXML解析処理に失敗　エラーコード：$1"
@@ -206,7 +208,9 @@ CoUninitialize
   check("printers not listed", Fault("EnumPrintersW", 1), good,
         kBegin + Fill(kScopeRead, {"0"}) + kPrintersNotListed + kMutexGiven + R"(
 5 153100040 SigilSettingManagement::SetWatermarkAllPrinter "プリンタ情報取得に失敗したため、全プリンタ透かし有効無効設定処理を中断"
-)" + kUnloaded);
+Settings::Release()
+component unloaded
+)");
   check("exception in the walk", Throws(L"LastSetting::SetEnable"), good, opened + R"(
 Settings::GetPrinterSettings("*")
 PrinterSettings[*]::GetLastSetting(out)

@@ -391,7 +391,7 @@ TEST(Update, EachFailureOfThePassHasItsRecord) {
 Settings::Lock()
 )" + kUnwound + kPassThrown);
   Check("no document service", Fault("CoCreateInstance"), kEmptyPolicy, -101,
-        kBegin + kUnwound + kPassThrown);
+        kBegin + "CoUninitialize\n" + kUnwound + kPassThrown);
   Check("exception in the walk", Throws(L"Settings::GetPrinterSettings(\"会議室\")"), kEmptyPolicy,
         -101,
         kBegin + Fill(kEmptyEntry, {"*"}) + "Settings::GetPrinterSettings(\"会議室\")\n" +

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "platform/faults.h"
@@ -52,9 +54,28 @@ std::vector<std::string> ExpectedLines(std::string_view text) {
   return lines;
 }
 
-std::string Joined(const std::vector<std::string>& lines) {
-  std::string text;
-  for (const std::string& line : lines) text += line + "\n";
+using Lines = std::span<const std::string>;
+
+/// How the records differ, line by line: `-` is missing, `+` is too much.
+std::string Difference(Lines wanted, Lines got) {
+  // common[i][j]: the most lines, in order, that the rests from i and j have in common.
+  std::vector common(wanted.size() + 1, std::vector<std::size_t>(got.size() + 1));
+  for (std::size_t i = wanted.size(); i-- > 0;)
+    for (std::size_t j = got.size(); j-- > 0;)
+      common[i][j] = wanted[i] == got[j] ? common[i + 1][j + 1] + 1
+                                         : std::max(common[i + 1][j], common[i][j + 1]);
+  std::string text, before;
+  std::size_t i = 0, j = 0;
+  while (i < wanted.size() || j < got.size()) {
+    if (i < wanted.size() && j < got.size() && wanted[i] == got[j]) {
+      before = "  " + wanted[i++] + "\n";
+      ++j;
+      continue;
+    }
+    const bool missing =
+        j == got.size() || (i < wanted.size() && common[i + 1][j] >= common[i][j + 1]);
+    text += std::exchange(before, "") + (missing ? "- " + wanted[i++] : "+ " + got[j++]) + "\n";
+  }
   return text;
 }
 
@@ -68,7 +89,7 @@ void Compare(std::string_view expected, std::vector<std::string> got, std::sourc
         got.begin(), got.end(), [&](const std::string& line) { return line.starts_with(start); },
         pattern);
   }
-  EXPECT_EQ(Joined(wanted), Joined(got));
+  if (wanted != got) ADD_FAILURE() << "another record:\n" << Difference(wanted, got);
 }
 
 }  // namespace
