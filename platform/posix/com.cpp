@@ -224,7 +224,7 @@ _com_error& _com_error::operator=(const _com_error& other) {
 }
 
 _com_error::~_com_error() {
-  LocalFree(m_message);
+  if (m_message != nullptr) LocalFree(m_message);
 }
 
 const wchar_t* _com_error::ErrorMessage() const {
