@@ -122,7 +122,7 @@ class SettingsObject : public Counted<Sigil::Settings> {
 
   Result SetUseContentLog(BYTE flag) override {
     return Guarded([&] {
-      m_changes.push_back(SetContentLog{flag != 0});
+      m_changes.emplace_back(SetContentLog{flag != 0});
       return Sigil::kSuccess;
     });
   }
