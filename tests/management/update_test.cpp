@@ -566,7 +566,7 @@ TEST(Update, ValuesArePulledToTheirBounds) {
   int number = 0;
   for (const auto& test : cases) {
     const std::string watermark = "Watermark[W" + std::to_string(++number) + "]::";
-    const std::string operation(test.call, std::strchr(test.call, '(') + 1);
+    const std::string operation(test.call, std::strcspn(test.call, "(") + 1);
     ExpectLinesWith({watermark + operation}, watermark + test.call);
   }
 }

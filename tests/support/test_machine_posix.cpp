@@ -2,10 +2,8 @@
 
 #include <fstream>
 #include <iterator>
-#include <thread>
 
 #include "platform/posix/machine.h"
-#include "platform/synch.h"
 #include "platform/utf.h"
 #include "tests/support/test_machine.h"
 
@@ -55,28 +53,6 @@ std::string TestMachine::Read(std::wstring_view path) const {
 
 void TestMachine::Remove(std::wstring_view path) {
   fs::remove(platform::HostPath(path));
-}
-
-constexpr wchar_t kMutex[] = L"Global\\MIMOSA_HLE_SIGIL_SETTING";
-
-bool MutexIsFree() {
-  DWORD wait = WAIT_FAILED;
-  std::thread([&wait] {
-    HANDLE mutex = CreateMutexW(nullptr, FALSE, kMutex);
-    wait = WaitForSingleObject(mutex, 0);
-    if (wait == WAIT_OBJECT_0) ReleaseMutex(mutex);
-    CloseHandle(mutex);
-  }).join();
-  return wait == WAIT_OBJECT_0;
-}
-
-HANDLE AbandonMutex() {
-  HANDLE mutex = nullptr;
-  std::thread([&mutex] {
-    mutex = CreateMutexW(nullptr, FALSE, kMutex);
-    WaitForSingleObject(mutex, INFINITE);
-  }).join();
-  return mutex;
 }
 
 std::string SettingFile() {

@@ -1,0 +1,97 @@
+// The machine is the one this runs on. It is emptied before and after each test, so it must be one
+// that nobody uses: a Wine prefix.
+
+#include <shlobj.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+
+#include "platform/utf.h"
+#include "tests/support/test_machine.h"
+
+namespace tests {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr wchar_t kClientFolder[] = L"C:\\ProgramData\\KBR-LTD";
+constexpr wchar_t kPrinters[] = L"System\\CurrentControlSet\\Control\\Print\\Printers";
+
+void RefuseRealMachine() {
+  if (GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr) return;
+  std::cerr << "These tests empty the machine's printers and client folders. "
+               "They run under Wine only.\n";
+  std::exit(1);
+}
+
+void SetText(HKEY key, const wchar_t* name, const std::wstring& text) {
+  RegSetKeyValueW(key, nullptr, name, REG_SZ, text.c_str(),
+                  static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+}  // namespace
+
+void TestMachine::Open() {
+  RefuseRealMachine();
+  Close();
+  fs::create_directories(kSettingFolder);
+}
+
+void TestMachine::Close() {
+  SetPrinters({});
+  std::error_code ignored;
+  fs::remove_all(kSettingFolder, ignored);
+  fs::remove_all(kClientFolder, ignored);
+}
+
+void TestMachine::SetPrinters(const std::vector<TestPrinter>& printers) {
+  m_printers = printers;
+  WriteMachineFile();
+}
+
+// As the spooler of Wine keeps them. It lists the keys in the order of their names and takes what a
+// printer is called from the value, so the keys are numbers.
+void TestMachine::WriteMachineFile() const {
+  RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPrinters);
+  HKEY all = nullptr;
+  RegCreateKeyW(HKEY_LOCAL_MACHINE, kPrinters, &all);
+  wchar_t number = L'a';
+  for (const TestPrinter& printer : m_printers) {
+    HKEY key = nullptr;
+    RegCreateKeyW(all, std::wstring(1, number++).c_str(), &key);
+    SetText(key, L"Name", printer.name);
+    SetText(key, L"Printer Driver", printer.driver);
+    SetText(key, L"Port", L"LPT1:");
+    if (printer.comment) SetText(key, L"Description", *printer.comment);
+    RegCloseKey(key);
+  }
+  RegCloseKey(all);
+}
+
+void TestMachine::Write(std::wstring_view path, std::string_view bytes) {
+  const fs::path file(path);
+  fs::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary).write(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+std::string TestMachine::Read(std::wstring_view path) const {
+  std::ifstream file(fs::path(path), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void TestMachine::Remove(std::wstring_view path) {
+  fs::remove(path);
+}
+
+std::string SettingFile() {
+  LPWSTR folder = nullptr;
+  SHGetKnownFolderPath(FOLDERID_LocalAppDataLow, 0, nullptr, &folder);
+  const std::string path = platform::ToUtf8(folder) + R"(\KBR-LTD\HarborLedge!\HarborLedge!.cfg)";
+  CoTaskMemFree(folder);
+  return path;
+}
+
+}  // namespace tests
