@@ -1,0 +1,29 @@
+#include <gtest/gtest.h>
+
+#include "component/operation_sigil_settings.h"
+#include "management/register_watermark_info.h"
+#include "policy/watermark_policy_xml_parser.h"
+#include "tests/support/record.h"
+#include "tests/support/test_machine.h"
+
+namespace tests {
+namespace {
+
+TEST(Register, WithoutAListNothingIsDoneAndTheReaderStays) {
+  TestMachine machine;
+  {
+    OperationSigilSettings settings;
+    EXPECT_EQ(SigilSettingManagement::RegisterWatermarkInfo(1, L"<a/>", settings, nullptr, 0), -1);
+  }
+  CWatermarkPolicyXMLParser::DeleteInstance();
+  ExpectRecord(R"(
+component loaded
+CoInitialize
+5 153100110 SigilSettingManagement::RegisterWatermarkInfo "プリンタ情報取得に失敗したため、全プリンタ透かし情報設定処理を中断"
+component unloaded
+CoUninitialize
+)");
+}
+
+}  // namespace
+}  // namespace tests
