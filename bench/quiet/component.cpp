@@ -2,6 +2,7 @@
 // the same for all its owners.
 
 #include <cwchar>
+#include <iterator>
 
 #include "component/sigil_interfaces.h"
 
@@ -66,7 +67,7 @@ struct QuietSettings : Shared<Settings> {
   Result Commit() override { return 0; }
   Result GetSettingFileDir(wchar_t* buffer, std::uint32_t* length) override {
     if (buffer != nullptr) std::wmemcpy(buffer, kFolder, std::size(kFolder));
-    return *length = std::size(kFolder), 0;
+    return *length = static_cast<std::uint32_t>(std::size(kFolder)), 0;
   }
   Result GetPrinterSettingCount() override { return 0; }
   Result GetPrinterSettingName(Result, wchar_t*, std::uint32_t*) override { return -1; }
