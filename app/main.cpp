@@ -1,0 +1,198 @@
+// sigilctl: the host program for administrators and for trying things out.
+//
+// Exit status: 0 when the work is done, 1 when an export or the machine fails, 2 for a wrong
+// argument or a file that will not do; then nothing has been changed.
+
+#include <stdlib.h>
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <functional>
+#include <iostream>
+
+#include "app/doctor.h"
+#include "app/init.h"
+#include "app/library.h"
+#include "app/log_view.h"
+#include "app/result.h"
+#include "app/seal_command.h"
+#include "app/serve.h"
+#include "app/show.h"
+#include "app/text_file.h"
+#include "app/usage_error.h"
+#include "platform/posix/machine.h"
+
+namespace app {
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kMisused = 2;
+
+/// What the command line says. A command's own work is in `run`.
+struct Arguments {
+  std::string root;
+  std::string newRoot;
+  std::string file;
+  std::string policyId = "1";
+  std::string onOff;
+  bool resetName = false;
+  bool json = false;
+  bool brief = false;
+  bool follow = false;
+  std::function<int()> run;
+};
+
+int Number(const std::string& text) {
+  int number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end)
+    throw UsageError("--policy-id: '" + text + "' is no number of 32 bits");
+  return number;
+}
+
+bool IsOn(const std::string& text) {
+  if (text != "on" && text != "off") throw UsageError("content-log: on or off, not '" + text + "'");
+  return text == "on";
+}
+
+int Update(const Arguments& arguments) {
+  const int policyId = Number(arguments.policyId);
+  const std::wstring text = ReadTextFile(arguments.file);
+  const int result =
+      LoadExports().update(0, policyId, nullptr, text.c_str(), arguments.resetName ? 1 : 0);
+  return Report("update", result, "The policy is applied.");
+}
+
+int SetContentLog(const Arguments& arguments) {
+  const bool on = IsOn(arguments.onOff);
+  return Report("content-log", LoadExports().setUseContentLog(on),
+                on ? "The content log is on." : "The content log is off.");
+}
+
+int Show(const Arguments& arguments) {
+  const auto content = peers::ReadSettingFile(peers::FindSettingPlace().file);
+  if (arguments.json)
+    ShowJson(std::cout, content);
+  else
+    ShowTables(std::cout, content, arguments.brief ? Detail::kBrief : Detail::kWhole);
+  return 0;
+}
+
+void AddCommands(CLI::App& program, Arguments& arguments) {
+  const auto add = [&](const char* name, const char* description, std::function<int()> run) {
+    CLI::App* const command = program.add_subcommand(name, description);
+    command->callback([&arguments, run] { arguments.run = run; });
+    return command;
+  };
+
+  add("init", "Lays out a sample machine with a sample policy",
+      [&] {
+        LayOutMachine(arguments.newRoot);
+        std::cout << "init: the sample machine is in " << arguments.newRoot << "\n";
+        return 0;
+      })
+      ->add_option("ROOT", arguments.newRoot, "Its folder, new or empty")
+      ->required();
+
+  CLI::App* const update = add("update", "Applies a policy text to the default entry and printers",
+                               [&] { return Update(arguments); });
+  update->add_option("FILE", arguments.file, "The policy, UTF-8 or UTF-16 text")->required();
+  update->add_option("--policy-id", arguments.policyId, "Which policy of the text (1)");
+  update->add_flag("--reset-name", arguments.resetName, "Looks the user's full name up anew");
+
+  add("set", "Switches the watermarks on, as the delivered policy's scope says", [] {
+    return Report("set", LoadExports().set(), "The watermarks are on where the scope wants them.");
+  });
+  add("release", "Switches the watermarks off", [] {
+    return Report("release", LoadExports().release(),
+                  "The watermarks are off and the control service knows.");
+  });
+  add("release-for-service", "Switches the watermarks off and deletes them", [] {
+    return Report("release-for-service", LoadExports().releaseForService(),
+                  "The watermarks are off and deleted.");
+  });
+  add("exclude", "Rebuilds the exclude list from the printers that exist now", [] {
+    return Report("exclude", LoadExports().updateExclude(), "The exclude list is rebuilt.");
+  });
+  add("content-log", "Switches the print-content log callback",
+      [&] { return SetContentLog(arguments); })
+      ->add_option("STATE", arguments.onOff, "on or off")
+      ->required();
+
+  CLI::App* const show =
+      add("show", "Shows what the setting file holds", [&] { return Show(arguments); });
+  show->add_flag("--json", arguments.json, "As one JSON object");
+  show->add_flag("--brief", arguments.brief, "Without the watermarks");
+
+  add("log", "Prints the log file", [&] {
+    if (arguments.follow) FollowLog(LogFile());
+    PrintLog(LogFile());
+    return 0;
+  })->add_flag("--follow", arguments.follow, "And goes on as it grows");
+
+  add("seal", "Makes the delivered policy file of a policy text",
+      [&] {
+        SealPolicy(arguments.file);
+        return 0;
+      })
+      ->add_option("FILE", arguments.file, "The policy, UTF-8 or UTF-16 text")
+      ->required();
+
+  add("serve", "Runs the control service and prints its events", [] {
+    Serve();
+    return 0;
+  });
+  add("doctor", "Tells what an export would meet on this machine; changes nothing", [] {
+    PrintDiagnosis(std::cout);
+    return 0;
+  });
+}
+
+/// Nothing is to appear in a folder that was misspelt.
+void RequireMachine() {
+  const auto root = platform::MachineRoot();
+  std::error_code error;
+  if (!std::filesystem::is_directory(root, error))
+    throw UsageError(root.string() + ": no machine here; `sigilctl init` lays one out");
+}
+
+int Run(int argc, char** argv) {
+  CLI::App program("Host program of the SigilSetting library", "sigilctl");
+  Arguments arguments;
+  const CLI::Option* const root =
+      program.add_option("--root", arguments.root, "The machine's folder (else SIGIL_ROOT)");
+  AddCommands(program, arguments);
+  program.require_subcommand(1);
+  program.fallthrough();
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::Success& help) {
+    return program.exit(help);
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(error.what());
+  }
+  if (!root->empty()) {
+    if (arguments.root.empty()) throw UsageError("--root: a folder, not an empty text");
+    setenv("SIGIL_ROOT", arguments.root.c_str(), 1);
+  }
+  if (!program.got_subcommand("init")) RequireMachine();
+  const int status = arguments.run();
+  if (!std::cout.flush()) throw std::runtime_error("standard output cannot be written");
+  return status;
+}
+
+}  // namespace
+}  // namespace app
+
+int main(int argc, char** argv) {
+  try {
+    return app::Run(argc, argv);
+  } catch (const app::UsageError& error) {
+    std::cerr << "sigilctl: " << error.what() << "\n";
+    return app::kMisused;
+  } catch (const std::exception& error) {
+    std::cerr << "sigilctl: " << error.what() << "\n";
+    return app::kFailed;
+  }
+}

@@ -1,0 +1,112 @@
+#include "app/policy_text.h"
+
+#include "platform/utf.h"
+#include "platform/xml.h"
+
+namespace app {
+namespace {
+
+using _com_util::CheckError;
+
+class Apartment {
+ public:
+  Apartment() { CheckError(CoInitialize(nullptr)); }
+  ~Apartment() { CoUninitialize(); }
+  Apartment(const Apartment&) = delete;
+  Apartment& operator=(const Apartment&) = delete;
+};
+
+std::wstring Text(const _bstr_t& text) {
+  return {static_cast<const wchar_t*>(text), text.length()};
+}
+
+IXMLDOMDocument2Ptr NewDocument() {
+  IXMLDOMDocument2Ptr document;
+  CheckError(CoCreateInstance(CLSID_DOMDocument60, nullptr, CLSCTX_ALL, IID_IXMLDOMDocument2,
+                              reinterpret_cast<void**>(&document)));
+  return document;
+}
+
+IXMLDOMNodePtr Find(const IXMLDOMNodePtr& node, const wchar_t* query) {
+  IXMLDOMNodePtr found;
+  CheckError(node->selectSingleNode(_bstr_t(query), &found));
+  return found;
+}
+
+std::optional<std::wstring> TextOf(const IXMLDOMNodePtr& node, const wchar_t* query) {
+  const IXMLDOMNodePtr found = Find(node, query);
+  if (found == nullptr) return std::nullopt;
+  _bstr_t text;
+  CheckError(found->get_text(text.GetAddress()));
+  return Text(text);
+}
+
+std::wstring IdOf(const IXMLDOMNodePtr& node) {
+  const IXMLDOMNodePtr id = Find(node, L"./@ID");
+  if (id == nullptr) return L"";
+  _variant_t value;
+  CheckError(id->get_nodeValue(&value));
+  return Text(value);
+}
+
+template <class Action>
+void ForEach(const IXMLDOMNodePtr& node, const wchar_t* query, Action action) {
+  IXMLDOMNodeListPtr nodes;
+  CheckError(node->selectNodes(_bstr_t(query), &nodes));
+  LONG count = 0;
+  CheckError(nodes->get_length(&count));
+  for (LONG i = 0; i < count; ++i) {
+    IXMLDOMNodePtr item;
+    CheckError(nodes->get_item(i, &item));
+    action(item);
+  }
+}
+
+std::string WhyNotLoaded(const IXMLDOMDocument2Ptr& document) {
+  IXMLDOMParseErrorPtr error;
+  CheckError(document->get_parseError(&error));
+  LONG line = 0;
+  CheckError(error->get_line(&line));
+  _bstr_t reason;
+  CheckError(error->get_reason(reason.GetAddress()));
+  return "no well-formed XML (line " + std::to_string(line) + ": " +
+         platform::ToUtf8(Text(reason)) + ")";
+}
+
+PolicyText Read(const std::wstring& text) {
+  const Apartment apartment;
+  const IXMLDOMDocument2Ptr document = NewDocument();
+  VARIANT_BOOL isLoaded = VARIANT_FALSE;
+  CheckError(document->loadXML(_bstr_t(text.c_str()), &isLoaded));
+  if (isLoaded == VARIANT_FALSE) return {WhyNotLoaded(document), {}, {}};
+  const IXMLDOMNodePtr root = Find(document, L"QuietMIMOSA/HLE");
+  if (root == nullptr) return {"no element QuietMIMOSA/HLE", {}, {}};
+
+  PolicyText policy;
+  ForEach(root, L"./Watermark/PolicyInfos/PolicyInfo", [&](const IXMLDOMNodePtr& info) {
+    Policy& added = policy.policies.emplace_back();
+    added.id = IdOf(info);
+    added.scope = TextOf(info, L"./PrinterScope");
+    ForEach(info, L"./ElementIDs/ID", [&](const IXMLDOMNodePtr& id) {
+      added.elementIds.push_back(TextOf(id, L".").value_or(L""));
+    });
+  });
+  ForEach(root, L"./Watermark/Elements/Element", [&](const IXMLDOMNodePtr& element) {
+    policy.elements.push_back({IdOf(element), TextOf(element, L"./Kind").value_or(L""),
+                               TextOf(element, L"./Name").value_or(L"")});
+  });
+  return policy;
+}
+
+}  // namespace
+
+PolicyText ReadPolicy(const std::wstring& text) {
+  if (text.empty()) return {"it holds no text", {}, {}};
+  try {
+    return Read(text);
+  } catch (const _com_error& error) {
+    return {"the XML service fails: " + platform::ToUtf8(error.ErrorMessage()), {}, {}};
+  }
+}
+
+}  // namespace app

@@ -1,0 +1,27 @@
+#pragma once
+
+// Tables for people. A column is as wide as its widest cell on a terminal, where a character of
+// East Asia takes two places and a combining mark none.
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace app {
+
+/// The places that UTF-8 text takes on a terminal.
+std::size_t DisplayWidth(std::string_view text);
+
+/// The same text in one line, with control characters as \n, \t or \uXXXX; cut, with an ellipsis,
+/// to `width` places.
+std::string OneLine(std::string_view text, std::size_t width = std::string_view::npos);
+
+using Row = std::vector<std::string>;
+
+/// Prints the rows, of which the first holds the headings, two places apart, each line behind
+/// `indent`.
+void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_view indent = "  ");
+
+}  // namespace app

@@ -1,0 +1,66 @@
+#include "app/text_file.h"
+
+#include <system_error>
+#include <utility>
+
+#include "app/usage_error.h"
+#include "platform/posix/whole_file.h"
+#include "platform/utf.h"
+
+namespace app {
+namespace {
+
+std::optional<std::wstring> IfSound(std::wstring text, bool isSound) {
+  if (!isSound || text.find(L'\0') != text.npos) return std::nullopt;
+  return text;
+}
+
+/// The codecs replace what is ill-formed, so that it does not survive the way there and back.
+std::optional<std::wstring> FromUtf8(std::string_view bytes) {
+  std::wstring text = platform::FromUtf8(bytes);
+  const bool isSound = platform::ToUtf8(text) == bytes;
+  return IfSound(std::move(text), isSound);
+}
+
+std::optional<std::wstring> FromUtf16Le(std::string_view bytes) {
+  std::wstring text = platform::FromUtf16LeBytes(bytes);
+  const bool isSound = bytes.size() % 2 == 0 && platform::FromUtf8(platform::ToUtf8(text)) == text;
+  return IfSound(std::move(text), isSound);
+}
+
+std::optional<std::wstring> FromUtf16Be(std::string_view bytes) {
+  std::string swapped(bytes);
+  for (std::size_t i = 1; i < swapped.size(); i += 2) std::swap(swapped[i - 1], swapped[i]);
+  return FromUtf16Le(swapped);
+}
+
+std::string Read(const std::filesystem::path& file) {
+  std::optional<std::string> bytes;
+  try {
+    bytes = platform::ReadWholeFile(file);
+  } catch (const std::system_error& error) {
+    throw UsageError(error.what());
+  }
+  if (!bytes) throw UsageError(file.string() + ": no such file");
+  if (bytes->empty()) throw UsageError(file.string() + ": the file is empty");
+  return std::move(*bytes);
+}
+
+}  // namespace
+
+std::optional<std::wstring> DecodeText(std::string_view bytes) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) return FromUtf8(bytes.substr(3));
+  if (bytes.starts_with("\xFF\xFE")) return FromUtf16Le(bytes.substr(2));
+  if (bytes.starts_with("\xFE\xFF")) return FromUtf16Be(bytes.substr(2));
+  if (bytes.size() >= 2 && bytes[0] != 0 && bytes[1] == 0) return FromUtf16Le(bytes);
+  if (bytes.size() >= 2 && bytes[0] == 0 && bytes[1] != 0) return FromUtf16Be(bytes);
+  return FromUtf8(bytes);
+}
+
+std::wstring ReadTextFile(const std::filesystem::path& file) {
+  auto text = DecodeText(Read(file));
+  if (!text) throw UsageError(file.string() + ": neither UTF-8 nor UTF-16 text");
+  return std::move(*text);
+}
+
+}  // namespace app

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace app {
+
+/// What the caller has to mend: a wrong argument or a file that will not do. It is told in one
+/// line, the exit status is 2, and nothing has been changed.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace app
