@@ -244,6 +244,12 @@ TEST(SettingsComponent, GivesTextsToBuffersOfAnySize) {
   EXPECT_EQ(std::wstring(small, 4), std::wstring(L"01\0!", 4)) << "cut, and no further written";
 }
 
+template <class... Results>
+void ExpectRefused(Results... results) {
+  int place = 0;
+  for (const std::int32_t result : {results...}) EXPECT_LT(result, 0) << "after " << place++;
+}
+
 TEST(SettingsComponent, RefusesWhatItCannotServe) {
   const tests::TestMachine machine;
   const auto settings = Open();
@@ -255,12 +261,9 @@ TEST(SettingsComponent, RefusesWhatItCannotServe) {
   GUID id{};
   std::uint32_t length = 1;
   wchar_t buffer[2];
-  const std::int32_t results[] = {
-      settings->Save(1),
-      entry->Save(1),
-      settings->UnLock(),
-      settings->GetSettingFileDir(buffer, nullptr),
-      settings->GetPrinterSettings(nullptr, nullptr),
+  ExpectRefused(
+      settings->Save(1), entry->Save(1), settings->UnLock(),
+      settings->GetSettingFileDir(buffer, nullptr), settings->GetPrinterSettings(nullptr, nullptr),
       settings->GetPrinterSettingName(0, buffer, &length),
       settings->GetPrinterSettingName(-1, buffer, &length),
       settings->GetDriverSettingName(0, buffer, nullptr),
@@ -268,20 +271,12 @@ TEST(SettingsComponent, RefusesWhatItCannotServe) {
       settings->DeleteDriverSetting(kFile.c_str(), nullptr),
       settings->GetExcludePrinter(0, &id, nullptr, &length),
       settings->GetSecondExclude(0, nullptr, nullptr, &length),
-      settings->AddExcludePrinter(nullptr, &id),
-      settings->AddExcludePrinter(L"p", nullptr),
-      settings->DeleteExcludePrinter(nullptr),
-      entry->GetWatermarkInfo(1, &id, buffer, 1),
-      entry->GetWatermarkInfo(0, nullptr, buffer, 1),
-      entry->GetLastSetting(nullptr),
-      entry->GetCustomSetting(nullptr, &setting),
-      entry->CreateCustomSetting(nullptr),
-      entry->CreateWatermark(nullptr),
-      entry->DeleteWatermark(nullptr),
-      last->SetName(nullptr),
-      last->SetWatermarks(nullptr, 1),
-  };
-  for (const std::int32_t& result : results) EXPECT_LT(result, 0) << &result - results;
+      settings->AddExcludePrinter(nullptr, &id), settings->AddExcludePrinter(L"p", nullptr),
+      settings->DeleteExcludePrinter(nullptr), entry->GetWatermarkInfo(1, &id, buffer, 1),
+      entry->GetWatermarkInfo(0, nullptr, buffer, 1), entry->GetLastSetting(nullptr),
+      entry->GetCustomSetting(nullptr, &setting), entry->CreateCustomSetting(nullptr),
+      entry->CreateWatermark(nullptr), entry->DeleteWatermark(nullptr), last->SetName(nullptr),
+      last->SetWatermarks(nullptr, 1));
   EXPECT_EQ(entry->GetWatermarkCount(), 1);
 }
 
@@ -356,31 +351,36 @@ TEST(SettingsComponent, LocksOutOthersButNotReaders) {
 
 TEST(SettingsComponent, SurvivesTheDeathOfItsProcess) {
   const tests::TestMachine machine;
-  constexpr int kMarks = 30;
-  const auto fill = [](int round) {
-    const auto settings = Open();
-    settings->Lock();
-    const auto entry = Entry(*settings, L"p");
+  constexpr std::int32_t kMarks = 200;
+  const auto fill = [](Sigil::PrinterSettings& entry, int round) {
     GUID id{};
     wchar_t name[8];
-    while (entry->GetWatermarkInfo(0, &id, name, 7) == 0) entry->DeleteWatermark(&id);
-    for (int i = 0; i < kMarks; ++i) Add(*entry, std::to_wstring(round).c_str());
-    return Keep(*entry);
+    while (entry.GetWatermarkInfo(0, &id, name, 7) == 0) entry.DeleteWatermark(&id);
+    for (int i = 0; i < kMarks; ++i) Add(entry, std::to_wstring(round).c_str());
+    return Keep(entry);
   };
-  ASSERT_EQ(fill(0), 0);
-  for (int round = 1; round <= 15; ++round) {
+  for (int round = 0; round < 12; ++round) {
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
     const pid_t child = Fork([&] {
-      for (int i = round * 1000;; ++i) fill(i);
+      const auto settings = Open();
+      settings->Lock();
+      const auto entry = Entry(*settings, L"p");
+      for (int i = 1000 * round;; ++i)
+        if (fill(*entry, i) != 0 || write(ready[1], "", 1) != 1) return;
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(3 + round));
+    close(ready[1]);
+    char byte;
+    EXPECT_EQ(read(ready[0], &byte, 1), 1) << "neither file nor lock is held by the dead";
+    std::this_thread::sleep_for(std::chrono::microseconds(700 * round));
     kill(child, SIGKILL);
     StatusOf(child);
-    const auto content = peers::ReadSettingFile(peers::FindSettingPlace().file);
+    close(ready[0]);
+    const auto entry = peers::ReadSettingFile(peers::FindSettingPlace().file).entries.at(0);
     std::set<std::string> names;
-    for (const auto& mark : content.entries.at(0).watermarks) names.insert(mark.name);
-    EXPECT_EQ(content.entries.at(0).watermarks.size(), std::size_t{kMarks});
+    for (const auto& mark : entry.watermarks) names.insert(mark.name);
+    EXPECT_EQ(entry.watermarks.size(), std::size_t{kMarks});
     EXPECT_EQ(names.size(), 1u) << "a record half saved";
-    EXPECT_EQ(fill(round), 0) << "neither file nor lock is held by the dead";
   }
 }
 
