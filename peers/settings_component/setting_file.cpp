@@ -66,15 +66,15 @@ void Create(const fs::path& file) {
   if (linked != 0 && error != EEXIST) ThrowSystemError(file.string(), error);
 }
 
+/// Always to write, where the file allows that: only a writer takes the files beside it away again.
 std::unique_ptr<Database> Open(const fs::path& file, SettingFile::Access access) {
   if (access == SettingFile::Access::kCreate && !fs::exists(file)) Create(file);
-  const bool reading = access == SettingFile::Access::kRead;
-  auto database =
-      std::make_unique<Database>(file, reading ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE);
+  auto database = std::make_unique<Database>(file, SQLITE_OPEN_READWRITE);
   if (database->Number("PRAGMA application_id") != kApplicationId ||
       database->Number("PRAGMA user_version") != kVersion)
     throw DatabaseError(file.string() + ": not a setting file");
   database->Execute("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON");
+  if (access == SettingFile::Access::kRead) database->Execute("PRAGMA query_only = ON");
   return database;
 }
 

@@ -395,6 +395,8 @@ TEST(SettingsComponent, ObjectsMayOutliveTheirMakers) {
   EXPECT_EQ(mark->SetName(L"lost") | static_cast<int>(mark->AddRef() - 2), 0);
   EXPECT_EQ(mark->Release(), 1u);
   EXPECT_EQ(Show(), "entry p\n   off:\n  mark late\n");
+  const fs::directory_iterator files(peers::FindSettingPlace().file.parent_path());
+  EXPECT_EQ(std::distance(begin(files), end(files)), 2) << "the file, the lock and no remains";
 }
 
 TEST(SettingsComponent, IsMadeThroughItsEntryPoint) {
