@@ -27,12 +27,13 @@ class File : public Object {
   explicit File(Descriptor descriptor) : m_descriptor(std::move(descriptor)) {}
 
   BOOL Write(const char* bytes, std::size_t count, DWORD& written) {
-    while (written < count) {
+    do {
       const ssize_t step = WriteOnce(bytes + written, count - written);
-      if (step < 0 && errno == EINTR) continue;
-      if (step < 0) return FailWith(errno == EBADF ? ERROR_ACCESS_DENIED : ErrorOf(errno));
-      written += static_cast<DWORD>(step);
-    }
+      if (step >= 0)
+        written += static_cast<DWORD>(step);
+      else if (errno != EINTR)
+        return FailWith(errno == EBADF ? ERROR_ACCESS_DENIED : ErrorOf(errno));
+    } while (written < count);
     return TRUE;
   }
 

@@ -35,12 +35,13 @@ class HandleTable {
     return nullptr;
   }
 
-  /// Takes the object out. Null, and the last error, for a number that is no handle.
+  /// The same, and the number is no handle any more.
   std::shared_ptr<Type> Take(std::uintptr_t handle) {
-    std::shared_ptr<Type> object = Find(handle);
     const std::lock_guard lock(m_guard);
-    m_objects.erase(handle);
-    return object;
+    const auto node = m_objects.extract(handle);
+    if (node) return node.mapped();
+    SetLastError(ERROR_INVALID_HANDLE);
+    return nullptr;
   }
 
  private:

@@ -262,7 +262,7 @@ HANDLE CreateMutexW(const SECURITY_ATTRIBUTES*, BOOL initialOwner, LPCWSTR name)
 }
 
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {
-  if (IsToFail("WaitForSingleObject"))
+  if (IsToFail("WaitForSingleObject"))  // a fault may also be a time-out
     return GetLastError() == WAIT_TIMEOUT ? WAIT_TIMEOUT : WAIT_FAILED;
   const auto mutex = platform::FindObjectAs<platform::Mutex>(handle);
   return mutex == nullptr ? WAIT_FAILED : mutex->Wait(milliseconds);
