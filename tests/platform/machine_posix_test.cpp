@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <fstream>
@@ -96,6 +97,17 @@ TEST(IniFile, LeavesAnyBytesAsTheyAre) {
   }
 }
 
+// Wine tidies such lines, so the test that both homes share has none of them.
+TEST(IniFile, AChangeLeavesOtherLinesByteByByte) {
+  const std::string rest = "\n\n [Other] x\nKey = \x82 broken \r\x81";
+  platform::IniFile file("a\n[User] \nA = 1" + rest, platform::IniFile::Encoding::kAnsi);
+  file.Set(L"user", L"B", L"2");
+  EXPECT_EQ(file.Bytes(), "a\n[User] \nA = 1\nB=2\r\n" + rest.substr(1));
+  file.Set(L"User", L"a", L"3");
+  file.DeleteKey(L"User", L"b");
+  EXPECT_EQ(file.Bytes(), "a\n[User] \nA=3\r\n" + rest.substr(1));
+}
+
 TEST(IniFile, AWriteKeepsModeAndLink) {
   TestMachine machine;
   constexpr wchar_t kFile[] = L"C:\\SigilTest\\Real.ini";
@@ -110,6 +122,27 @@ TEST(IniFile, AWriteKeepsModeAndLink) {
   EXPECT_TRUE(fs::is_symlink(platform::HostPath(kLink)));
   const fs::directory_iterator left(file.parent_path());
   EXPECT_EQ(std::distance(begin(left), end(left)), 2);
+}
+
+TEST(IniFile, ProcessesThatWriteAtOnceKeepEachOthersKeys) {
+  const TestMachine machine;
+  constexpr wchar_t kFile[] = L"C:\\SigilTest\\Some.ini";
+  constexpr int kWriters = 3, kKeys = 20;
+  for (int writer = 0; writer < kWriters; ++writer) {
+    if (fork() != 0) continue;
+    BOOL done = TRUE;
+    for (int key = writer; key < kWriters * kKeys; key += kWriters) {
+      const std::wstring number = std::to_wstring(key);
+      done &= WritePrivateProfileStringW(L"User", number.c_str(), number.c_str(), kFile);
+    }
+    _exit(done ? 0 : 1);
+  }
+  for (int writer = 0, status = 0; writer < kWriters; ++writer) {
+    wait(&status);
+    EXPECT_EQ(status, 0);
+  }
+  for (UINT key = 0; key < kWriters * kKeys; ++key)
+    EXPECT_EQ(GetPrivateProfileIntW(L"User", std::to_wstring(key).c_str(), -1, kFile), key);
 }
 
 }  // namespace
