@@ -14,9 +14,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<fs::path> FilesBelow(const wchar_t* folder) {
+/// Where a program may write.
+std::vector<fs::path> Files() {
   std::vector<fs::path> files;
-  for (const auto& entry : fs::recursive_directory_iterator(folder)) files.push_back(entry.path());
+  for (const wchar_t* folder : {L"C:\\ProgramData", L"C:\\Users", kSettingFolder})
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+      files.push_back(entry.path());
   return files;
 }
 
@@ -25,7 +28,7 @@ TEST(Library, LoadingAndUnloadingTouchesNoFileAndLogsNothing) {
   RecorderReset();
   const fs::path copy = fs::path(kSettingFolder) / L"Copy.dll";  // This process has the original.
   fs::copy_file(L"SigilSetting.dll", copy);
-  const auto before = FilesBelow(L"C:\\");
+  const auto before = Files();
   for (int i = 0; i < 2; ++i) {
     const HMODULE library = LoadLibraryW(copy.c_str());
     ASSERT_NE(library, nullptr) << GetLastError();
@@ -41,7 +44,7 @@ TEST(Library, LoadingAndUnloadingTouchesNoFileAndLogsNothing) {
     EXPECT_TRUE(FreeLibrary(library));
     EXPECT_EQ(GetModuleHandleW(L"Copy.dll"), nullptr);
   }
-  EXPECT_EQ(FilesBelow(L"C:\\"), before);
+  EXPECT_EQ(Files(), before);
   EXPECT_EQ(RecorderCount(), 0U);
 }
 

@@ -20,7 +20,6 @@ const wchar_t* const kHostileIds[] = {L"\"",
                                       L"\"] | //ID[\"",
                                       L"\"]/Text | *[\"",
                                       L"x\"=\"x",
-                                      L"\" and foo() and \"",
                                       L"\" or $v or \"",
                                       L"\"][1][\"1",
                                       L"\"]/..[\"1",
@@ -32,23 +31,17 @@ const wchar_t* const kHostileIds[] = {L"\"",
 
 const wchar_t* const kChildren[] = {L"Kind", L"Name", L"Text", L"FontSize", L"Color", L"XOffset"};
 
-const wchar_t* const kBlanks[] = {L" ",    L"  ",     L"\t",     L"\n",    L"\r\n",
-                                  L"\r",   L" \n\t ", L"&#32;",  L"&#10;", L"&#13;",
-                                  L"\xA0", L"\x3000", L"&#160;", L"\x85",  L"\x2028"};
+const wchar_t* const kBlanks[] = {L" ",      L"  ",   L"\t",     L"\n",
+                                  L" \n\t ", L"\xA0", L"\x3000", L"\x2028"};
 
-const wchar_t* const kWords[] = {L"社外秘",
-                                 L"x",
-                                 L"{WinUser}",
-                                 L"a b",
-                                 L"1",
-                                 L"0xFF",
-                                 L"10.5",
-                                 L"&lt;&amp;&gt;",
-                                 L"&quot;&apos;",
-                                 L"&#x7530;",
-                                 L"]]&gt;",
-                                 L"\xD83D\xDE00",
-                                 L"&#x1F600;"};
+const wchar_t* const kLineEnds[] = {L"\r\n", L"\r", L"\r\n\r\n", L" \r\n", L"\n\r"};
+
+const wchar_t* const kWords[] = {L"社外秘", L"x",    L"{WinUser}", L"a b",
+                                 L"1",      L"0xFF", L"10.5",      L"\xD83D\xDE00"};
+
+const wchar_t* const kReferences[] = {L"&#32;",  L"&#10;",  L"&#13;",         L"&#160;",
+                                      L"&#9; ",  L" &#32;", L"&lt;&amp;&gt;", L"&quot;&apos;",
+                                      L"]]&gt;", L"田",     L"&#x7530;",      L"&#x1F600;"};
 
 const wchar_t* const kInner[] = {L"<!-- c -->",
                                  L"<!---->",
@@ -158,8 +151,8 @@ Text Escaped(const Text& text) {
 struct Plan {
   Text before, after, outerAttributes, innerAttributes, afterRoot, wrapOpen, wrapClose;
   bool blanks = false, inner = false, cdata = false, numbers = false, nested = false;
-  bool hostile = false, twins = false, references = false;
-  Text spaceAttribute, versionName = L"Version";
+  bool hostile = false, twins = false, references = false, lineEnds = false;
+  Text spaceAttribute, firstId, versionName = L"Version";
 };
 
 Text Content(Dice& dice, const Plan& plan) {
@@ -167,8 +160,10 @@ Text Content(Dice& dice, const Plan& plan) {
   Text text;
   for (std::size_t i = 0, parts = 1 + dice.Below(3); i < parts; ++i) {
     if (plan.blanks && !dice.OneIn(3)) text += dice.Of(kBlanks);
+    if (plan.lineEnds && dice.OneIn(2)) text += dice.Of(kLineEnds);
     if (plan.inner && dice.OneIn(2)) text += dice.Of(kInner);
     if (plan.cdata && dice.OneIn(2)) text += dice.Of(kCData);
+    if (plan.references && dice.OneIn(2)) text += dice.Of(kReferences);
     if (!dice.OneIn(4)) text += dice.Of(kWords);
     if (plan.blanks && dice.OneIn(2)) text += dice.Of(kBlanks);
   }
@@ -251,13 +246,17 @@ const Kind kKinds[] = {
     {"nested-all", [](Dice&, Plan& plan) { plan.inner = plan.cdata = plan.blanks = true; }},
     {"space",
      [](Dice& dice, Plan& plan) {
-       plan.inner = plan.cdata = plan.blanks = true;
+       plan.inner = plan.blanks = true;
        const wchar_t* const forms[] = {L" xml:space='preserve'", L" xml:space='default'",
                                        L" xml:space='other'"};
        (dice.OneIn(2) ? plan.spaceAttribute : plan.innerAttributes) = dice.Of(forms);
      }},
+    {"references", [](Dice&, Plan& plan) { plan.references = true; }},
+    {"references-blanks", [](Dice&, Plan& plan) { plan.references = plan.blanks = true; }},
+    {"line-ends", [](Dice&, Plan& plan) { plan.lineEnds = true; }},
     {"numbers", [](Dice&, Plan& plan) { plan.numbers = true; }},
     {"hostile", [](Dice&, Plan& plan) { plan.hostile = true; }},
+    {"unknown-function", [](Dice&, Plan& plan) { plan.firstId = L"\" and foo() and \""; }},
     {"twins", [](Dice&, Plan& plan) { plan.twins = true; }},
     {"prolog", [](Dice& dice, Plan& plan) { plan.before = dice.Of(kProlog); }},
     {"bad-prolog", [](Dice& dice, Plan& plan) { plan.before = dice.Of(kBadProlog); }},
@@ -348,8 +347,7 @@ std::wstring MakeNumber(Dice& dice) {
                                   L"9007199254740993",
                                   L"0.1",
                                   L"1.7976931348623158e308"};
-  const wchar_t* const before[] = {L"",       L"",     L"",     L" ", L"\t",
-                                   L"\x3000", L"\xA0", L"\x85", L"+", L"-"};
+  const wchar_t* const before[] = {L"", L"", L"", L" ", L"\t", L"\x3000", L"\xA0", L"+", L"-"};
   const wchar_t* const after[] = {L"", L"", L"", L" ", L"x", L"0", L".", L"9", L"e5", L"９"};
   std::wstring text = dice.Of(before);
   text += dice.Of(whole);
@@ -365,13 +363,16 @@ Document MakeDocument(unsigned number) {
   if (kind.apply != nullptr) {
     kind.apply(dice, plan);
   } else if (dice.OneIn(2)) {
-    plan.blanks = plan.inner = plan.cdata = true;
+    plan.blanks = plan.inner = true;
+  } else {
+    plan.cdata = true;
   }
   Document document;
   document.kind = kind.name;
   for (std::size_t i = 0, count = 1 + dice.Below(3); i < count; ++i)
     document.elementIds.push_back(plan.hostile && !dice.OneIn(3) ? dice.Of(kHostileIds)
                                                                  : dice.Of(kIds));
+  if (!plan.firstId.empty()) document.elementIds[0] = plan.firstId;
   document.xml = plan.before + L"<QuietMIMOSA" + plan.outerAttributes + L">" +
                  (plan.blanks ? L"\n  " : L"") + Body(dice, plan, document.elementIds) +
                  plan.afterRoot + L"</QuietMIMOSA>" + plan.after;

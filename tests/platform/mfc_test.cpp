@@ -96,6 +96,8 @@ TEST(CString, FormatsNumbersAsTheRunTimeDoes) {
   for (const wchar_t* flags : {L"", L"-", L"0", L"#", L"+", L" ", L"-0", L"+ ", L"#0", L"-+#"})
     for (const wchar_t* size : {L"", L"1", L"12", L".0", L".1", L"12.5", L"2.12", L"."})
       for (const wchar_t* type : {L"d", L"i", L"u", L"x", L"X"}) {
+        // Wine's run-time has the blank also before numbers that have no sign.
+        if (tests::IsWine() && std::wcschr(flags, L' ') && std::wcschr(L"uxX", *type)) continue;
         const std::wstring start = L"%" + std::wstring(flags) + size;
         for (const int value : values) {
           EXPECT_EQ(Format((start + type).c_str(), value), Reference(start + type, value));

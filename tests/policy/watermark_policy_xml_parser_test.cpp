@@ -22,7 +22,7 @@ std::string Utf8(const CString& text) {
 }
 
 constexpr wchar_t kDocument[] =
-    LR"(<?xml version="1.0" encoding="Shift_JIS"?>
+    LR"(<?xml version="1.0" encoding="utf-8"?>
 <QuietMIMOSA><Other/><HLE version="7">
  <Watermark>
   <PolicyInfos>
@@ -90,24 +90,27 @@ TEST(PolicyReader, TellsWhatIsWrongWithADocument) {
   const struct {
     std::wstring text;
     int result;
+    bool isLimitOfWine = false;  // It takes what Windows refuses and refuses encodings.
   } kCases[] = {
       {L"", -1},
       {L" ", -10},
       {L"\xFEFF<QuietMIMOSA><HLE/></QuietMIMOSA>", 0},
       {L"<QuietMIMOSA><HLE></QuietMIMOSA>", -10},
       {L"<QuietMIMOSA><HLE/></QuietMIMOSA>x", -10},
-      {L"<!DOCTYPE QuietMIMOSA><QuietMIMOSA><HLE/></QuietMIMOSA>", -10},
+      {L"<?xml version='1.0' encoding='Shift_JIS'?><QuietMIMOSA><HLE/></QuietMIMOSA>", 0, true},
+      {L"<!DOCTYPE QuietMIMOSA><QuietMIMOSA><HLE/></QuietMIMOSA>", -10, true},
       {L"<!DOCTYPE a [<!ENTITY b SYSTEM \"file:///etc/passwd\">]><QuietMIMOSA><HLE/></QuietMIMOSA>",
-       -10},
+       -10, true},
       {L"<QuietMIMOSA><HLE/>&undefined;</QuietMIMOSA>", -10},
       {L"<QuietMIMOSA><hle/></QuietMIMOSA>", -11},
       {L"<Other><QuietMIMOSA><HLE/></QuietMIMOSA></Other>", -11},
       {L"<QuietMIMOSA xmlns='urn:x'><HLE/></QuietMIMOSA>", -11},
       {L"<QuietMIMOSA><HLE/></QuietMIMOSA>", 0},
       {nested(256), 0},
-      {nested(257), -10},
+      {nested(257), -10, true},
   };
   for (const auto& one : kCases) {
+    if (one.isLimitOfWine && IsWine()) continue;
     Reader reader;
     EXPECT_EQ(reader->SetXmlData(one.text.c_str()), one.result) << platform::ToUtf8(one.text);
     EXPECT_EQ(reader->SetXmlData(L"<QuietMIMOSA><HLE/></QuietMIMOSA>"), 0) << "the next is new";
@@ -125,12 +128,14 @@ TEST(PolicyReader, ContainsEveryException) {
   EXPECT_TRUE(reader->GetPrinterScope(1).IsEmpty());
   EXPECT_TRUE(reader->GetWatermarkElement(L"E1", L"Kind").IsEmpty());
   EXPECT_TRUE(reader->GetAttributeValue(IXMLDOMNodePtr(), L"Version").IsEmpty());
-  ExpectLinesWith({"CWatermarkPolicyXMLParser"}, R"(
-2 153200140 CWatermarkPolicyXMLParser::GetPolicyInfo "XMLファイル読込み時に例外が発生しました。Invalid pointer*
-2 153200180 CWatermarkPolicyXMLParser::GetPrinterScope "XMLファイル読込み時に例外が発生しました。Invalid pointer*
-2 153200160 CWatermarkPolicyXMLParser::GetWatermarkElement "XMLファイル読込み時に例外が発生しました。Invalid pointer*
-2 153200120 CWatermarkPolicyXMLParser::GetAttributeValue "XMLファイル読込み時に例外が発生しました。Invalid pointer*
-)");
+  ExpectLinesWith({"CWatermarkPolicyXMLParser"},
+                  Fill(R"(
+2 153200140 CWatermarkPolicyXMLParser::GetPolicyInfo "XMLファイル読込み時に例外が発生しました。$1*
+2 153200180 CWatermarkPolicyXMLParser::GetPrinterScope "XMLファイル読込み時に例外が発生しました。$1*
+2 153200160 CWatermarkPolicyXMLParser::GetWatermarkElement "XMLファイル読込み時に例外が発生しました。$1*
+2 153200120 CWatermarkPolicyXMLParser::GetAttributeValue "XMLファイル読込み時に例外が発生しました。$1*
+)",
+                       {IsWine() ? "Unknown error 0x80004003" : "Invalid pointer"}));
   if (!platform::kHasFaults) return;
 
   CWatermarkPolicyXMLParser::DeleteInstance();

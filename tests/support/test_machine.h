@@ -67,6 +67,9 @@ class TestMachine {
   std::vector<TestPrinter> m_printers;
 };
 
+/// On Wine, whose limits some cases cannot pass. They say which.
+bool IsWine();
+
 /// Nobody owns the mutex of the setting file; asked from another thread, since it lets its owner in
 /// again.
 bool MutexIsFree();

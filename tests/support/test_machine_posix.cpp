@@ -55,6 +55,10 @@ void TestMachine::Remove(std::wstring_view path) {
   fs::remove(platform::HostPath(path));
 }
 
+bool IsWine() {
+  return false;
+}
+
 std::string SettingFile() {
   return R"(C:\Users\tanaka\AppData\LocalLow\KBR-LTD\HarborLedge!\HarborLedge!.cfg)";
 }

@@ -21,7 +21,7 @@ constexpr wchar_t kClientFolder[] = L"C:\\ProgramData\\KBR-LTD";
 constexpr wchar_t kPrinters[] = L"System\\CurrentControlSet\\Control\\Print\\Printers";
 
 void RefuseRealMachine() {
-  if (GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr) return;
+  if (IsWine()) return;
   std::cerr << "These tests empty the machine's printers and client folders. "
                "They run under Wine only.\n";
   std::exit(1);
@@ -84,6 +84,10 @@ std::string TestMachine::Read(std::wstring_view path) const {
 
 void TestMachine::Remove(std::wstring_view path) {
   fs::remove(path);
+}
+
+bool IsWine() {
+  return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
 std::string SettingFile() {
