@@ -35,7 +35,7 @@ bool HasDrive(std::wstring_view path) {
 
 /// The name in `folder` that Windows would find; `name` itself when there is none.
 fs::path FindName(const fs::path& folder, std::wstring_view name) {
-  const fs::path exact = folder / ToUtf8(name);
+  fs::path exact = folder / ToUtf8(name);
   std::error_code error;
   if (fs::exists(fs::symlink_status(exact, error))) return exact;
   fs::path best;
