@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -61,7 +62,7 @@ enum class Axis {
 struct NodeTest {
   enum class Kind { kNode, kText, kComment, kInstruction, kName };
   Kind kind = Kind::kNode;
-  std::wstring name;  // local, or an instruction's; empty: any
+  std::optional<std::wstring> name;  // local, or an instruction's; none: any
   std::wstring uri;
   bool isAnyUri = false;
 };

@@ -193,12 +193,16 @@ class Evaluator {
     const auto* const rightNodes = std::get_if<NodeSet>(&right);
     if (leftNodes != nullptr && rightNodes != nullptr)
       return CompareSets(sign, *leftNodes, *rightNodes);
-    if (leftNodes != nullptr && !std::holds_alternative<bool>(right))
+    if (leftNodes != nullptr) {
+      if (std::holds_alternative<bool>(right)) return CompareSingle(sign, Boolean(left), right);
       return std::ranges::any_of(
           *leftNodes, [&](NodeId node) { return CompareSingle(sign, NodeText(node), right); });
-    if (rightNodes != nullptr && !std::holds_alternative<bool>(left))
+    }
+    if (rightNodes != nullptr) {
+      if (std::holds_alternative<bool>(left)) return CompareSingle(sign, left, Boolean(right));
       return std::ranges::any_of(
           *rightNodes, [&](NodeId node) { return CompareSingle(sign, left, NodeText(node)); });
+    }
     return CompareSingle(sign, left, right);
   }
 
@@ -390,7 +394,7 @@ class Evaluator {
         return kind == NodeKind::kComment;
       case NodeTest::Kind::kInstruction:
         return kind == NodeKind::kInstruction &&
-               (step.test.name.empty() || step.test.name == m_tree.Name(id).qualified);
+               (!step.test.name || step.test.name == m_tree.Name(id).qualified);
       case NodeTest::Kind::kName:
         break;
     }
@@ -399,7 +403,7 @@ class Evaluator {
                                                                : NodeKind::kElement;
     if (kind != principal) return false;
     if (step.test.isAnyUri) return true;
-    return (step.test.name.empty() || step.test.name == LocalName(id)) &&
+    return (!step.test.name || step.test.name == LocalName(id)) &&
            step.test.uri == NamespaceUri(id);
   }
 
