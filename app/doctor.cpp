@@ -6,7 +6,6 @@
 #include "app/findings.h"
 #include "app/library.h"
 #include "app/table.h"
-#include "peers/settings_component/setting_file.h"
 #include "platform/crt.h"
 #include "platform/utf.h"
 
@@ -48,7 +47,6 @@ std::string Fate(const platform::Printer& printer) {
 
 void PrintParts(std::ostream& out, const Findings& findings) {
   const std::string delivery = platform::ToUtf8(findings.delivery.path);
-  const peers::SettingPlace setting = peers::FindSettingPlace();
   const auto file = [](const std::wstring& path) { return platform::ToUtf8(path); };
   PrintTable(
       out,
@@ -60,8 +58,7 @@ void PrintParts(std::ostream& out, const Findings& findings) {
        {"Function switch", SwitchMeaning(findings.functionSwitch), delivery + file(kSystemSetting)},
        {"Component", findings.component.empty() ? "found" : findings.component,
         file(BesideHost(L"SigilUtil_x86.dll"))},
-       {"Setting file", findings.settingFile,
-        file(setting.folder) + "\\" + setting.file.filename().string()},
+       {"Setting file", findings.settingFile, findings.settingPath},
        {"Pipe",
         findings.pipeError == 0 ? "served"
                                 : "not served (error " + std::to_string(findings.pipeError) + ")",

@@ -83,7 +83,7 @@ std::string ExamineComponent() {
 }
 
 /// By the head of the file: a connection to a database leaves files beside it.
-std::string ExamineSettingFile(const fs::path& file) {
+std::string StateOfSettingFile(const fs::path& file) {
   std::error_code error;
   if (!fs::exists(file, error)) return "not there yet";
   char head[100] = {};
@@ -95,15 +95,8 @@ std::string ExamineSettingFile(const fs::path& file) {
                 : "no setting file; the component can neither read nor write it";
 }
 
-DWORD AskPipe() {
-  const HANDLE pipe = CreateFileW(kPipe, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-  if (pipe == INVALID_HANDLE_VALUE) return GetLastError();
-  CloseHandle(pipe);
-  return ERROR_SUCCESS;
-}
-
-void ExamineUser(Findings& findings) {
-  const std::wstring file = peers::FindSettingPlace().folder + L"\\UserInfoWM.ini";
+void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
+  const std::wstring file = settingFolder + L"\\UserInfoWM.ini";
   findings.hasFullName = GetPrivateProfileIntW(L"User", L"GetUserState", 0, file.c_str()) != 0;
   wchar_t name[256] = {};
   GetPrivateProfileStringW(L"User", L"UserFullName", L"", name, 256, file.c_str());
@@ -118,7 +111,20 @@ void ExamineMachine(Findings& findings) {
     findings.printers = std::move(machine.printers);
   } catch (const std::system_error& error) {
     findings.user = "unknown: machine.ini is unreadable, " + error.code().message();
+    findings.settingFile = "unknown, without a user";
+    return;
   }
+  const peers::SettingPlace setting = peers::FindSettingPlace();
+  ExamineUser(findings, setting.folder);
+  findings.settingFile = StateOfSettingFile(setting.file);
+  findings.settingPath = platform::ToUtf8(setting.folder) + "\\" + setting.file.filename().string();
+}
+
+DWORD AskPipe() {
+  const HANDLE pipe = CreateFileW(kPipe, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  if (pipe == INVALID_HANDLE_VALUE) return GetLastError();
+  CloseHandle(pipe);
+  return ERROR_SUCCESS;
 }
 
 Forecast Pass(const Findings& findings, const char* command, bool readsPolicy, bool listsPrinters) {
@@ -155,9 +161,7 @@ Findings Examine() {
   ExaminePolicy(findings);
   findings.functionSwitch = ReadFunctionSwitch(findings.delivery.path + kSystemSetting);
   ExamineMachine(findings);
-  ExamineUser(findings);
   findings.component = ExamineComponent();
-  findings.settingFile = ExamineSettingFile(peers::FindSettingPlace().file);
   findings.pipeError = AskPipe();
   return findings;
 }

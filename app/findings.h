@@ -33,13 +33,14 @@ struct Findings {
   std::optional<std::vector<platform::Printer>> printers;
 
   std::string component;  ///< Empty when it is found and has its entry, else what is wrong.
-  std::string settingFile;
+  std::string settingFile;  ///< Its state, and below that where it is.
+  std::string settingPath;
   DWORD pipeError = 0;  ///< 0 when somebody serves the pipe.
 };
 
 Findings Examine();
 
-/// What becomes of a printer in an update, and what `printer` gets in a switch.
+/// What decides on a printer: its driver, and the mark in its comment.
 bool IsSuitePrinter(const platform::Printer& printer);
 bool IsMonitored(const platform::Printer& printer);
 

@@ -51,9 +51,14 @@ std::string Repeat(const peers::WatermarkRecord& mark) {
   return axes + " " + std::to_string(mark.repeatHSpace) + ", " + std::to_string(mark.repeatVSpace);
 }
 
-Row SettingRow(const std::string& name, const peers::ActiveRecord& setting, std::size_t marks) {
-  return {name, OnOff(setting.enabled),
-          std::to_string(setting.watermarks.size()) + " of " + std::to_string(marks)};
+/// A setting may still list watermarks that have been deleted since.
+std::string Active(const peers::ActiveRecord& setting, const peers::EntryRecord& entry) {
+  const auto count = std::count_if(entry.watermarks.begin(), entry.watermarks.end(),
+                                   [&](const peers::WatermarkRecord& mark) {
+                                     const auto& ids = setting.watermarks;
+                                     return std::find(ids.begin(), ids.end(), mark.id) != ids.end();
+                                   });
+  return std::to_string(count) + " of " + std::to_string(entry.watermarks.size());
 }
 
 void ShowLists(std::ostream& out, const peers::SettingFileContent& content) {
@@ -79,13 +84,11 @@ void ShowEntries(std::ostream& out, const std::vector<peers::EntryRecord>& entri
   }
   std::vector<Row> rows = {{"Entry", "Setting", "Switch", "Active watermarks"}};
   for (const peers::EntryRecord& entry : entries) {
-    const auto add = [&](std::string name, const peers::ActiveRecord& setting, const char* kind) {
-      Row row = SettingRow(kind, setting, entry.watermarks.size());
-      row.insert(row.begin(), std::move(name));
-      rows.push_back(std::move(row));
-    };
-    add(NameOf(entry), entry.lastSetting, "last");
-    for (const peers::ActiveRecord& custom : entry.customSettings) add("", custom, "custom");
+    const peers::ActiveRecord& last = entry.lastSetting;
+    rows.push_back({NameOf(entry), "last", OnOff(last.enabled), Active(last, entry)});
+    for (const peers::ActiveRecord& custom : entry.customSettings)
+      rows.push_back({"", "custom " + OneLine(custom.name, kNameWidth), OnOff(custom.enabled),
+                      Active(custom, entry)});
   }
   out << "Entries:\n";
   PrintTable(out, rows);
