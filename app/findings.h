@@ -32,7 +32,7 @@ struct Findings {
   /// Nothing when the spooler has no list.
   std::optional<std::vector<platform::Printer>> printers;
 
-  std::string component;  ///< Empty when it is found and has its entry, else what is wrong.
+  std::string component;    ///< Empty when it is found and has its entry, else what is wrong.
   std::string settingFile;  ///< Its state, and below that where it is.
   std::string settingPath;
   DWORD pipeError = 0;  ///< 0 when somebody serves the pipe.

@@ -80,7 +80,7 @@ int Show(const Arguments& arguments) {
 }
 
 void AddCommands(CLI::App& program, Arguments& arguments) {
-  const auto add = [&](const char* name, const char* description, std::function<int()> run) {
+  const auto add = [&](const char* name, const char* description, const std::function<int()>& run) {
     CLI::App* const command = program.add_subcommand(name, description);
     command->callback([&arguments, run] { arguments.run = run; });
     return command;

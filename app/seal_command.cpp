@@ -28,7 +28,7 @@ PolicyKey MachineKey() {
 
 void SealPolicy(const std::filesystem::path& file) {
   const std::wstring text = ReadTextFile(file);
-  const std::string sealed = Seal(platform::ToUtf8(text), MachineKey());
+  std::string sealed = Seal(platform::ToUtf8(text), MachineKey());
   const DeliveryFolder delivery = FindDeliveryFolder();
   const auto target = platform::HostPath(delivery.path + kPolicyFile);
   platform::ChangeWholeFile(target, [&](const auto&) { return sealed; });

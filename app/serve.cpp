@@ -28,6 +28,7 @@ class SignalStop {
       m_stop.request_stop();
     });
   }
+  // NOLINTNEXTLINE(bugprone-bad-signal-to-kill-thread): the thread waits for it.
   ~SignalStop() { pthread_kill(m_waiter.native_handle(), SIGTERM); }
   SignalStop(const SignalStop&) = delete;
   SignalStop& operator=(const SignalStop&) = delete;

@@ -56,6 +56,7 @@ void ListNames(Sigil::Settings& settings, const Kind& kind, Names& names) {
 void DeleteNamed(Sigil::Settings& settings, const Kind& kind, const wchar_t* path,
                  const Names& names) {
   for (const Sigil::CSigilString& listed : names) {
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the component gets a copy.
     const Sigil::CSigilString name(listed);
     const std::int32_t result = (settings.*kind.remove)(path, name.GetText());
     Log(Sigil::Failed(result) ? kind.notDeleted : kind.deleted, name.GetDisplayText());

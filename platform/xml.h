@@ -34,7 +34,8 @@ struct IXMLDOMNode : IUnknown {
   /// S_FALSE for a node of another kind.
   virtual HRESULT get_nodeValue(VARIANT* value) = 0;
 
-  /// An element's attributes, namespace declarations first; null and S_FALSE for other nodes.
+  /// An element's attributes, namespace declarations behind the others; null and S_FALSE for other
+  /// nodes.
   virtual HRESULT get_attributes(IXMLDOMNamedNodeMap** attributes) = 0;
 
   /// The text of the node and of the elements below it, without comments and processing

@@ -78,6 +78,7 @@ void CWatermarkPolicyXMLParser::DeleteInstance() {
   delete std::exchange(g_pInstance, nullptr);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the document is the reader's own.
 int CWatermarkPolicyXMLParser::SetXmlData(CString xml) {
   try {
     return Load(xml);
@@ -115,6 +116,7 @@ int CWatermarkPolicyXMLParser::Load(const CString& xml) {
   return 0;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): a reference of its own on the node.
 CString CWatermarkPolicyXMLParser::GetAttributeValue(IXMLDOMNodePtr node, const CString& name) {
   try {
     IXMLDOMNamedNodeMapPtr attributes;

@@ -112,7 +112,7 @@ ControlService::~ControlService() {
   unlink(m_path.c_str());
 }
 
-void ControlService::Serve(const OnEvent& onEvent, std::stop_token stop) {
+void ControlService::Serve(const OnEvent& onEvent, const std::stop_token& stop) {
   const Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   if (!wake) ThrowSystemError("eventfd");
   const std::stop_callback onStop(stop, [&] { eventfd_write(wake.Get(), 1); });

@@ -51,7 +51,7 @@ class ControlService {
   /// A program that wants to end with a signal blocks it in all threads, waits for it with sigwait
   /// in one, and requests the stop from there.
   using OnEvent = std::function<void(const PipeEvent&)>;
-  void Serve(const OnEvent& onEvent, std::stop_token stop);
+  void Serve(const OnEvent& onEvent, const std::stop_token& stop);
 
  private:
   std::filesystem::path m_path;

@@ -56,7 +56,7 @@ constexpr bool IsSpace(wchar_t unit) {
 /// Where `text` has its first unit that stands for no character of XML; its end without one.
 std::size_t FindBadUnit(std::wstring_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto unit = static_cast<std::uint32_t>(text[i]);
+    const auto unit = static_cast<std::uint32_t>(text[i]);  // NOLINT(bugprone-signed-char-misuse)
     if (unit >= 0x20 && unit < 0xD800) continue;
     if (unit < 0x20) {
       if (!IsSpace(text[i])) return i;
@@ -174,9 +174,9 @@ class XmlTreeBuilder {
                                 const xmlChar** attributes) {
       Guard(self, [&](XmlTreeBuilder& builder) {
         builder.StartElement({local, prefix, uri});
+        for (int i = 0; i < attributeCount; ++i) builder.AddAttribute(attributes + 5 * i);
         for (int i = 0; i < declarationCount; ++i)
           builder.AddDeclaration(declarations[2 * i], declarations[2 * i + 1]);
-        for (int i = 0; i < attributeCount; ++i) builder.AddAttribute(attributes + 5 * i);
       });
     };
     handler.endElementNs = [](void* self, const xmlChar*, const xmlChar*, const xmlChar*) {

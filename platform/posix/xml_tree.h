@@ -64,8 +64,8 @@ class XmlTree {
  public:
   /// A document node alone.
   XmlTree();
-  XmlTree(XmlTree&&) = default;
-  XmlTree& operator=(XmlTree&&) = default;
+  XmlTree(XmlTree&&) noexcept = default;
+  XmlTree& operator=(XmlTree&&) noexcept = default;
 
   const XmlNode& operator[](NodeId id) const { return m_nodes[id]; }
   NodeId Size() const { return static_cast<NodeId>(m_nodes.size()); }
