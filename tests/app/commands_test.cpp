@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <regex>
-
 #include "platform/utf.h"
 #include "tests/app/host.h"
 
@@ -103,9 +101,10 @@ TEST(Commands, ShowOneJsonObject) {
   const Host host;
   host.Write("policy.xml", Policy("0"));
   host.Write("machine/machine.ini", "[Printer A]\nDriver=B\n");
-  const std::string shown = host.Run("sigilctl update policy.xml > out2\nsigilctl show --json");
-  const std::regex guid("[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}");
-  EXPECT_EQ(std::regex_replace(shown, guid, "GUID"), R"({
+  EXPECT_EQ(
+      host.Run("sigilctl update policy.xml > done\n"
+               "sigilctl show --json | sed -E 's/[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}/GUID/'"),
+      R"({
   "contentLog": false,
   "excluded": [
     "A"
@@ -185,10 +184,11 @@ TEST(Commands, RefuseWhatIsWrongAndChangeNothing) {
                                 "--root missing set",
                                 "--root '' set",
                                 "log"}) {
-    const std::string told = host.Run(std::string("sigilctl ") + arguments +
-                                      " 2>&1 > output\n"
-                                      "status=$?; cat output; exit $status");
-    EXPECT_TRUE(std::regex_match(told, std::regex("sigilctl: .+\n\\[2\\]\n"))) << arguments << told;
+    EXPECT_EQ(host.Run("sigilctl " + std::string(arguments) +
+                       " > output 2> told; echo $?\n"
+                       "wc -c < output; wc -l < told; grep -c '^sigilctl: .' told"),
+              "2\n0\n1\n1\n")
+        << arguments << host.Read("told");
     EXPECT_EQ(host.Snapshot(), before) << arguments;
   }
 }
@@ -231,8 +231,8 @@ TEST(Commands, TakeTextInEitherEncoding) {
 TEST(Commands, MissALibraryInOneLine) {
   Host host;
   host.UseHostWith({"sigilctl"});
-  EXPECT_TRUE(std::regex_match(host.Run("sigilctl set"),
-                               std::regex("sigilctl: .*libSigilSetting.so: .*126\\)\n\\[1\\]\n")));
+  EXPECT_EQ(host.Run("sigilctl set 2> told; echo $?; sed 's|/.*/||' told"),
+            "1\nsigilctl: libSigilSetting.so: the library cannot be loaded (error 126)\n");
 }
 
 TEST(Commands, ServeThePipeUntilTold) {

@@ -12,21 +12,17 @@
 namespace tests {
 namespace {
 
-const std::string kUser = R"(
-2 153100700 SigilSettingManagement::GetUserFullName "取得したユーザ名：【tanaka】"
-)";
-const std::string kAsked = kUser + R"(
-2 153100710 SigilSettingManagement::GetUserFullName "ドメインコントローラー：【\\DC01】"
-)";
-const std::string kFound = R"(
-3 153100390 SigilSettingManagement::GetUserFullName "ユーザ名称取得成功【$1】"
-)";
-const std::string kFailed = R"(
-4 $1 SigilSettingManagement::GetUserFullName "ユーザ名称取得失敗　エラーステータス[2221]"
-)";
-const std::string kEmpty = R"(
-4 153100720 SigilSettingManagement::GetUserFullName "ユーザ名称取得失敗　処理結果=$1"
-)";
+const Lines kUser =
+    R"(2 153100700 SigilSettingManagement::GetUserFullName "取得したユーザ名：【tanaka】")";
+const Lines kAsked =
+    kUser +
+    R"(2 153100710 SigilSettingManagement::GetUserFullName "ドメインコントローラー：【\\DC01】")";
+const Lines kFound =
+    R"(3 153100390 SigilSettingManagement::GetUserFullName "ユーザ名称取得成功【$1】")";
+const Lines kFailed =
+    R"(4 $1 SigilSettingManagement::GetUserFullName "ユーザ名称取得失敗　エラーステータス[2221]")";
+const Lines kEmpty =
+    R"(4 153100720 SigilSettingManagement::GetUserFullName "ユーザ名称取得失敗　処理結果=$1")";
 
 constexpr char kAlone[] = "";
 constexpr char kJoined[] = "Joined=1\nDomain=HARBOR\nController=\\\\DC01\n";
@@ -40,7 +36,7 @@ struct Found {
 
 TEST(FullNameLookup, AsksTheControllerFirstAndTheMachineAfterIt) {
   const auto check = [](const std::string& machineKeys, const std::string& accounts,
-                        const Twists& twists, const Found& found, const std::string& record) {
+                        const Twists& twists, const Found& found, const Lines& record) {
     SCOPED_TRACE(machineKeys + accounts);
     TestMachine machine;
     std::ofstream(platform::MachineRoot() / "machine.ini")
@@ -53,7 +49,7 @@ TEST(FullNameLookup, AsksTheControllerFirstAndTheMachineAfterIt) {
     ExpectRecord(record);
   };
   const std::string there = std::string(kLocal) + "[Accounts \\\\DC01]\n";
-  const std::string found = Fill(kFound, {"田中 太郎"});
+  const Lines found = Fill(kFound, {"田中 太郎"});
   check(kAlone, kLocal, Twists(), {true, "田中 太郎", ""}, kUser + found);
   check(kAlone, "[Accounts]\ntanaka=\n", Twists(), {true, "", ""}, kUser + Fill(kEmpty, {"1"}));
   check(kAlone, kLocal, Fault("NetUserGetInfo", 0, 2221), {false, "", ""},
