@@ -42,7 +42,7 @@ TEST(Folders, ClientIniMovesTheDeliveryFolder) {
     std::wstring value;
     bool result;
     const char* folder;
-    Lines record;
+    std::string record;
   } kCases[] = {
       {L"EMSDir=", false, kDefault, kNotSet},
       {L"EMSDir=   ", false, kDefault, kNotSet},

@@ -54,10 +54,10 @@ std::vector<std::string> ExpectedLines(std::string_view text) {
   return lines;
 }
 
-using LineSpan = std::span<const std::string>;
+using Lines = std::span<const std::string>;
 
 /// How the records differ, line by line: `-` is missing, `+` is too much.
-std::string Difference(LineSpan wanted, LineSpan got) {
+std::string Difference(Lines wanted, Lines got) {
   // common[i][j]: the most lines, in order, that the rests from i and j have in common.
   std::vector common(wanted.size() + 1, std::vector<std::size_t>(got.size() + 1));
   for (std::size_t i = wanted.size(); i-- > 0;)
@@ -79,9 +79,9 @@ std::string Difference(LineSpan wanted, LineSpan got) {
   return text;
 }
 
-void Compare(const Lines& expected, std::vector<std::string> got, std::source_location where) {
+void Compare(std::string_view expected, std::vector<std::string> got, std::source_location where) {
   const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "record");
-  const std::vector<std::string> wanted = ExpectedLines(expected.Text());
+  const std::vector<std::string> wanted = ExpectedLines(expected);
   for (const std::string& pattern : wanted) {
     if (!pattern.ends_with('*')) continue;
     const std::string_view start(pattern.data(), pattern.size() - 1);
@@ -94,11 +94,11 @@ void Compare(const Lines& expected, std::vector<std::string> got, std::source_lo
 
 }  // namespace
 
-void ExpectRecord(const Lines& expected, Hide hide, std::source_location where) {
+void ExpectRecord(std::string_view expected, Hide hide, std::source_location where) {
   Compare(expected, RecordLines(hide), where);
 }
 
-void ExpectLinesWith(std::initializer_list<std::string_view> parts, const Lines& expected,
+void ExpectLinesWith(std::initializer_list<std::string_view> parts, std::string_view expected,
                      std::source_location where) {
   std::vector<std::string> lines = RecordLines(Hide::kNothing);
   std::erase_if(lines, [&](const std::string& line) {
@@ -109,8 +109,8 @@ void ExpectLinesWith(std::initializer_list<std::string_view> parts, const Lines&
   Compare(expected, lines, where);
 }
 
-Lines Fill(const Lines& text, std::initializer_list<std::string_view> arguments) {
-  std::string filled = text.Text();
+std::string Fill(std::string_view text, std::initializer_list<std::string_view> arguments) {
+  std::string filled(text);
   for (std::size_t i = arguments.size(); i > 0; --i) {
     const std::string mark = "$" + std::to_string(i);
     const std::string_view value = arguments.begin()[i - 1];

@@ -16,26 +16,8 @@
 #include <source_location>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace tests {
-
-/// Lines of a record. What is added begins a line of its own.
-class Lines {
- public:
-  Lines(const char* text) : m_text(text) {}
-  Lines(std::string text) : m_text(std::move(text)) {}
-
-  const std::string& Text() const { return m_text; }
-
-  friend Lines operator+(const Lines& left, const Lines& right) {
-    return left.m_text + "\n" + right.m_text;
-  }
-  Lines& operator+=(const Lines& right) { return *this = *this + right; }
-
- private:
-  std::string m_text;
-};
 
 /// What ExpectRecord leaves out.
 enum class Hide {
@@ -45,15 +27,15 @@ enum class Hide {
 
 /// The record since the last reset must equal `expected`, line by line; blank lines don't count. An
 /// expected line that ends in `*` fits every line that begins like it.
-void ExpectRecord(const Lines& expected, Hide hide = Hide::kDetails,
+void ExpectRecord(std::string_view expected, Hide hide = Hide::kDetails,
                   std::source_location where = std::source_location::current());
 
 /// The same for those lines alone that hold one of `parts`, whatever else was done.
-void ExpectLinesWith(std::initializer_list<std::string_view> parts, const Lines& expected,
+void ExpectLinesWith(std::initializer_list<std::string_view> parts, std::string_view expected,
                      std::source_location where = std::source_location::current());
 
 /// `text` with each "$1", "$2", ... replaced by the argument of that place.
-Lines Fill(const Lines& text, std::initializer_list<std::string_view> arguments);
+std::string Fill(std::string_view text, std::initializer_list<std::string_view> arguments);
 
 /// Has the operations of the machine that matter recorded.
 void WatchMachine();
