@@ -81,8 +81,9 @@ Settings::DeleteDriverSetting("$1", "丙")
 )" + kEnd,
         path);
   check("no string object", Gives(L"SigilCreateInstance(String)", 0, -1), kThrown, path);
-  check("no string object after the first", Gives(L"SigilCreateInstance(String)", 2, 1), kThrown,
+  check("no string object after the first", Gives(L"SigilCreateInstance(String)", 2, -1), kThrown,
         path);
+  check("strings with a positive result", Gives(L"SigilCreateInstance(String)", 0, 1), kAll, path);
   check("a component that throws", Throws(L"Settings::DeletePrinterSetting", 2),
         kFirst + "Settings::DeletePrinterSetting(\"$1\", \"乙\")\n" + kThrown, path);
   check("no folder of low integrity", Fault("SHGetKnownFolderPath"), kAll, local);

@@ -112,7 +112,7 @@ TEST(Exclude, EachFailureHasItsRecord) {
   check("no mutex", Fault("CreateMutexW"), -101, kPrintersListed + kNotCreated + noMutex);
   check("failed wait", Fault("WaitForSingleObject"), -101,
         kPrintersListed + kNotAcquired + noMutex);
-  check("instance refused", Gives(L"SigilCreateInstance", 1, 1),
+  check("instance refused", Gives(L"SigilCreateInstance", 1, -1),
         -101, kPrintersListed + kMutexTaken + kInstance + kNoInstance + kMutexGiven + R"(
 5 153100750 SigilSettingManagement::UpdateExcludePrinter "Sigilインスタンス取得に失敗したため、全プリンタ透かし情報設定処理を中断"
 )" + kUnloaded + kExportFailed);

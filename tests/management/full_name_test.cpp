@@ -26,6 +26,10 @@ const std::string kPath = R"(
 2 153100906 SigilSettingManagement::PrepareUserFullName "ユーザ情報ファイルパス【C:\SigilTest\UserInfoWM.ini】"
 )";
 
+const std::string kSkipped = R"(
+2 153100909 SigilSettingManagement::PrepareUserFullName "ユーザフルネーム取得済みのため、スキップ"
+)";
+
 const std::string kFound = R"(
 2 153100700 SigilSettingManagement::GetUserFullName "取得したユーザ名：【tanaka】"
 3 153100390 SigilSettingManagement::GetUserFullName "ユーザ名称取得成功【田中 太郎】"
@@ -77,15 +81,13 @@ TEST_F(FullName, IsLookedUpOnceAndKeptOverAFailedLookup) {
 
   Again();
   EXPECT_EQ(Update(0), 0);
-  ExpectNames(kPath + R"(
-2 153100909 SigilSettingManagement::PrepareUserFullName "ユーザフルネーム取得済みのため、スキップ"
-)" + kFullName +
-              kDone);
+  ExpectNames(kPath + kSkipped + kFullName + kDone);
 
   for (int reset : {1, 0}) {
     Again();
     platform::SetFault("NetUserGetInfo", 0, 2221);
     EXPECT_EQ(Update(reset), -99);
+    EXPECT_NE(m_machine.Read(kUserInfo).find("GetUserState=0"), std::string::npos);
     ExpectNames(kPath + kLost + R"(
 2 153100903 SigilSettingManagement::PrepareUserFullName "キャッシュユーザフルネームを使用しました"
 )" + kFullName + kStillToFind);
@@ -95,6 +97,12 @@ TEST_F(FullName, IsLookedUpOnceAndKeptOverAFailedLookup) {
   platform::ClearFaults();
   EXPECT_EQ(Update(0), 0);
   ExpectNames(kPath + kFound + kFullName + kDone);
+}
+
+TEST_F(FullName, IsObtainedWithAnyStateButZero) {
+  m_machine.WriteProfile(kUserInfo, L"[User]\r\nGetUserState=7\r\nUserFullName=田中 太郎\r\n");
+  EXPECT_EQ(Update(0), 0);
+  ExpectNames(kPath + kSkipped + kFullName + kDone);
 }
 
 TEST_F(FullName, GivesWayToTheLoginName) {
@@ -123,7 +131,7 @@ TEST_F(FullName, IsNotStoredWithoutAFolder) {
 }
 
 TEST_F(FullName, IsDoneWithoutWhereNoInstanceIsGiven) {
-  for (unsigned call : {1U, 2U, 4U, 5U}) RecorderScript(L"SigilCreateInstance(Settings)", call, 1);
+  for (unsigned call : {1U, 2U, 4U, 5U}) RecorderScript(L"SigilCreateInstance(Settings)", call, -1);
   EXPECT_EQ(Update(1), -99);
   ExpectNames(R"(
 5 153100907 SigilSettingManagement::InitializeFullNameState "Sigilインスタンス取得に失敗したため、ユーザフルネーム取得状態初期化処理を中断"

@@ -46,6 +46,8 @@ PrinterSettings[$1]::Commit()
 PrinterSettings[$1]::Save(0)
 )";
 
+const std::string kReleased = "PrinterSettings[$1]::Release()\n";
+
 const std::string kEnabled = Fill(kSwitched, {"$1", "1"}) + R"(
 1 153400060 OperationSigilSettings::EnableWatermark "透かし有効として設定ファイルに保存しました。Printer:[$1]"
 PrinterSettings[$1]::Release()
@@ -192,7 +194,7 @@ CoUninitialize
   };
   check("no mutex", Fault("CreateMutexW"), good, kNotCreated + noMutex);
   check("failed wait", Fault("WaitForSingleObject"), good, kNotAcquired + noMutex);
-  check("instance refused", Gives(L"SigilCreateInstance", 1, 1), good,
+  check("instance refused", Gives(L"SigilCreateInstance", 1, -1), good,
         kMutexTaken + kInstance + kNoInstance + kMutexGiven + R"(
 5 153100050 SigilSettingManagement::SetWatermarkAllPrinter "Sigilインスタンス取得に失敗したため、全プリンタ透かし有効無効設定処理を中断"
 )" + kUnloaded);
@@ -243,7 +245,6 @@ Settings::GetPrinterSettings("$1")
 Settings::GetPrinterSettings("$1")
 PrinterSettings[$1]::GetLastSetting(out)
 4 153400090 OperationSigilSettings::DisableWatermark "LastSettingインターフェイス取得にに失敗しました。DisableWatermark処理を中断。Printer:[$1]"
-PrinterSettings[$1]::Release()
 )";
   const std::string unsaved = Fill(kSwitched, {"$1", "0"}) + R"(
 4 153400110 OperationSigilSettings::DisableWatermark "設定ファイルの保存に失敗しました。Printer:[$1]"
@@ -277,17 +278,19 @@ PrinterSettings[$1]::DeleteWatermark(O3)
     ExpectRecord(kBegin + Fill(kScopeRead, {"0"}) + kWalk + Fill(defaultEntry, {"*"}) +
                  Fill(printer, {"会議室"}) + kEnd + (result == 0 ? kServiceDone : kServiceFailed));
   };
-  check("default entry refused", Gives(L"Settings::GetPrinterSettings", 1, 1), refused + kCleared,
-        good, 0);
+  check("default entry refused", Gives(L"Settings::GetPrinterSettings", 1, 1),
+        refused + kReleased + kCleared, good, 0);
   check("printer refused", Gives(L"Settings::GetPrinterSettings(\"会議室\")", 1, -1), good,
         refused + kCleared + failed, -101);
-  check("no last setting", Gives(L"PrinterSettings::GetLastSetting", 0, -1), noLast + kCleared,
-        noLast + kCleared + failed, -101);
+  check("no last setting", Gives(L"PrinterSettings::GetLastSetting", 0, -1),
+        noLast + kReleased + kCleared, noLast + kReleased + kCleared + failed, -101);
+  check("a last setting with a positive result", Gives(L"PrinterSettings::GetLastSetting", 1, 1),
+        noLast + "LastSetting[$1]::Release()\n" + kReleased + kCleared, good, 0);
   check("not saved", Gives(L"PrinterSettings::Save", 3, -1), good, unsaved + kCleared + failed,
         -101);
   check("saved with a positive result", Gives(L"PrinterSettings::Save", 0, 3), good, good, 0);
   check("clearing refused", Gives(L"Settings::GetPrinterSettings(\"会議室\")", 2, 1), good,
-        kDisabled + uncleared, 0);
+        kDisabled + uncleared + kReleased, 0);
   check("clearing not saved", Gives(L"PrinterSettings::Save", 4, -1), good,
         kDisabled + clearUnsaved, 0);
   check("a watermark cannot be told",
@@ -302,7 +305,7 @@ TEST(Switch, FailedPrintersAreCountedWhileTheOthersFollow) {
   machine.SetPrinters({{L"甲", kSuiteDriver, std::nullopt},
                        {L"乙", kSuiteDriver, std::nullopt},
                        {L"丙", kSuiteDriver, std::nullopt}});
-  RecorderScript(L"Settings::GetPrinterSettings(\"*\")", 1, 5);
+  RecorderScript(L"Settings::GetPrinterSettings(\"*\")", 1, -5);
   RecorderScript(L"PrinterSettings::Save", 1, -1);
   RecorderScript(L"Settings::Save", 1, -1);
   RecorderScript(L"LastSetting::SetEnable", 0, -1);

@@ -379,7 +379,7 @@ TEST(Update, EachFailureOfThePassHasItsRecord) {
         early + kNotAcquired + noMutex);
   Check("library gone", Fault("LoadLibraryW", 1), kEmptyPolicy, -101,
         early + kMutexTaken + kNoInstance + kMutexGiven + noInstance + kExportFailed);
-  Check("instance refused", Gives(L"SigilCreateInstance", 2, 1), kEmptyPolicy, -101,
+  Check("instance refused", Gives(L"SigilCreateInstance", 2, -1), kEmptyPolicy, -101,
         early + kMutexTaken + kInstance + kNoInstance + kMutexGiven + noInstance + kUnloaded +
             kExportFailed);
   Check("broken document", Twists(), L"<a><b></a>", -101, Refused("-10"));
@@ -406,6 +406,7 @@ PrinterSettings[$1]::Release()
             kWalkThrown + kRegistered + kNotRegistered);
   Check("no default entry", Gives(L"Settings::GetPrinterSettings(\"*\")", 1, 1), kEmptyPolicy, 0,
         kBegin + Fill(kRecordRefused, {"*"}) + R"(
+PrinterSettings[*]::Release()
 4 153100580 SigilSettingManagement::RegisterWatermarkInfo "共通透かし情報設定に失敗しました。"
 )" + Fill(kEmptyEntry, {"会議室"}) +
             kEnd);

@@ -9,7 +9,7 @@
 // A GUID is recorded as its letter and number: E and S for exclude entries, A for an added one, O
 // for the watermarks a record holds, W for new ones. State never changes by itself.
 //
-// Scripted results: a negative one hands out no object, nor does any but 0 where the interface
+// Scripted results: a negative one hands out no object, any other does, also where the interface
 // takes only 0 for success. A scripted throw leaves the component as an exception, which works
 // only where modules share their C++ library.
 
@@ -278,7 +278,7 @@ class TestSettings : public Recorded<Sigil::Settings> {
   }
   Result GetPrinterSettings(Text name, Sigil::PrinterSettings** out) override {
     const Result result = Call(L"GetPrinterSettings", name);
-    if (result == 0) *out = new TestPrinterSettings(name);
+    if (!Sigil::Failed(result)) *out = new TestPrinterSettings(name);
     return result;
   }
   Result DeletePrinterSetting(Text path, Text text) override {
@@ -399,7 +399,7 @@ RECORDER_EXPORT std::int32_t SigilCreateInstance(const GUID* first, const GUID* 
   const std::wstring kind = settings ? L"Settings" : text ? L"String" : L"unknown";
   const std::int32_t result = Ask(L"SigilCreateInstance", L"SigilCreateInstance(" + kind + L")",
                                   settings || text ? Sigil::kSuccess : Sigil::kCannotCreate);
-  if (result != 0) return result;
+  if (Sigil::Failed(result)) return result;
   if (settings) *out = static_cast<Sigil::Settings*>(new TestSettings);
   if (text) *out = static_cast<Sigil::String*>(new TestString);
   return result;
