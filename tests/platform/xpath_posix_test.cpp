@@ -170,9 +170,9 @@ class Oracle {
   void Number(xmlNode* node) {
     Add(node);
     if (node->type == XML_ELEMENT_NODE) {
-      for (const xmlNs* each = node->nsDef; each != nullptr; each = each->next) Add(nullptr);
       for (xmlAttr* each = node->properties; each != nullptr; each = each->next)
         Add(reinterpret_cast<xmlNode*>(each));
+      for (const xmlNs* each = node->nsDef; each != nullptr; each = each->next) Add(nullptr);
     }
     if (node->type != XML_ELEMENT_NODE && node->type != XML_DOCUMENT_NODE) return;
     for (xmlNode *each = node->children, *next; each != nullptr; each = next) {
