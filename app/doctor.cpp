@@ -66,7 +66,7 @@ void PrintParts(std::ostream& out, const Findings& findings) {
 }
 
 void PrintPolicies(std::ostream& out, const Findings& findings) {
-  if (!findings.policy) return;
+  if (!findings.policy || !findings.scope) return;
   const PolicyText& policy = *findings.policy;
   out << "\nDelivered policy; set goes by number 1, whose scope is " << *findings.scope << ": "
       << ScopeMeaning(*findings.scope) << "\n";
