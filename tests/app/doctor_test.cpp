@@ -9,41 +9,40 @@ namespace {
 using namespace tests;
 
 struct Ill {
-  const char* what;
+  const char* name;
   const char* script;
   const char* reason;  ///< What the page must say of it.
 };
 
 const Ill kCases[] = {
-    {"nothing delivered", "true", "the policy file: missing"},
-    {"well", "sigilctl seal machine/policy.xml", "nobody serves the pipe (error 2)"},
-    {"scope 1", "sed -i s/Scope.0/Scope\\>1/ machine/policy.xml; sigilctl seal machine/policy.xml",
+    {"NothingDelivered", "true", "the policy file: missing"},
+    {"Well", "sigilctl seal machine/policy.xml", "nobody serves the pipe (error 2)"},
+    {"Scope1", "sed -i s/Scope.0/Scope\\>1/ machine/policy.xml; sigilctl seal machine/policy.xml",
      "is 1: the default entry, not the suite's printers"},
-    {"no scope",
-     "sed -i s/Scope.0/Scope\\>-1/ machine/policy.xml; sigilctl seal machine/policy.xml",
+    {"NoScope", "sed -i s/Scope.0/Scope\\>-1/ machine/policy.xml; sigilctl seal machine/policy.xml",
      "the policy's scope is -1"},
-    {"another key", "sigilctl seal machine/policy.xml; echo other > $client/config/data.dat",
+    {"AnotherKey", "sigilctl seal machine/policy.xml; echo other > $client/config/data.dat",
      "no well-formed XML"},
-    {"no key", "sigilctl seal machine/policy.xml; rm $client/config/data.dat",
+    {"NoKey", "sigilctl seal machine/policy.xml; rm $client/config/data.dat",
      "missing; the key is"},
-    {"too long a key", "sigilctl seal machine/policy.xml; printf %034d 0 > $client/config/data.dat",
+    {"TooLongAKey", "sigilctl seal machine/policy.xml; printf %034d 0 > $client/config/data.dat",
      "34 bytes; more than its digest"},
-    {"no policy", "echo '<QuietMIMOSA/>' > x; sigilctl seal x 2> /dev/null",
+    {"NoPolicy", "echo '<QuietMIMOSA/>' > x; sigilctl seal x 2> /dev/null",
      "no element QuietMIMOSA/HLE"},
-    {"an empty file", ": > $client/EMS/WmPolicy.dat", "it holds no text"},
-    {"off", "echo 63,0 > $client/EMS/SystemSetting.csv", "off: item 63 is 0"},
-    {"below an empty row", "printf '\\n63,1\\n' > $client/EMS/SystemSetting.csv", "item 63 is 0"},
-    {"an open quote", "printf '63,\"-1\\n' > $client/EMS/SystemSetting.csv", "item 63 is -163"},
-    {"no settings", "rm $client/EMS/SystemSetting.csv", "SystemSetting.csv cannot be opened"},
-    {"moved",
+    {"AnEmptyFile", ": > $client/EMS/WmPolicy.dat", "it holds no text"},
+    {"Off", "echo 63,0 > $client/EMS/SystemSetting.csv", "off: item 63 is 0"},
+    {"BelowAnEmptyRow", "printf '\\n63,1\\n' > $client/EMS/SystemSetting.csv", "item 63 is 0"},
+    {"AnOpenQuote", "printf '63,\"-1\\n' > $client/EMS/SystemSetting.csv", "item 63 is -163"},
+    {"NoSettings", "rm $client/EMS/SystemSetting.csv", "SystemSetting.csv cannot be opened"},
+    {"Moved",
      "mkdir $client/a; printf '[Setting]\\nEMSDir = "
      "C:/ProgramData/KBR-LTD/QuietMIMOSA/HarborLedge/a \\n' > $client/config/Client.ini",
      "EMSDir of Client.ini"},
-    {"moved nowhere", "printf '[Setting]\\nEMSDir=D:\\\\a\\n' > $client/config/Client.ini",
+    {"MovedNowhere", "printf '[Setting]\\nEMSDir=D:\\\\a\\n' > $client/config/Client.ini",
      "the default: the EMSDir of Client.ini, D:\\a, is no folder"},
-    {"not configured", "rm $client/config/Client.ini", "the default: Client.ini names no EMSDir"},
-    {"no machine", "rm machine/machine.ini; mkdir machine/machine.ini", "cannot be listed"},
-    {"obtained", "sigilctl update machine/policy.xml", "full name 田中 太郎"},
+    {"NotConfigured", "rm $client/config/Client.ini", "the default: Client.ini names no EMSDir"},
+    {"NoMachine", "rm machine/machine.ini; mkdir machine/machine.ini", "cannot be listed"},
+    {"Obtained", "sigilctl update machine/policy.xml", "full name 田中 太郎"},
 };
 
 /// "set: -101. ..." of each command, without what comes behind the number.
@@ -68,20 +67,22 @@ std::string Foretold(const std::string& page) {
   return results;
 }
 
-TEST(Doctor, ForetellsEachExportAndChangesNothing) {
-  for (const Ill& ill : kCases) {
-    SCOPED_TRACE(ill.what);
-    const Host host;
-    host.Run("client=" + kClient + "\n" + ill.script);
-    const std::string before = host.Snapshot();
-    const std::string page = host.Run("sigilctl doctor");
-    EXPECT_EQ(host.Snapshot(), before);
-    EXPECT_NE(page.find(ill.reason), page.npos) << page;
-    EXPECT_EQ(Foretold(page), Results(host)) << page;
-  }
+class Doctor : public testing::TestWithParam<Ill> {};
+
+TEST_P(Doctor, ForetellsEachExportAndChangesNothing) {
+  const Host host;
+  host.Run("client=" + kClient + "\n" + GetParam().script);
+  const std::string before = host.Snapshot();
+  const std::string page = host.Run("sigilctl doctor");
+  EXPECT_EQ(host.Snapshot(), before);
+  EXPECT_NE(page.find(GetParam().reason), page.npos) << page;
+  EXPECT_EQ(Foretold(page), Results(host)) << page;
 }
 
-TEST(Doctor, ShowsOnePage) {
+INSTANTIATE_TEST_SUITE_P(Cases, Doctor, testing::ValuesIn(kCases),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+TEST(DoctorPage, TellsAll) {
   Host host;
   host.UseHostWith({"sigilctl", "libSigilSetting.so", "liblog4cxx.so"});
   host.Run(
