@@ -70,8 +70,20 @@ int SetContentLog(const Arguments& arguments) {
                 on ? "The content log is on." : "The content log is off.");
 }
 
+/// A failure tells which file it is about.
+peers::SettingFileContent ReadSettings() {
+  const auto file = peers::FindSettingPlace().file;
+  try {
+    return peers::ReadSettingFile(file);
+  } catch (const std::exception& error) {
+    const std::string_view reason = error.what();
+    if (reason.starts_with(file.native())) throw;
+    throw std::runtime_error(file.string() + ": " + error.what());
+  }
+}
+
 int Show(const Arguments& arguments) {
-  const auto content = peers::ReadSettingFile(peers::FindSettingPlace().file);
+  const auto content = ReadSettings();
   if (arguments.json)
     ShowJson(std::cout, content);
   else
@@ -159,12 +171,12 @@ void RequireMachine() {
 
 int Run(int argc, char** argv) {
   CLI::App program("Host program of the SigilSetting library", "sigilctl");
+  program.fallthrough();  // --root may stand behind the command too, which takes this over now
   Arguments arguments;
   const CLI::Option* const root =
       program.add_option("--root", arguments.root, "The machine's folder (else SIGIL_ROOT)");
   AddCommands(program, arguments);
   program.require_subcommand(1);
-  program.fallthrough();
   try {
     program.parse(argc, argv);
   } catch (const CLI::Success& help) {

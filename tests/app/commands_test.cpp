@@ -62,7 +62,8 @@ release: -2. The watermarks are off, but the control service was not told: nobod
 [1]
 )");
   EXPECT_EQ(host.Run("sed -i 's/Warehouse/[監視対象プリンタ]/' machine/machine.ini\n"
-                     "sigilctl exclude; sigilctl release-for-service; sigilctl content-log off\n"
+                     "sigilctl exclude; sigilctl release-for-service; sigilctl content-log off "
+                     "--root machine\n"
                      "sigilctl show | grep -v custom"),
             R"(exclude: 0. The exclude list is rebuilt.
 release-for-service: 0. The watermarks are off and deleted.
