@@ -20,10 +20,11 @@ namespace {
 
 constexpr std::size_t kMaxDepth = 256;  // MSXML 6.0's
 
-// The parser's work on an element grows with the square of these. MSXML knows no limit, but no
-// document needs as many.
+// The parser's work grows with the square of these. MSXML knows no limit, but no document needs as
+// many.
 constexpr int kMaxAttributes = 1000;
 constexpr int kMaxDeclarationsInScope = 1000;
+constexpr int kMaxStrings = 10'000;  // names, prefixes and namespaces
 
 constexpr std::int32_t Code(std::uint32_t code) {
   return static_cast<std::int32_t>(code);
@@ -71,34 +72,33 @@ std::size_t FindBadUnit(std::wstring_view text) {
   return text.size();
 }
 
-/// Whether a tag has more than kMaxAttributes quoted values. What is not well-formed may be
-/// misjudged, and is refused in any case.
-bool HasOvergrownTag(std::string_view xml) {
+/// A fault in the text that the parser would take far too long to tell; null if there is none. What
+/// is not well-formed otherwise may be misjudged, and is refused in any case.
+const wchar_t* FindTrap(std::string_view xml) {
   std::size_t at = 0;
-  const auto skipPast = [&](std::string_view mark) {
-    at = xml.find(mark, at);
-    if (at != xml.npos) at += mark.size();
-  };
-  while ((at = xml.find('<', at)) != xml.npos) {
+  const auto skipTo = [&](std::string_view mark) { return (at = xml.find(mark, at)) != xml.npos; };
+  while (skipTo("<")) {
     const std::string_view rest = xml.substr(at);
     if (rest.starts_with("<!--")) {
-      skipPast("-->");
+      at += 4;
+      // The parser copies the comment for each such pair.
+      if (skipTo("--") && !xml.substr(at).starts_with("-->"))
+        return L"Two hyphens stand in a comment.";
     } else if (rest.starts_with("<![CDATA[")) {
-      skipPast("]]>");
+      skipTo("]]>");
     } else if (rest.starts_with("<?")) {
-      skipPast("?>");
+      skipTo("?>");
     } else {
-      for (int values = 0; (at = xml.find_first_of("\"'>", at)) != xml.npos; ++values) {
-        const char mark = xml[at++];
-        if (mark == '>') break;
-        if (values == kMaxAttributes) return true;
-        at = xml.find(mark, at);
-        if (at++ == xml.npos) return false;
+      for (int values = 0; (at = xml.find_first_of("\"'>", at)) != xml.npos && xml[at] != '>';) {
+        if (++values > kMaxAttributes) return L"An element has too many attributes.";
+        const char quote = xml[at++];
+        if (!skipTo({&quote, 1})) return nullptr;
+        ++at;
       }
     }
-    if (at == xml.npos) break;
+    if (at == xml.npos) return nullptr;
   }
-  return false;
+  return nullptr;
 }
 
 const xmlChar kXmlns[] = "xmlns";
@@ -256,6 +256,8 @@ class XmlTreeBuilder {
   }
 
   NodeId Add(NodeKind kind) {
+    if (xmlDictSize(m_parser->dict) > kMaxStrings)
+      Refuse(E_FAIL, "There are too many different names.");
     const NodeId id = m_tree.Size();
     m_tree.m_nodes.push_back({m_open.back().id, id + 1, id + 1, 0,
                               static_cast<std::uint32_t>(m_tree.m_texts.size()), 0, kind});
@@ -373,8 +375,8 @@ XmlTree ParseXml(std::wstring_view xml, XmlError& error) {
     error = {kNoTopElement, 1, L"XML document must have a top level element."};
   } else if (utf8.size() > INT_MAX) {
     error = {E_OUTOFMEMORY, 1, L"The text is too large."};
-  } else if (HasOvergrownTag(utf8)) {
-    error = {E_FAIL, 1, L"An element has too many attributes."};
+  } else if (const wchar_t* const trap = FindTrap(utf8)) {
+    error = {E_FAIL, 1, trap};
   } else {
     return XmlTreeBuilder(error).Build(utf8);
   }
