@@ -54,7 +54,7 @@ constexpr bool IsSpace(wchar_t unit) {
   return unit == L' ' || unit == L'\t' || unit == L'\n' || unit == L'\r';
 }
 
-/// Where `text` has its first unit that stands for no character of XML; its end without one.
+/// Where `text` has its first unit that stands for no character of XML; its end if it has none.
 std::size_t FindBadUnit(std::wstring_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto unit = static_cast<std::uint32_t>(text[i]);  // NOLINT(bugprone-signed-char-misuse)
@@ -72,33 +72,52 @@ std::size_t FindBadUnit(std::wstring_view text) {
   return text.size();
 }
 
-/// A fault in the text that the parser would take far too long to tell; null if there is none. What
-/// is not well-formed otherwise may be misjudged, and is refused in any case.
-const wchar_t* FindTrap(std::string_view xml) {
+template <typename Text>
+XmlError ErrorAt(const Text& text, std::size_t at, std::int32_t code, const wchar_t* reason) {
+  const auto lines = std::ranges::count(text.substr(0, at), '\n');
+  return {code, static_cast<std::int32_t>(1 + lines), reason};
+}
+
+XmlError FindBadCharacter(std::wstring_view xml) {
+  const std::size_t at = FindBadUnit(xml);
+  if (at == xml.size()) return {};
+  return ErrorAt(xml, at, kBadCharacter, L"An invalid character was found in text content.");
+}
+
+/// A fault in the text that the parser must not meet, since it would go on too long after it: most
+/// of all a document type declaration. What is not well-formed otherwise may be misjudged, and is
+/// refused in any case.
+XmlError FindTrap(std::string_view xml) {
   std::size_t at = 0;
   const auto skipTo = [&](std::string_view mark) { return (at = xml.find(mark, at)) != xml.npos; };
+  const auto trap = [&](std::int32_t code, const wchar_t* reason) {
+    return ErrorAt(xml, at, code, reason);
+  };
+  if (xml.empty()) return trap(kNoTopElement, L"XML document must have a top level element.");
+  if (xml.size() > INT_MAX) return trap(E_OUTOFMEMORY, L"The text is too large.");
   while (skipTo("<")) {
     const std::string_view rest = xml.substr(at);
+    if (rest.starts_with("<!DOCTYPE")) return trap(kDtdProhibited, L"DTD is prohibited.");
     if (rest.starts_with("<!--")) {
       at += 4;
       // The parser copies the comment for each such pair.
       if (skipTo("--") && !xml.substr(at).starts_with("-->"))
-        return L"Two hyphens stand in a comment.";
+        return trap(E_FAIL, L"Two hyphens stand in a comment.");
     } else if (rest.starts_with("<![CDATA[")) {
       skipTo("]]>");
     } else if (rest.starts_with("<?")) {
       skipTo("?>");
     } else {
       for (int values = 0; (at = xml.find_first_of("\"'>", at)) != xml.npos && xml[at] != '>';) {
-        if (++values > kMaxAttributes) return L"An element has too many attributes.";
+        if (++values > kMaxAttributes) return trap(E_FAIL, L"An element has too many attributes.");
         const char quote = xml[at++];
-        if (!skipTo({&quote, 1})) return nullptr;
+        if (!skipTo({&quote, 1})) return {};
         ++at;
       }
     }
-    if (at == xml.npos) return nullptr;
+    if (at == xml.npos) return {};
   }
-  return nullptr;
+  return {};
 }
 
 const xmlChar kXmlns[] = "xmlns";
@@ -165,9 +184,6 @@ class XmlTreeBuilder {
   static xmlSAXHandler Handler() {
     xmlSAXHandler handler = {};
     handler.initialized = XML_SAX2_MAGIC;
-    handler.internalSubset = [](void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
-      static_cast<XmlTreeBuilder*>(self)->Refuse(kDtdProhibited, "DTD is prohibited.");
-    };
     handler.startElementNs = [](void* self, const xmlChar* local, const xmlChar* prefix,
                                 const xmlChar* uri, int declarationCount,
                                 const xmlChar** declarations, int attributeCount, int,
@@ -229,6 +245,10 @@ class XmlTreeBuilder {
     if (m_error.code != 0) return;
     m_error = {CodeOf(error.code), error.line,
                FromUtf8(error.message == nullptr ? "" : error.message)};
+    // The parser would go on to look for more. What xmlStopParser does besides this would take the
+    // text away from the function that reports.
+    m_parser->instate = XML_PARSER_EOF;
+    m_parser->disableSAX = 1;
   }
 
   void Note(std::int32_t code, std::string_view reason) {
@@ -362,25 +382,13 @@ class XmlTreeBuilder {
 };
 
 XmlTree ParseXml(std::wstring_view xml, XmlError& error) {
-  error = XmlError();
   if (xml.starts_with(L'\uFEFF')) xml.remove_prefix(1);
-  if (const std::size_t at = FindBadUnit(xml); at < xml.size()) {
-    const auto lines = std::ranges::count(xml.substr(0, at), L'\n');
-    error = {kBadCharacter, static_cast<std::int32_t>(1 + lines),
-             L"An invalid character was found in text content."};
-    return XmlTree();
-  }
+  error = FindBadCharacter(xml);
+  if (error.code != 0) return XmlTree();
   const std::string utf8 = ToUtf8(xml);
-  if (utf8.empty()) {
-    error = {kNoTopElement, 1, L"XML document must have a top level element."};
-  } else if (utf8.size() > INT_MAX) {
-    error = {E_OUTOFMEMORY, 1, L"The text is too large."};
-  } else if (const wchar_t* const trap = FindTrap(utf8)) {
-    error = {E_FAIL, 1, trap};
-  } else {
-    return XmlTreeBuilder(error).Build(utf8);
-  }
-  return XmlTree();
+  error = FindTrap(utf8);
+  if (error.code != 0) return XmlTree();
+  return XmlTreeBuilder(error).Build(utf8);
 }
 
 }  // namespace platform
