@@ -87,6 +87,10 @@ int CPolicyFileCipher::DecryptFile(const CString& path, CString& text) const {
   if (_wfopen_s(&opened, path, L"rb") != 0) return 1;
   const std::unique_ptr<std::FILE, CloseStream> file(opened);
 
+  // No text is longer than its bytes: a long one never moves. What stays unused costs nothing.
+  constexpr ULONGLONG kMostAtOnce = 64 * kChunkSize;
+  text.Preallocate(text.GetLength() + static_cast<int>(std::min(status.m_size, kMostAtOnce)));
+
   CByteArray chunk;
   for (bool ended = false; !ended;) {
     chunk.RemoveAll();

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -335,13 +336,16 @@ TEST(SettingsComponent, LocksOutOthersButNotReaders) {
   const auto holder = Open();
   ASSERT_EQ(holder->Lock(), 0);
   std::string order;
+  std::promise<void> hasRead;
   std::thread other([&] {
     const auto settings = Open();
     EXPECT_EQ(settings->GetPrinterSettingCount(), 0) << "reading goes on";
+    hasRead.set_value();
     const auto entry = Entry(*settings, L"p");
     const std::int32_t saved = Keep(*entry);
     order += "other " + std::to_string(saved);
   });
+  hasRead.get_future().wait();
   EXPECT_EQ(Keep(*Entry(*holder, L"q")), 0);
   order += "holder, ";
   EXPECT_EQ(holder->UnLock(), 0);
