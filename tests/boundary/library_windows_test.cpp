@@ -14,10 +14,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Where a program may write.
+/// Where a program would write. The user's other folders may be links out of the machine.
 std::vector<fs::path> Files() {
+  const fs::path userData = fs::path(_wgetenv(L"APPDATA")).parent_path();
   std::vector<fs::path> files;
-  for (const wchar_t* folder : {L"C:\\ProgramData", L"C:\\Users", kSettingFolder})
+  for (const fs::path& folder : {fs::path(L"C:\\ProgramData"), userData, fs::path(kSettingFolder)})
     for (const auto& entry : fs::recursive_directory_iterator(folder))
       files.push_back(entry.path());
   return files;
