@@ -14,11 +14,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Where a program would write. The user's other folders may be links out of the machine.
+/// Where the client's files lie. (Below the user's folder Wine links to the whole of his home.)
 std::vector<fs::path> Files() {
-  const fs::path userData = fs::path(_wgetenv(L"APPDATA")).parent_path();
   std::vector<fs::path> files;
-  for (const fs::path& folder : {fs::path(L"C:\\ProgramData"), userData, fs::path(kSettingFolder)})
+  for (const wchar_t* folder : {L"C:\\ProgramData", kSettingFolder})
     for (const auto& entry : fs::recursive_directory_iterator(folder))
       files.push_back(entry.path());
   return files;
