@@ -11,9 +11,11 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # Modules find each other beside themselves, wherever the build folder is.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 
+# What one clone has compiled serves every other, wherever it lies.
 find_program(CCACHE ccache)
 if(CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+      ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE})
 endif()
 
 # The root for includes, and the warnings. Only g++ fails on them: another compiler's are another
