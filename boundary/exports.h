@@ -28,8 +28,9 @@ enum SigilSettingResult : int {
 extern "C" {
 
 /// Switches the watermarks off and tells the control service.
-/// 0, -101, -200, -201; -1 to -5 when all is switched but the service was not told: -1 no security
-/// descriptor, -2 no pipe, -3 the write failed, -4 closing failed, -5 nothing to say.
+/// 0, -101, -200, -201; -1 to -5 when all is switched but telling the service failed: -1 no
+/// security descriptor, -2 no pipe, -3 the write, -4 closing the pipe when it was told, -5 nothing
+/// to say.
 SIGIL_EXPORT int SigilSettingReleaseWaterMark();
 
 /// Switches the watermarks on, as the delivered policy's scope says, and tells the control service.

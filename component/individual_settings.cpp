@@ -49,7 +49,7 @@ void ListNames(Sigil::Settings& settings, const Kind& kind, Names& names) {
     auto length = static_cast<std::uint32_t>(std::size(buffer));
     if (Sigil::Failed((settings.*kind.name)(index, buffer, &length))) continue;
     buffer[std::size(buffer) - 1] = L'\0';
-    names.emplace_back(buffer);
+    names.push_back(Sigil::CSigilString(buffer));
   }
 }
 

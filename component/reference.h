@@ -14,23 +14,23 @@ class Reference {
   Reference& operator=(const Reference&) = delete;
   ~Reference() { Reset(); }
 
-  Interface* operator->() const { return m_object; }
-  Interface& operator*() const { return *m_object; }
-  Interface* Get() const { return m_object; }
-  explicit operator bool() const { return m_object != nullptr; }
+  Interface* operator->() const { return m_pObject; }
+  Interface& operator*() const { return *m_pObject; }
+  Interface* Get() const { return m_pObject; }
+  explicit operator bool() const { return m_pObject != nullptr; }
 
   /// Where an operation of the component puts the object.
   Interface** Out() {
     Reset();
-    return &m_object;
+    return &m_pObject;
   }
 
   void Reset() {
-    if (Interface* object = std::exchange(m_object, nullptr)) object->Release();
+    if (Interface* object = std::exchange(m_pObject, nullptr)) object->Release();
   }
 
  private:
-  Interface* m_object = nullptr;
+  Interface* m_pObject = nullptr;
 };
 
 }  // namespace Sigil

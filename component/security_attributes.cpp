@@ -8,14 +8,15 @@ constexpr DWORD kRevision = 1;
 
 }  // namespace
 
-OpenSecurityAttributes::OpenSecurityAttributes() : m_descriptor(LocalAlloc(LPTR, kDescriptorSize)) {
-  if (!m_descriptor) return;
-  if (!InitializeSecurityDescriptor(m_descriptor.get(), kRevision) ||
-      !SetSecurityDescriptorDacl(m_descriptor.get(), TRUE, nullptr, FALSE)) {
-    m_descriptor.reset();
+OpenSecurityAttributes::OpenSecurityAttributes()
+    : m_pDescriptor(LocalAlloc(LPTR, kDescriptorSize)) {
+  if (!m_pDescriptor) return;
+  if (!InitializeSecurityDescriptor(m_pDescriptor.get(), kRevision) ||
+      !SetSecurityDescriptorDacl(m_pDescriptor.get(), TRUE, nullptr, FALSE)) {
+    m_pDescriptor.reset();
     return;
   }
   m_attributes.nLength = sizeof(m_attributes);
-  m_attributes.lpSecurityDescriptor = m_descriptor.get();
+  m_attributes.lpSecurityDescriptor = m_pDescriptor.get();
   m_attributes.bInheritHandle = TRUE;
 }

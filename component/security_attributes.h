@@ -13,16 +13,16 @@ class OpenSecurityAttributes {
   OpenSecurityAttributes();
 
   /// Null when they could not be built or were given back.
-  SECURITY_ATTRIBUTES* Get() { return m_descriptor ? &m_attributes : nullptr; }
+  SECURITY_ATTRIBUTES* Get() { return m_pDescriptor ? &m_attributes : nullptr; }
 
   /// Gives the descriptor back.
-  void Reset() { m_descriptor.reset(); }
+  void Reset() { m_pDescriptor.reset(); }
 
  private:
   struct Free {
     void operator()(void* block) const { LocalFree(block); }
   };
 
-  std::unique_ptr<void, Free> m_descriptor;
+  std::unique_ptr<void, Free> m_pDescriptor;
   SECURITY_ATTRIBUTES m_attributes = {};
 };

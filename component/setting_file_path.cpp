@@ -15,10 +15,6 @@ namespace {
 constexpr wchar_t kFile[] = L"KBR-LTD\\HarborLedge!\\HarborLedge!.cfg";
 constexpr std::size_t kWorkingCapacity = 2048;
 
-constexpr GUID kLocalAppDataLow = {
-    0xA520A1A4, 0x1780, 0x4FF6, {0xBD, 0x18, 0x16, 0x73, 0x43, 0xC5, 0xAF, 0x16}};
-constexpr int kLocalAppData = 28;
-
 struct FreeTaskMemory {
   void operator()(wchar_t* text) const { CoTaskMemFree(text); }
 };
@@ -29,14 +25,14 @@ struct FreeModule {
 
 // The call is looked up: systems before the folder of low integrity do not have it.
 void CopyLocalAppDataLow(wchar_t (&folder)[kWorkingCapacity]) {
-  using GetKnownFolderPath = HRESULT(WINAPI*)(const GUID&, DWORD, HANDLE, wchar_t**);
+  using GetKnownFolderPath = HRESULT(WINAPI*)(REFKNOWNFOLDERID, DWORD, HANDLE, wchar_t**);
   const std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule> shell(
       LoadLibraryW(L"shell32.dll"));
   if (!shell) return;
   const auto getPath = EntryPoint<GetKnownFolderPath>(shell.get(), "SHGetKnownFolderPath");
   if (getPath == nullptr) return;
   wchar_t* given = nullptr;
-  getPath(kLocalAppDataLow, 0, nullptr, &given);
+  getPath(FOLDERID_LocalAppDataLow, 0, nullptr, &given);
   const std::unique_ptr<wchar_t, FreeTaskMemory> path(given);
   if (path) std::wcsncpy(folder, path.get(), kWorkingCapacity - 1);
 }
@@ -44,7 +40,7 @@ void CopyLocalAppDataLow(wchar_t (&folder)[kWorkingCapacity]) {
 CString SettingFilePath() {
   wchar_t folder[kWorkingCapacity] = {};
   CopyLocalAppDataLow(folder);
-  if (folder[0] == L'\0') SHGetSpecialFolderPathW(nullptr, folder, kLocalAppData, FALSE);
+  if (folder[0] == L'\0') SHGetSpecialFolderPathW(nullptr, folder, CSIDL_LOCAL_APPDATA, FALSE);
   const CString base = folder;
   if (PathAppendW(folder, kFile)) return folder;
   // Beyond MAX_PATH the call gives nothing; the whole path still tells the length needed.

@@ -14,7 +14,6 @@ namespace {
 constexpr wchar_t kDefaultCommonData[] = L"C:\\ProgramData";
 constexpr wchar_t kDefaultEmsFolder[] = L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\EMS";
 constexpr wchar_t kClientIni[] = L"\\config\\Client.ini";
-constexpr int kCommonAppData = 0x23;
 
 constexpr wchar_t kGetEmsFolder[] = L"SigilSettingManagement::GetEMSFolderPath";
 
@@ -53,7 +52,7 @@ CString GetCommonDataPath() {
   const std::unique_ptr<IMalloc, ReleaseAllocator> allocator(given);
 
   LPITEMIDLIST location = nullptr;
-  if (FAILED(SHGetSpecialFolderLocation(nullptr, kCommonAppData, &location)))
+  if (FAILED(SHGetSpecialFolderLocation(nullptr, CSIDL_COMMON_APPDATA, &location)))
     return kDefaultCommonData;
   const std::unique_ptr<std::remove_pointer_t<LPITEMIDLIST>, FreeItemList> list(
       location, FreeItemList{allocator.get()});

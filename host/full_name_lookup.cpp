@@ -31,17 +31,17 @@ class NetBuffer {
   NetBuffer(const NetBuffer&) = delete;
   NetBuffer& operator=(const NetBuffer&) = delete;
   ~NetBuffer() {
-    if (m_data != nullptr) NetApiBufferFree(m_data);
+    if (m_pData != nullptr) NetApiBufferFree(m_pData);
   }
 
-  Type* Get() const { return m_data; }
-  Type* operator->() const { return m_data; }
-  explicit operator bool() const { return m_data != nullptr; }
-  Type** Out() { return &m_data; }
-  LPBYTE* OutBytes() { return reinterpret_cast<LPBYTE*>(&m_data); }
+  Type* Get() const { return m_pData; }
+  Type* operator->() const { return m_pData; }
+  explicit operator bool() const { return m_pData != nullptr; }
+  Type** Out() { return &m_pData; }
+  LPBYTE* OutBytes() { return reinterpret_cast<LPBYTE*>(&m_pData); }
 
  private:
-  Type* m_data = nullptr;
+  Type* m_pData = nullptr;
 };
 
 bool LookUpLocally(const wchar_t* userName, const LogMessage& failed, CString& fullName) {

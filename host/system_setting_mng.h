@@ -24,8 +24,6 @@ class CSystemSettingMng : public CStdioFile {
 
   /// The item "63": above 0 the watermark function is on.
   int WatermarkOption() const { return m_nWatermarkOption; }
-  /// The item "500".
-  int ImageLogOption() const { return m_nImageLogOption; }
 
  private:
   bool HasField(int index) const { return index >= 0 && index < m_aryFields.GetSize(); }

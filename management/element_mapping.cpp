@@ -125,12 +125,19 @@ void PlaceStamp(const Element& element, Sigil::Watermark& watermark) {
   watermark.SetRepeatVSpace(Space(element.Integer(L"RepeatVSpace")));
 }
 
-void LogDone(const LogMessage& done, const CString& elementId, const GUID& id) {
-  RPC_WSTR text = nullptr;
-  UuidToStringW(&id, &text);
-  Log(done, elementId, reinterpret_cast<const wchar_t*>(text));
-  RpcStringFreeW(&text);
-}
+/// A GUID as text.
+class UuidText {
+ public:
+  explicit UuidText(const GUID& id) { UuidToStringW(&id, &m_pText); }
+  UuidText(const UuidText&) = delete;
+  UuidText& operator=(const UuidText&) = delete;
+  ~UuidText() { RpcStringFreeW(&m_pText); }
+
+  const wchar_t* Get() const { return reinterpret_cast<const wchar_t*>(m_pText); }
+
+ private:
+  RPC_WSTR m_pText = nullptr;
+};
 
 /// The frame of both mappings; they differ in the placing and in their messages.
 bool MapElement(const CString& elementId, Sigil::PrinterSettings* printerSettings, GUID* id,
@@ -154,7 +161,7 @@ bool MapElement(const CString& elementId, Sigil::PrinterSettings* printerSetting
   place(element, *watermark);
   watermark->GetId(id);
   watermark.Reset();
-  LogDone(messages.done, elementId, *id);
+  Log(messages.done, elementId, UuidText(*id).Get());
   return true;
 }
 

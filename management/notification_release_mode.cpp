@@ -79,7 +79,8 @@ int NotificationReleaseMode(CString message) {
       LogWithLastError(kNoPipe);
       return -2;
     }
-    if (!pipe.Write(OnTheWire(message))) {
+    const std::string bytes = OnTheWire(message);
+    if (!pipe.Write(bytes)) {  // nothing may come between its error and the log
       LogWithLastError(kNotWritten);
       return -3;
     }

@@ -1,9 +1,9 @@
 #pragma once
 
 // What a pass over the setting file holds of the machine. Every pass has the same frame: take the
-// mutex; open a component handle and get its instance; lock; work; save; unlock; release the
-// instance; give back what is held; destroy the handle. Nothing of it outlives the pass, on no
-// path.
+// mutex; open a component handle and get its instance; lock; work; save what went well; unlock;
+// release the instance; give back what is held; destroy the handle. Nothing of it outlives the
+// pass, on no path.
 
 #include "boundary/log.h"
 #include "component/security_attributes.h"

@@ -66,11 +66,6 @@ class CString {
   LPWSTR GetBuffer(int length = 0);
   void ReleaseBuffer(int length = -1);
 
-  /// Room for `length` units without another move of the text; its content stays.
-  void Preallocate(int length) {
-    m_text.reserve(static_cast<std::size_t>(length < 0 ? 0 : length));
-  }
-
   CString& operator+=(const CString& other);
   CString& operator+=(LPCWSTR other) { return *this += CString(other); }
   CString& operator+=(wchar_t other);

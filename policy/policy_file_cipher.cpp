@@ -42,22 +42,22 @@ class Md5 {
   Md5(const Md5&) = delete;
   Md5& operator=(const Md5&) = delete;
   ~Md5() {
-    if (m_hash != 0) CryptDestroyHash(m_hash);
-    if (m_provider != 0) CryptReleaseContext(m_provider, 0);
+    if (m_hHash != 0) CryptDestroyHash(m_hHash);
+    if (m_hProvider != 0) CryptReleaseContext(m_hProvider, 0);
   }
 
   bool Digest(const BYTE* bytes, DWORD count, BYTE (&digest)[kDigestSize]) {
     DWORD size = kDigestSize;
-    return CryptAcquireContextW(&m_provider, nullptr, nullptr, PROV_RSA_FULL,
+    return CryptAcquireContextW(&m_hProvider, nullptr, nullptr, PROV_RSA_FULL,
                                 CRYPT_VERIFYCONTEXT | CRYPT_MACHINE_KEYSET) &&
-           CryptCreateHash(m_provider, CALG_MD5, 0, 0, &m_hash) &&
-           CryptHashData(m_hash, bytes, count, 0) &&
-           CryptGetHashParam(m_hash, HP_HASHVAL, digest, &size, 0);
+           CryptCreateHash(m_hProvider, CALG_MD5, 0, 0, &m_hHash) &&
+           CryptHashData(m_hHash, bytes, count, 0) &&
+           CryptGetHashParam(m_hHash, HP_HASHVAL, digest, &size, 0);
   }
 
  private:
-  HCRYPTPROV m_provider = 0;
-  HCRYPTHASH m_hash = 0;
+  HCRYPTPROV m_hProvider = 0;
+  HCRYPTHASH m_hHash = 0;
 };
 
 /// Takes the digits in order and lays them on the even positions first, then on the odd ones. More
@@ -86,10 +86,6 @@ int CPolicyFileCipher::DecryptFile(const CString& path, CString& text) const {
   std::FILE* opened = nullptr;
   if (_wfopen_s(&opened, path, L"rb") != 0) return 1;
   const std::unique_ptr<std::FILE, CloseStream> file(opened);
-
-  // No text is longer than its bytes: a long one never moves. What stays unused costs nothing.
-  constexpr ULONGLONG kMostAtOnce = 64 * kChunkSize;
-  text.Preallocate(text.GetLength() + static_cast<int>(std::min(status.m_size, kMostAtOnce)));
 
   CByteArray chunk;
   for (bool ended = false; !ended;) {
@@ -127,10 +123,10 @@ void CPolicyFileCipher::DecryptChunkToBytes(const CByteArray& cipher, CByteArray
 }
 
 void CPolicyFileCipher::FoldBytes(const CByteArray& source, CByteArray& target) {
-  if (target.GetSize() == 0) return;
-  for (INT_PTR i = 0; i < source.GetSize(); ++i) {
+  const bool fits = source.GetSize() <= target.GetSize();
+  for (INT_PTR i = 0; i < source.GetSize() && target.GetSize() > 0; ++i) {
     BYTE& folded = target[i % target.GetSize()];
-    folded = static_cast<BYTE>(folded ^ source[i]);
+    folded = fits ? source[i] : static_cast<BYTE>(folded ^ source[i]);
   }
 }
 
@@ -198,7 +194,7 @@ CString CPolicyFileCipher::BytesToText(UINT codePage, const CByteArray& bytes) {
   const int size = MultiByteToWideChar(codePage, 0, start, length, nullptr, 0);
   if (size < 1) return CString();
   CString text;
-  MultiByteToWideChar(codePage, 0, start, length, text.GetBuffer(size + 1), size);
-  text.ReleaseBuffer(size);
+  wchar_t* const buffer = text.GetBuffer(size);
+  text.ReleaseBuffer(MultiByteToWideChar(codePage, 0, start, length, buffer, size));
   return text;
 }

@@ -27,7 +27,7 @@ class CPolicyFileCipher {
   /// As many bytes as the key source has, none when it cannot be read.
   void BuildKeyMaterial(CByteArray& material) const;
 
-  /// Folds `source` by XOR into the fixed length of `target`, which is all zero.
+  /// Copies `source` to the start of `target`; a longer one is folded into its length by XOR.
   static void FoldBytes(const CByteArray& source, CByteArray& target);
 
   /// The MD5 digest (RFC 1321) of as many bytes of the text's ANSI form as the text has UTF-16

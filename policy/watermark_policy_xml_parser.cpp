@@ -53,11 +53,11 @@ CString TextOf(const IXMLDOMElementPtr& element) {
 
 }  // namespace
 
-CWatermarkPolicyXMLParser::Apartment::Apartment() : m_isOpen(SUCCEEDED(CoInitialize(nullptr))) {}
+CWatermarkPolicyXMLParser::Apartment::Apartment() : m_bOpen(SUCCEEDED(CoInitialize(nullptr))) {}
 
 // COM that did not open here is the host's own, in another mode, and stays.
 CWatermarkPolicyXMLParser::Apartment::~Apartment() {
-  if (m_isOpen) CoUninitialize();
+  if (m_bOpen) CoUninitialize();
 }
 
 CWatermarkPolicyXMLParser::CWatermarkPolicyXMLParser(const CString& outerName,

@@ -52,10 +52,10 @@ class CWatermarkPolicyXMLParser {
     Apartment(const Apartment&) = delete;
     Apartment& operator=(const Apartment&) = delete;
     ~Apartment();
-    bool IsOpen() const { return m_isOpen; }
+    bool IsOpen() const { return m_bOpen; }
 
    private:
-    bool m_isOpen;
+    bool m_bOpen;
   };
 
   int Load(const CString& xml);
