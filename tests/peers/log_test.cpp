@@ -9,6 +9,7 @@
 #include <regex>
 
 #include "platform/posix/machine.h"
+#include "platform/utf.h"
 #include "tests/support/test_machine.h"
 
 namespace {
@@ -97,12 +98,12 @@ TEST_F(Log, IsSharedByProcesses) {
   }
   std::istringstream log(machine.Read(kLogFile));
   std::vector<int> next(kProcesses);
-  for (std::string line; std::getline(log, line);) {
-    std::istringstream words(line);
-    std::string date, time, function, rest;
+  for (std::string stamp, line; std::getline(log, stamp, 'F') && std::getline(log, line);) {
+    EXPECT_EQ(line, "(1) " + platform::ToUtf8(text));
+    std::istringstream words(stamp);
+    std::string date, time;
     int process = 0, level = 0, number = 0;
-    words >> date >> time >> process >> level >> number >> function >> rest;
-    ASSERT_EQ(rest.size(), 3 * text.size());
+    words >> date >> time >> process >> level >> number;
     EXPECT_EQ(number, next.at(static_cast<std::size_t>(level))++);
   }
   EXPECT_EQ(next, std::vector<int>(kProcesses, kLines));

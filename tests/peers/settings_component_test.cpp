@@ -1,7 +1,6 @@
 #include "peers/settings_component/settings_component.h"
 
-#include <dlfcn.h>
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <sqlite3.h>
 #include <sys/wait.h>
@@ -10,10 +9,8 @@
 #include <future>
 #include <limits>
 #include <memory>
-#include <set>
 #include <thread>
 
-#include "peers/settings_component/guid.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/utf.h"
 #include "tests/support/test_machine.h"
@@ -215,16 +212,6 @@ TEST(SettingsComponent, GivesTextsToBuffersOfAnySize) {
   const auto entry = Entry(*settings, L"b");
   EXPECT_EQ(entry->GetWatermarkInfo(0, &id, name.data(), 2), 0);
   EXPECT_EQ(name, std::wstring(L"01\0\0!", 5)) << "cut, and no further written";
-
-  const std::int32_t refusals[] = {settings->Save(1),
-                                   settings->UnLock(),
-                                   settings->GetPrinterSettings(nullptr, nullptr),
-                                   settings->GetPrinterSettingName(-1, name.data(), &enough),
-                                   settings->DeletePrinterSetting(nullptr, L"p"),
-                                   settings->AddExcludePrinter(L"p", nullptr),
-                                   entry->GetWatermarkInfo(1, &id, name.data(), 1),
-                                   entry->CreateWatermark(nullptr)};
-  EXPECT_THAT(refusals, testing::Each(testing::Lt(0)));
 }
 
 TEST(SettingsComponent, LeavesAFileThatIsNoSettingFileAlone) {
@@ -339,45 +326,6 @@ TEST(SettingsComponent, ObjectsMayOutliveTheirMakers) {
   const fs::directory_iterator files(File().parent_path());
   EXPECT_EQ(std::distance(begin(files), end(files)), 2) << "the file, the lock and no remains";
   EXPECT_EQ(Show(), "p: last off \np has late\n");
-}
-
-TEST(SettingsComponent, IsMadeThroughItsEntryPoint) {
-  const tests::TestMachine machine;
-  const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path() / SIGIL_BUILD_FOLDER;
-  void* module = dlopen((folder / "SigilUtil_x86.dll").c_str(), RTLD_NOW);
-  ASSERT_NE(module, nullptr) << dlerror();
-  const auto create =
-      reinterpret_cast<Sigil::CreateInstanceFunction>(dlsym(module, Sigil::kCreateInstanceName));
-
-  void* out = nullptr;
-  EXPECT_NE(create(&Sigil::kSettingsFirstIdentity, &Sigil::kStringSecondIdentity, &out), 0);
-  EXPECT_NE(create(nullptr, nullptr, nullptr), 0);
-  ASSERT_EQ(create(&Sigil::kSettingsFirstIdentity, &Sigil::kSettingsSecondIdentity, &out), 0);
-  Held<Sigil::Settings> settings(static_cast<Sigil::Settings*>(out));
-  EXPECT_EQ(Keep(*Entry(*settings, L"p")), 0);
-  EXPECT_EQ(Show(), "p: last off \n");
-  settings.reset();
-
-  ASSERT_EQ(create(&Sigil::kStringFirstIdentity, &Sigil::kStringSecondIdentity, &out), 0);
-  Held<Sigil::String> text(static_cast<Sigil::String*>(out));
-  EXPECT_EQ(text->SetKind(7) | text->SetText(L"名前"), 0);
-  EXPECT_EQ(text->GetKind(), 7);
-  EXPECT_LT(text->SetText(nullptr), 0);
-  EXPECT_EQ(text->SetText(text->GetText() + 1), 0) << "a text of its own";
-  EXPECT_EQ(std::wstring(text->GetText()) + text->GetDisplayText(), L"前前");
-  text.reset();
-  dlclose(module);
-}
-
-TEST(Guid, IsRandomAndReadsAsItIsWritten) {
-  std::set<std::string> texts;
-  for (int i = 0; i < 1000; ++i) texts.insert(peers::NewGuid());
-  EXPECT_EQ(texts.size(), 1000u);
-  for (const std::string& text : texts) {
-    EXPECT_THAT(text, testing::MatchesRegex("[0-9a-f-]{14}4[0-9a-f]{3}-[89ab][0-9a-f-]{16}"));
-    EXPECT_EQ(peers::GuidText(peers::ParseGuid(text).value()), text);
-    EXPECT_FALSE(peers::ParseGuid(text.substr(1)) || peers::ParseGuid("g" + text.substr(1)));
-  }
 }
 
 }  // namespace
