@@ -31,7 +31,7 @@ class Dice {
 };
 
 struct Document {
-  std::string kind;  ///< What is odd in it.
+  std::wstring kind;  ///< What is odd in it.
   std::wstring xml;
   std::vector<std::wstring> elementIds;  ///< As they read when all is well.
 };

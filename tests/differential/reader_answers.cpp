@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <cwchar>
 
 #include "platform/crt.h"
 #include "policy/watermark_policy_xml_parser.h"
@@ -17,26 +16,22 @@
 
 namespace {
 
-using differential::Dice;
 using differential::Document;
 
-/// One unit, or both halves of a character that a literal has as one.
-void PrintUnit(unsigned unit) {
-  if (unit > 0xFFFF) {
-    PrintUnit(0xD7C0U + (unit >> 10));
-    PrintUnit(0xDC00U + (unit & 0x3FF));
-  } else if (0x20 < unit && unit < 0x7F && unit != '\\') {
-    std::putchar(static_cast<int>(unit));
-  } else {
-    std::printf("\\%04X", unit);
+void Print(const std::wstring& text) {
+  for (const wchar_t unit : text) {
+    if (0x20 < unit && unit < 0x7F && unit != L'\\')
+      std::putchar(static_cast<int>(unit));
+    else
+      std::printf("\\%04X", static_cast<unsigned>(unit));
   }
 }
 
-void Print(const wchar_t* text) {
-  for (; *text != L'\0'; ++text) PrintUnit(static_cast<unsigned>(*text));
-}
-
-void PrintNumbers(const wchar_t* text) {
+/// The text, and what it is as a number.
+void PrintAnswer(const wchar_t* label, const wchar_t* text) {
+  std::putchar(' ');
+  Print(label + std::wstring(L"=") + text);
+  if (*text == L'\0') return;
   std::uint64_t bits = 0;
   const double real = _wtof(text);
   std::memcpy(&bits, &real, sizeof bits);
@@ -48,51 +43,35 @@ void PrintNumbers(const wchar_t* text) {
               static_cast<int>(end - text), errno == ERANGE ? " range" : "");
 }
 
-void PrintAnswer(const char* label, const CString& text) {
-  std::printf(" %s=", label);
-  Print(text);
-  if (!text.IsEmpty()) PrintNumbers(text);
-}
-
-/// The numbers of the log lines, without their texts, which are the platform's.
-void PrintLog() {
-  for (std::size_t i = 0; i < RecorderCount(); ++i) {
-    const std::wstring line = RecorderLine(i);
-    std::printf(" ! ");
-    Print(line.substr(0, line.find(L' ', 2)).c_str());
-  }
-  RecorderReset();
-}
-
 void PrintQueries(CWatermarkPolicyXMLParser& reader, const Document& document) {
   for (const int policy : {1, 2, -1, 0}) {
     std::vector<CString> ids;
     std::printf(" policy %d: %d", policy, reader.GetPolicyInfo(policy, ids));
-    for (const CString& id : ids) PrintAnswer("id", id);
-    PrintAnswer("scope", reader.GetPrinterScope(policy));
+    for (const CString& id : ids) PrintAnswer(L"id", id);
+    PrintAnswer(L"scope", reader.GetPrinterScope(policy));
   }
   for (const std::wstring& id : document.elementIds)
-    for (const char* child : {"Kind", "Name", "Text", "FontSize", "Color", "XOffset", "Other"})
-      PrintAnswer(child, reader.GetWatermarkElement(
-                             id.c_str(), std::wstring(child, child + std::strlen(child)).c_str()));
+    for (const wchar_t* child :
+         {L"Kind", L"Name", L"Text", L"FontSize", L"Color", L"XOffset", L"Other"})
+      PrintAnswer(child, reader.GetWatermarkElement(id.c_str(), child));
 }
 
 void PrintDocument(unsigned number) {
   const Document document = differential::MakeDocument(number);
-  std::printf("%u %s", number, document.kind.c_str());
+  std::printf("%u ", number);
+  Print(document.kind);
   CWatermarkPolicyXMLParser& reader = *CWatermarkPolicyXMLParser::GetInstance();
   const int loaded = reader.SetXmlData(document.xml.c_str());
   std::printf(" load %d", loaded);
   if (loaded == 0) PrintQueries(reader, document);
-  PrintLog();
+  // The numbers of the log lines, without their texts, which are the platform's.
+  for (std::size_t i = 0; i < RecorderCount(); ++i) {
+    const std::wstring line = RecorderLine(i);
+    std::printf(" ! ");
+    Print(line.substr(0, line.find(L' ', 2)));
+  }
+  RecorderReset();
   CWatermarkPolicyXMLParser::DeleteInstance();
-  std::putchar('\n');
-}
-
-void PrintNumberLine(const std::wstring& text) {
-  std::printf("number ");
-  Print(text.c_str());
-  PrintNumbers(text.c_str());
   std::putchar('\n');
 }
 
@@ -101,7 +80,6 @@ void PrintUnits() {
   for (unsigned row = 0; row < 0x100; ++row) {
     std::printf("units %02X", row);
     for (unsigned unit = row << 8; unit < (row + 1) << 8; ++unit) {
-      if (unit == 0) continue;
       const wchar_t text[] = {static_cast<wchar_t>(unit), L'5', L'\0'};
       if (crt::iswspace(text[0])) std::printf(" %04X:space", unit);
       if (_wtoi(text) != 0 || _wtof(text) != 0)
@@ -114,16 +92,18 @@ void PrintUnits() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 3 && std::strcmp(argv[1], "show") == 0) {
-    Print(differential::MakeDocument(static_cast<unsigned>(std::atoi(argv[2]))).xml.c_str());
-    std::putchar('\n');
+  const auto number = argc < 2 ? 0 : static_cast<unsigned>(std::atoi(argv[argc - 1]));
+  if (argc == 3) {
+    Print(differential::MakeDocument(number).xml);
     return 0;
   }
-  if (argc != 2) return 2;
-  const auto count = static_cast<unsigned>(std::atoi(argv[1]));
-  for (unsigned number = 0; number < count; ++number) PrintDocument(number);
-  Dice dice(count);
-  for (int i = 0; i < 500; ++i) PrintNumberLine(differential::MakeNumber(dice));
+  for (unsigned each = 0; each < number; ++each) PrintDocument(each);
+  differential::Dice dice(number);
+  for (int i = 0; i < 500; ++i) {
+    std::printf("number");
+    PrintAnswer(L"", differential::MakeNumber(dice).c_str());
+    std::putchar('\n');
+  }
   PrintUnits();
   return 0;
 }

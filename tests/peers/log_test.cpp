@@ -5,17 +5,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <sstream>
+#include <regex>
 
+#include "platform/posix/machine.h"
+#include "platform/utf.h"
 #include "tests/support/test_machine.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr wchar_t kLogFile[] =
     L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
@@ -25,43 +22,33 @@ constexpr wchar_t kLogFile[] =
 class Log : public testing::Test {
  protected:
   Log() {
-    const fs::path folder = fs::read_symlink("/proc/self/exe").parent_path() / SIGIL_BUILD_FOLDER;
+    const auto folder =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path() / SIGIL_BUILD_FOLDER;
     void* library = dlopen((folder / "liblog4cxx.so").c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) throw std::runtime_error(dlerror());
-    Find(library, "_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_", plain);
-    Find(library, "_ZN10Log4cxxMgr12LogOutDetailEiiPKwiiS1_", withCode);
-    Find(library, "_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_S1_", withLabel);
+    const auto find = [&](const char* name) { return dlsym(library, name); };
+    plain = reinterpret_cast<Plain*>(find("_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_"));
+    withCode = reinterpret_cast<WithCode*>(find("_ZN10Log4cxxMgr12LogOutDetailEiiPKwiiS1_"));
+    withLabel = reinterpret_cast<WithLabel*>(find("_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_S1_"));
   }
   ~Log() override {
     unsetenv("SIGIL_LOG");
     unsetenv("SIGIL_LOG_LEVEL");
   }
 
-  template <class Function>
-  static void Find(void* library, const char* name, Function*& function) {
-    function = reinterpret_cast<Function*>(dlsym(library, name));
-    if (function == nullptr) throw std::runtime_error(dlerror());
-  }
-
-  /// The log, with each line's time and process checked and taken off.
+  /// The log, with the time and this process of each line put as "STAMP".
   std::string Lines() const {
-    const std::string form = "dddd-dd-dd dd:dd:dd.ddd ", process = std::to_string(getpid()) + " ";
-    std::istringstream log(machine.Read(kLogFile));
-    std::string lines;
-    for (std::string line; std::getline(log, line);) {
-      std::string stamp = line.substr(0, form.size());
-      for (char& each : stamp) each = std::isdigit(each) ? 'd' : each;
-      line.erase(0, form.size());
-      lines += stamp == form && line.starts_with(process) ? line.erase(0, process.size())
-                                                          : "no stamp: " + line;
-      lines += '\n';
-    }
-    return lines;
+    const std::regex stamp("(^|\n)\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} " +
+                           std::to_string(getpid()) + " ");
+    return std::regex_replace(machine.Read(kLogFile), stamp, "$1STAMP ");
   }
 
-  void (*plain)(int, int, const wchar_t*, int, const wchar_t*) = nullptr;
-  void (*withCode)(int, int, const wchar_t*, int, int, const wchar_t*) = nullptr;
-  void (*withLabel)(int, int, const wchar_t*, int, const wchar_t*, const wchar_t*) = nullptr;
+  using Plain = void(int, int, const wchar_t*, int, const wchar_t*);
+  using WithCode = void(int, int, const wchar_t*, int, int, const wchar_t*);
+  using WithLabel = void(int, int, const wchar_t*, int, const wchar_t*, const wchar_t*);
+  Plain* plain;
+  WithCode* withCode;
+  WithLabel* withLabel;
   tests::TestMachine machine;
 };
 
@@ -71,41 +58,32 @@ TEST_F(Log, KeepsEachCallInOneLine) {
   withLabel(0, 0, L"A::D", 1, L"500", L"1");
   plain(9, -1, nullptr, -3, L"1\r\n2\t\x1B[2J\x85\x2028\xD83D \\n");
   EXPECT_EQ(Lines(),
-            "3 153100270 A::B(87) 設定処理完了 {} %s \U0001F600\n"
-            "5 153100420 A::C(9) パイプ (code -2)\n"
-            "0 0 A::D(1) 500=1\n"
-            "9 -1 (null)(-3) 1\\r\\n2\\t\\u001B[2J\\u0085\\u2028\xEF\xBF\xBD \\n\n");
+            "STAMP 3 153100270 A::B(87) 設定処理完了 {} %s \U0001F600\n"
+            "STAMP 5 153100420 A::C(9) パイプ (code -2)\n"
+            "STAMP 0 0 A::D(1) 500=1\n"
+            "STAMP 9 -1 (null)(-3) 1\\r\\n2\\t\\u001B[2J\\u0085\\u2028\xEF\xBF\xBD \\n\n");
 }
 
-TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentOfEachCall) {
-  const fs::path other = fs::temp_directory_path() / ("sigil-log-" + std::to_string(getpid()));
+TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentAndDropsWhatItCannotWrite) {
   setenv("SIGIL_LOG_LEVEL", "4", 1);
   for (int level = 0; level < 6; ++level) plain(level, level, L"F", 1, L"t");
   setenv("SIGIL_LOG_LEVEL", "none", 1);
-  setenv("SIGIL_LOG", (other / "deep" / "file.log").c_str(), 1);
-  plain(1, 1, L"F", 1, L"elsewhere");
-  unsetenv("SIGIL_LOG");
-  plain(0, 0, L"F", 1, L"back");
-  EXPECT_EQ(Lines(), "4 4 F(1) t\n5 5 F(1) t\n0 0 F(1) back\n");
-  EXPECT_GT(fs::file_size(other / "deep" / "file.log"), 0u);
-  fs::remove_all(other);
-}
-
-TEST_F(Log, DropsWhatItCannotWrite) {
-  const fs::path folder = fs::temp_directory_path() / ("sigil-log-" + std::to_string(getpid()));
-  fs::create_directories(folder);
-  const std::string pipe = folder / "pipe";
+  const std::string root = platform::MachineRoot(), pipe = root + "/pipe";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
-  for (const std::string& file : {folder.string(), pipe, std::string("/proc/none/file"),
-                                  std::string("/dev/full"), std::string(10000, 'x')}) {
+  for (const std::string& file :
+       {root, pipe, std::string("/proc/none/file"), std::string("/dev/full"),
+        std::string(10000, 'x'), root + "/deep/file.log"}) {
     setenv("SIGIL_LOG", file.c_str(), 1);
-    plain(1, 1, L"F", 1, L"t");
+    plain(1, 1, L"F", 1, L"elsewhere");
   }
+  unsetenv("SIGIL_LOG");
+  plain(0, 0, L"F", 1, L"back");
+  EXPECT_EQ(Lines(), "STAMP 4 4 F(1) t\nSTAMP 5 5 F(1) t\nSTAMP 0 0 F(1) back\n");
+  EXPECT_GT(std::filesystem::file_size(root + "/deep/file.log"), 0u);
   char byte;
   EXPECT_EQ(read(reader, &byte, 1), 0);
   close(reader);
-  fs::remove_all(folder);
 }
 
 TEST_F(Log, IsSharedByProcesses) {
@@ -120,12 +98,12 @@ TEST_F(Log, IsSharedByProcesses) {
   }
   std::istringstream log(machine.Read(kLogFile));
   std::vector<int> next(kProcesses);
-  for (std::string line; std::getline(log, line);) {
-    std::istringstream words(line);
-    std::string date, time, function, rest;
+  for (std::string stamp, line; std::getline(log, stamp, 'F') && std::getline(log, line);) {
+    EXPECT_EQ(line, "(1) " + platform::ToUtf8(text));
+    std::istringstream words(stamp);
+    std::string date, time;
     int process = 0, level = 0, number = 0;
-    words >> date >> time >> process >> level >> number >> function >> rest;
-    ASSERT_EQ(rest.size(), 3 * text.size());
+    words >> date >> time >> process >> level >> number;
     EXPECT_EQ(number, next.at(static_cast<std::size_t>(level))++);
   }
   EXPECT_EQ(next, std::vector<int>(kProcesses, kLines));

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <deque>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,46 +16,29 @@ namespace {
 struct Script {
   std::wstring call;
   unsigned nth;
-  unsigned seen;
-  RecorderAnswer answer;
+  bool throws;
   std::int32_t result;
+  unsigned seen = 0;
 };
 
 struct Recorder {
-  std::atomic_flag busy;
   std::deque<std::wstring> lines;
   std::vector<Script> scripts;
   std::map<std::wstring, std::wstring> state;
   std::map<std::wstring, unsigned> numbers;
-  std::map<std::wstring, int> live;
+  int live = 0;
 };
 
-// Never destroyed: the test component may be unloaded at the very end of the process.
-Recorder& TheRecorder() {
-  static Recorder* recorder = new Recorder;
-  return *recorder;
-}
+std::atomic_flag theBusyFlag;
 
-// Held for moments only, and not every home's C++ library has a mutex.
-class Turn {
- public:
-  explicit Turn(std::atomic_flag& busy) : m_busy(busy) {
-    while (m_busy.test_and_set(std::memory_order_acquire)) {
-    }
+/// The recorder, for its taker alone. Taken for moments only: not every home's C++ library has a
+/// mutex.
+std::unique_ptr<Recorder, void (*)(Recorder*)> Take() {
+  // Never destroyed: the test component may be unloaded at the very end of the process.
+  static Recorder* const recorder = new Recorder;
+  while (theBusyFlag.test_and_set()) {
   }
-  ~Turn() { m_busy.clear(std::memory_order_release); }
-  Turn(const Turn&) = delete;
-  Turn& operator=(const Turn&) = delete;
-
- private:
-  std::atomic_flag& m_busy;
-};
-
-template <class Action>
-auto Locked(Action action) {
-  Recorder& recorder = TheRecorder();
-  const Turn turn(recorder.busy);
-  return action(recorder);
+  return {recorder, [](Recorder*) { theBusyFlag.clear(); }};
 }
 
 void AddLog(int level, int number, const wchar_t* function, int line, const std::wstring& rest) {
@@ -88,70 +72,60 @@ void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, in
 extern "C" {
 
 void RecorderReset() {
-  Locked([](Recorder& recorder) {
-    recorder.lines.clear();
-    recorder.scripts.clear();
-    recorder.state.clear();
-    recorder.numbers.clear();
-  });
+  const auto recorder = Take();
+  recorder->lines.clear();
+  recorder->scripts.clear();
+  recorder->state.clear();
+  recorder->numbers.clear();
 }
 
 void RecorderAdd(const wchar_t* line) {
-  Locked([&](Recorder& recorder) { recorder.lines.emplace_back(line); });
+  Take()->lines.emplace_back(line);
 }
 
 std::size_t RecorderCount() {
-  return Locked([](Recorder& recorder) { return recorder.lines.size(); });
+  return Take()->lines.size();
 }
 
 const wchar_t* RecorderLine(std::size_t index) {
-  return Locked([&](Recorder& recorder) { return recorder.lines.at(index).c_str(); });
+  return Take()->lines.at(index).c_str();
 }
 
-int RecorderCall(const wchar_t* operation, const wchar_t* line, std::int32_t* result) {
-  return Locked([&](Recorder& recorder) {
-    recorder.lines.emplace_back(line);
-    RecorderAnswer answer = kRecorderUnscripted;
-    for (Script& script : recorder.scripts) {
-      if (script.call != operation && script.call != line) continue;
-      ++script.seen;
-      if (script.nth != 0 && script.nth != script.seen) continue;
-      answer = script.answer;
-      *result = script.result;
-    }
-    return answer;
-  });
+bool RecorderCall(const wchar_t* operation, const wchar_t* line, std::int32_t* result) {
+  const auto recorder = Take();
+  recorder->lines.emplace_back(line);
+  bool returns = true;
+  for (Script& script : recorder->scripts) {
+    if (script.call != operation && script.call != line) continue;
+    ++script.seen;
+    if (script.nth != 0 && script.nth != script.seen) continue;
+    returns = !script.throws;
+    *result = script.result;
+  }
+  return returns;
 }
 
 void RecorderScript(const wchar_t* call, unsigned nth, std::int32_t result) {
-  Locked([&](Recorder& recorder) {
-    recorder.scripts.push_back({call, nth, 0, kRecorderResult, result});
-  });
+  Take()->scripts.push_back({call, nth, false, result});
 }
 
 void RecorderScriptThrow(const wchar_t* call, unsigned nth) {
-  Locked([&](Recorder& recorder) {
-    recorder.scripts.push_back({call, nth, 0, kRecorderThrow, 0});
-  });
+  Take()->scripts.push_back({call, nth, true, 0});
 }
 
 void RecorderSetState(const wchar_t* name, const wchar_t* value) {
-  Locked([&](Recorder& recorder) { recorder.state[name] = value; });
+  Take()->state[name] = value;
 }
 
 const wchar_t* RecorderState(const wchar_t* name) {
-  return Locked([&](Recorder& recorder) { return recorder.state[name].c_str(); });
+  return Take()->state[name].c_str();
 }
 
 unsigned RecorderNextNumber(const wchar_t* kind) {
-  return Locked([&](Recorder& recorder) { return ++recorder.numbers[kind]; });
+  return ++Take()->numbers[kind];
 }
 
-void RecorderChangeLive(const wchar_t* kind, int by) {
-  Locked([&](Recorder& recorder) { recorder.live[kind] += by; });
-}
-
-int RecorderLive(const wchar_t* kind) {
-  return Locked([&](Recorder& recorder) { return recorder.live[kind]; });
+int RecorderLive(int change) {
+  return Take()->live += change;
 }
 }

@@ -9,27 +9,14 @@
 #include <cstdint>
 
 #ifdef _WIN32
-#ifdef LOG4CXX_MGR_IMPLEMENTATION
 #define RECORDER_API __declspec(dllexport)
 #else
-#define RECORDER_API __declspec(dllimport)
-#endif
-#define RECORDER_EXPORT __declspec(dllexport)
-#else
 #define RECORDER_API __attribute__((visibility("default")))
-#define RECORDER_EXPORT __attribute__((visibility("default")))
 #endif
-
-/// What the script says of one call.
-enum RecorderAnswer : int {
-  kRecorderUnscripted,
-  kRecorderResult,
-  kRecorderThrow,
-};
 
 extern "C" {
 
-/// Forgets lines, script, state and numbering. The live counts stay: they tell what is still held.
+/// Forgets lines, script, state and numbering. The live count stays: it tells what is still held.
 RECORDER_API void RecorderReset();
 
 RECORDER_API void RecorderAdd(const wchar_t* line);
@@ -38,8 +25,9 @@ RECORDER_API void RecorderAdd(const wchar_t* line);
 RECORDER_API std::size_t RecorderCount();
 RECORDER_API const wchar_t* RecorderLine(std::size_t index);
 
-/// Adds `line` and asks the script, which may name the plain `operation` or the whole line.
-RECORDER_API int RecorderCall(const wchar_t* operation, const wchar_t* line, std::int32_t* result);
+/// Adds `line` and asks the script, which may name the plain `operation` or the whole line. False:
+/// the call is to throw. `*result` stays as it is where the script says nothing.
+RECORDER_API bool RecorderCall(const wchar_t* operation, const wchar_t* line, std::int32_t* result);
 
 /// The `nth` call from now on (1: the next, 0: every one) of `call` gives `result`, or throws. A
 /// call is an operation ("Settings::Save") or a whole line ("Settings::Save(0)").
@@ -53,7 +41,6 @@ RECORDER_API const wchar_t* RecorderState(const wchar_t* name);
 /// 1, 2, 3, ... for each kind.
 RECORDER_API unsigned RecorderNextNumber(const wchar_t* kind);
 
-/// Objects of a kind that are alive; the kind "Library" counts the loaded test component.
-RECORDER_API void RecorderChangeLive(const wchar_t* kind, int by);
-RECORDER_API int RecorderLive(const wchar_t* kind);
+/// How many objects of the test component are alive, itself included, after this change.
+RECORDER_API int RecorderLive(int change = 0);
 }

@@ -61,20 +61,15 @@ class TestMachine {
   // What each home does in its own way.
   void Open();
   void Close();
-  void WriteMachineFile() const;
+  static std::filesystem::path Place(std::wstring_view path);
 
   std::filesystem::path m_root;
-  std::vector<TestPrinter> m_printers;
 };
 
 /// On Wine, whose limits some cases cannot pass. They say which.
 bool IsWine();
 
-/// Nobody owns the mutex of the setting file; asked from another thread, since it lets its owner in
-/// again.
-bool MutexIsFree();
-
-/// A thread takes that mutex and ends. The handle keeps the mutex in being.
+/// A thread takes the mutex of the setting file and ends. The handle keeps the mutex in being.
 HANDLE AbandonMutex();
 
 /// The component's setting file, as UTF-8.

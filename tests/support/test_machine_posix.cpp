@@ -1,7 +1,6 @@
 #include <stdlib.h>
 
 #include <fstream>
-#include <iterator>
 
 #include "platform/posix/machine.h"
 #include "platform/utf.h"
@@ -16,8 +15,8 @@ void TestMachine::Open() {
   if (mkdtemp(name.data()) == nullptr) throw fs::filesystem_error("mkdtemp", name, {});
   m_root = name;
   setenv("SIGIL_ROOT", m_root.c_str(), 1);
-  WriteMachineFile();
-  fs::create_directories(platform::HostPath(kSettingFolder));
+  SetPrinters({});
+  fs::create_directories(Place(kSettingFolder));
 }
 
 void TestMachine::Close() {
@@ -27,32 +26,16 @@ void TestMachine::Close() {
 }
 
 void TestMachine::SetPrinters(const std::vector<TestPrinter>& printers) {
-  m_printers = printers;
-  WriteMachineFile();
-}
-
-void TestMachine::WriteMachineFile() const {
   std::wstring text = L"[Machine]\nUser=tanaka\n\n[Accounts]\ntanaka=田中 太郎\n";
-  for (const TestPrinter& printer : m_printers) {
+  for (const TestPrinter& printer : printers) {
     text += L"\n[Printer " + printer.name + L"]\nDriver=" + printer.driver + L"\n";
     if (printer.comment) text += L"Comment=" + *printer.comment + L"\n";
   }
   std::ofstream(m_root / "machine.ini", std::ios::binary) << platform::ToUtf8(text);
 }
 
-void TestMachine::Write(std::wstring_view path, std::string_view bytes) {
-  const fs::path file = platform::HostPath(path);
-  fs::create_directories(file.parent_path());
-  std::ofstream(file, std::ios::binary) << bytes;
-}
-
-std::string TestMachine::Read(std::wstring_view path) const {
-  std::ifstream file(platform::HostPath(path), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void TestMachine::Remove(std::wstring_view path) {
-  fs::remove(platform::HostPath(path));
+fs::path TestMachine::Place(std::wstring_view path) {
+  return platform::HostPath(path);
 }
 
 bool IsWine() {

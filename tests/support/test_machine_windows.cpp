@@ -4,9 +4,7 @@
 #include <shlobj.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 
 #include "platform/utf.h"
 #include "tests/support/test_machine.h"
@@ -17,16 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr wchar_t kClientFolder[] = L"C:\\ProgramData\\KBR-LTD";
-constexpr wchar_t kPrinters[] = L"System\\CurrentControlSet\\Control\\Print\\Printers";
-
-void RefuseRealMachine() {
-  if (IsWine()) return;
-  std::cerr << "These tests empty the machine's printers and client folders. "
-               "They run under Wine only.\n";
-  std::exit(1);
-}
-
 void SetText(HKEY key, const wchar_t* name, const std::wstring& text) {
   RegSetKeyValueW(key, nullptr, name, REG_SZ, text.c_str(),
                   static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
@@ -35,7 +23,10 @@ void SetText(HKEY key, const wchar_t* name, const std::wstring& text) {
 }  // namespace
 
 void TestMachine::Open() {
-  RefuseRealMachine();
+  if (!IsWine()) {
+    std::cerr << "These tests empty the machine's printers and folders. They are for Wine only.\n";
+    std::exit(1);
+  }
   Close();
   fs::create_directories(kSettingFolder);
 }
@@ -44,22 +35,18 @@ void TestMachine::Close() {
   SetPrinters({});
   std::error_code ignored;
   fs::remove_all(kSettingFolder, ignored);
-  fs::remove_all(kClientFolder, ignored);
-}
-
-void TestMachine::SetPrinters(const std::vector<TestPrinter>& printers) {
-  m_printers = printers;
-  WriteMachineFile();
+  fs::remove_all(L"C:\\ProgramData\\KBR-LTD", ignored);
 }
 
 // As the spooler of Wine keeps them. It lists the keys in the order of their names and takes what a
 // printer is called from the value, so the keys are numbers.
-void TestMachine::WriteMachineFile() const {
+void TestMachine::SetPrinters(const std::vector<TestPrinter>& printers) {
+  constexpr wchar_t kPrinters[] = L"System\\CurrentControlSet\\Control\\Print\\Printers";
   RegDeleteTreeW(HKEY_LOCAL_MACHINE, kPrinters);
   HKEY all = nullptr;
   RegCreateKeyW(HKEY_LOCAL_MACHINE, kPrinters, &all);
   wchar_t number = L'a';
-  for (const TestPrinter& printer : m_printers) {
+  for (const TestPrinter& printer : printers) {
     HKEY key = nullptr;
     RegCreateKeyW(all, std::wstring(1, number++).c_str(), &key);
     SetText(key, L"Name", printer.name);
@@ -71,19 +58,8 @@ void TestMachine::WriteMachineFile() const {
   RegCloseKey(all);
 }
 
-void TestMachine::Write(std::wstring_view path, std::string_view bytes) {
-  const fs::path file(path);
-  fs::create_directories(file.parent_path());
-  std::ofstream(file, std::ios::binary).write(bytes.data(), static_cast<int>(bytes.size()));
-}
-
-std::string TestMachine::Read(std::wstring_view path) const {
-  std::ifstream file(fs::path(path), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void TestMachine::Remove(std::wstring_view path) {
-  fs::remove(path);
+fs::path TestMachine::Place(std::wstring_view path) {
+  return path;
 }
 
 bool IsWine() {

@@ -3,6 +3,7 @@
 // What is another way than usual in a test: faults of the machine, and what the component answers
 // and holds.
 
+#include <functional>
 #include <vector>
 
 #include "platform/faults.h"
@@ -11,32 +12,28 @@
 namespace tests {
 
 struct Twist {
-  enum { kFault, kResult, kThrow, kState } kind;
-  const char* operation;
-  const wchar_t* call;
-  unsigned nth;
-  std::int32_t value;
-  const wchar_t* state;
+  bool everywhere;  ///< Needs neither faults nor exceptions that pass from module to module.
+  std::function<void()> apply;
 };
 
 /// Every call of `operation` after the good ones fails.
 inline Twist Fault(const char* operation, unsigned goodCalls = 0,
                    DWORD error = ERROR_ACCESS_DENIED) {
-  return {Twist::kFault, operation, nullptr, goodCalls, static_cast<std::int32_t>(error), L""};
+  return {false, [=] { platform::SetFault(operation, goodCalls, error); }};
 }
 
 /// The `nth` call (0: every one) gives `result`.
 inline Twist Gives(const wchar_t* call, unsigned nth, std::int32_t result) {
-  return {Twist::kResult, nullptr, call, nth, result, L""};
+  return {true, [=] { RecorderScript(call, nth, result); }};
 }
 
 inline Twist Throws(const wchar_t* call, unsigned nth = 1) {
-  return {Twist::kThrow, nullptr, call, nth, 0, L""};
+  return {false, [=] { RecorderScriptThrow(call, nth); }};
 }
 
 /// The component holds `value` under `name`.
 inline Twist Holds(const wchar_t* name, const wchar_t* value) {
-  return {Twist::kState, nullptr, name, 0, 0, value};
+  return {true, [=] { RecorderSetState(name, value); }};
 }
 
 class Twists : public std::vector<Twist> {
@@ -50,25 +47,11 @@ inline Twists operator+(Twists all, const Twist& one) {
   return all;
 }
 
-/// False where this home has neither faults nor exceptions between modules and one is needed.
+/// False where this home cannot have one of them.
 inline bool Apply(const Twists& twists) {
   for (const Twist& twist : twists) {
-    const bool portable = twist.kind == Twist::kResult || twist.kind == Twist::kState;
-    if (!portable && !platform::kHasFaults) return false;
-    switch (twist.kind) {
-      case Twist::kFault:
-        platform::SetFault(twist.operation, twist.nth, static_cast<DWORD>(twist.value));
-        break;
-      case Twist::kResult:
-        RecorderScript(twist.call, twist.nth, twist.value);
-        break;
-      case Twist::kThrow:
-        RecorderScriptThrow(twist.call, twist.nth);
-        break;
-      case Twist::kState:
-        RecorderSetState(twist.call, twist.state);
-        break;
-    }
+    if (!twist.everywhere && !platform::kHasFaults) return false;
+    twist.apply();
   }
   return true;
 }

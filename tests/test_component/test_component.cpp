@@ -13,18 +13,25 @@
 // takes only 0 for success. A scripted throw leaves the component as an exception, which works
 // only where modules share their C++ library.
 
-#include <algorithm>
 #include <charconv>
+#include <concepts>
 #include <cstring>
 #include <cwchar>
+#include <sstream>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "component/sigil_interfaces.h"
 #include "tests/recorder/recorder.h"
 
 namespace {
+
+using Result = std::int32_t;
+using Number = std::int32_t;
+using Size = std::uint32_t;
+using Text = const wchar_t*;
 
 constexpr BYTE kGuidTail[8] = {0xA1, 0xB2, 0xC3, 0xD4, 0xE5, 0xF6, 0x07, 0x18};
 
@@ -34,7 +41,7 @@ GUID MakeGuid(wchar_t letter, unsigned number) {
   return guid;
 }
 
-std::wstring Show(const wchar_t* text) {
+std::wstring Show(Text text) {
   return text == nullptr ? L"null" : L"\"" + std::wstring(text) + L"\"";
 }
 
@@ -42,7 +49,7 @@ std::wstring Show(const std::wstring& plain) {
   return plain;
 }
 
-std::wstring Show(std::int32_t number) {
+std::wstring Show(std::integral auto number) {
   return std::to_wstring(number);
 }
 
@@ -61,8 +68,13 @@ std::wstring Show(const GUID* guid) {
 }
 
 // Where a call wants something back, only the presence of the place matters.
-std::wstring Place(const wchar_t* name, const void* address) {
-  return address == nullptr ? L"null" : name;
+template <class Value>
+std::wstring Show(Value* place) {
+  const wchar_t* const name = std::is_same_v<Value, GUID>      ? L"guid"
+                              : std::is_same_v<Value, wchar_t> ? L"buffer"
+                              : std::is_same_v<Value, Size>    ? L"length"
+                                                               : L"out";
+  return place == nullptr ? L"null" : name;
 }
 
 template <class... Args>
@@ -72,42 +84,41 @@ std::wstring ShowAll(const Args&... args) {
   return text;
 }
 
-std::int32_t Ask(const std::wstring& operation, const std::wstring& line, std::int32_t usual = 0) {
-  std::int32_t result = 0;
-  switch (RecorderCall(operation.c_str(), line.c_str(), &result)) {
-    case kRecorderResult:
-      return result;
-    case kRecorderThrow:
-      throw std::runtime_error("scripted");
-    default:
-      return usual;
-  }
+Result Ask(const std::wstring& operation, const std::wstring& line, Result usual) {
+  if (!RecorderCall(operation.c_str(), line.c_str(), &usual)) throw std::runtime_error("scripted");
+  return usual;
 }
 
-std::int32_t StateNumber(const std::wstring& name) {
-  return static_cast<std::int32_t>(std::wcstol(RecorderState(name.c_str()), nullptr, 10));
+Result StateNumber(const std::wstring& name) {
+  return static_cast<Result>(std::wcstol(RecorderState(name.c_str()), nullptr, 10));
 }
 
 std::vector<std::wstring> StateLines(const wchar_t* name) {
   std::vector<std::wstring> lines;
-  std::wstring rest = RecorderState(name);
-  while (!rest.empty()) {
-    const std::size_t end = std::min(rest.find(L'\n'), rest.size());
-    lines.push_back(rest.substr(0, end));
-    rest.erase(0, end + 1);
-  }
+  std::wistringstream state(RecorderState(name));
+  for (std::wstring line; std::getline(state, line);) lines.push_back(line);
   return lines;
 }
 
+Result LineCount(const wchar_t* name) {
+  return static_cast<Result>(StateLines(name).size());
+}
+
 /// Hands a text out as the component does: too small a buffer is left alone.
-std::int32_t GiveText(const std::wstring& text, wchar_t* buffer, std::uint32_t* length) {
-  const auto needed = static_cast<std::uint32_t>(text.size() + 1);
+Result GiveText(const std::wstring& text, wchar_t* buffer, std::uint32_t* length) {
   const std::uint32_t capacity = *length;
-  *length = needed;
+  *length = static_cast<std::uint32_t>(text.size() + 1);
   if (buffer == nullptr) return Sigil::kSuccess;
-  if (capacity < needed) return Sigil::kTargetTooSmall;
-  std::wmemcpy(buffer, text.c_str(), needed);
+  if (capacity < *length) return Sigil::kTargetTooSmall;
+  std::wmemcpy(buffer, text.c_str(), *length);
   return Sigil::kSuccess;
+}
+
+/// Hands an object out, unless the call has failed.
+template <class Made, class Interface, class... Args>
+Result GiveNew(Result result, Interface** out, const Args&... args) {
+  if (!Sigil::Failed(result)) *out = new Made(args...);
+  return result;
 }
 
 template <class Interface>
@@ -115,37 +126,33 @@ class Recorded : public Interface {
  public:
   explicit Recorded(const wchar_t* kind, const std::wstring& name = {})
       : m_kind(kind), m_shown(name.empty() ? m_kind : m_kind + L"[" + name + L"]") {
-    RecorderChangeLive(kind, 1);
+    RecorderLive(+1);
   }
-  virtual ~Recorded() { RecorderChangeLive(m_kind.c_str(), -1); }
-  Recorded(const Recorded&) = delete;
-  Recorded& operator=(const Recorded&) = delete;
+  virtual ~Recorded() { RecorderLive(-1); }
 
   std::uint32_t AddRef() override {
     RecorderAdd((m_shown + L"::AddRef()").c_str());
     return ++m_references;
   }
-
   std::uint32_t Release() override {
     const std::uint32_t left = --m_references;
-    std::wstring line = m_shown + L"::Release()";
-    if (left != 0) line += L" leaves " + std::to_wstring(left);
-    RecorderAdd(line.c_str());
+    const std::wstring rest = left == 0 ? L"" : L" leaves " + std::to_wstring(left);
+    RecorderAdd((m_shown + L"::Release()" + rest).c_str());
     if (left == 0) delete this;
     return left;
   }
 
  protected:
   template <class... Args>
-  std::int32_t Call(const wchar_t* operation, const Args&... args) {
+  Result Call(const char* operation, const Args&... args) {
     return Usual(0, operation, args...);
   }
 
   /// A call that gives `usual` when the script says nothing.
   template <class... Args>
-  std::int32_t Usual(std::int32_t usual, const wchar_t* operation, const Args&... args) {
-    return Ask(m_kind + L"::" + operation,
-               m_shown + L"::" + operation + L"(" + ShowAll(args...) + L")", usual);
+  Result Usual(Result usual, const char* operation, const Args&... args) {
+    const std::wstring name = L"::" + std::wstring(operation, operation + std::strlen(operation));
+    return Ask(m_kind + name, m_shown + name + L"(" + ShowAll(args...) + L")", usual);
   }
 
  private:
@@ -154,39 +161,35 @@ class Recorded : public Interface {
   std::uint32_t m_references = 1;
 };
 
-using Result = std::int32_t;
-using Flag = std::int32_t;
-using Text = const wchar_t*;
-
 class TestWatermark : public Recorded<Sigil::Watermark> {
  public:
   explicit TestWatermark(unsigned number)
       : Recorded(L"Watermark", L"W" + std::to_wstring(number)), m_guid(MakeGuid(L'W', number)) {}
 
   Result GetId(GUID* guid) override {
-    const Result result = Call(L"GetId", Place(L"guid", guid));
+    const Result result = Call(__func__, guid);
     if (!Sigil::Failed(result)) *guid = m_guid;
     return result;
   }
-  Result SetName(Text text) override { return Call(L"SetName", text); }
-  Result SetText(Text text) override { return Call(L"SetText", text); }
-  Result SetFontName(Text text) override { return Call(L"SetFontName", text); }
-  Result SetFontSize(double size) override { return Call(L"SetFontSize", size); }
-  Result SetBold(Flag flag) override { return Call(L"SetBold", flag); }
-  Result SetItalic(Flag flag) override { return Call(L"SetItalic", flag); }
-  Result SetUnderLine(Flag flag) override { return Call(L"SetUnderLine", flag); }
-  Result SetFit(Flag flag) override { return Call(L"SetFit", flag); }
-  Result SetRepeatFirstAxis(Flag flag) override { return Call(L"SetRepeatFirstAxis", flag); }
-  Result SetRepeatSecondAxis(Flag flag) override { return Call(L"SetRepeatSecondAxis", flag); }
-  Result SetColor(std::int32_t color) override { return Call(L"SetColor", color); }
-  Result SetXOffset(double offset) override { return Call(L"SetXOffset", offset); }
-  Result SetYOffset(double offset) override { return Call(L"SetYOffset", offset); }
-  Result SetRotate(std::int32_t degrees) override { return Call(L"SetRotate", degrees); }
-  Result SetPrintPos(std::int32_t position) override { return Call(L"SetPrintPos", position); }
-  Result SetOpacity(std::int32_t percent) override { return Call(L"SetOpacity", percent); }
-  Result SetPositionOption(Flag option) override { return Call(L"SetPositionOption", option); }
-  Result SetRepeatVSpace(std::int32_t space) override { return Call(L"SetRepeatVSpace", space); }
-  Result SetRepeatHSpace(std::int32_t space) override { return Call(L"SetRepeatHSpace", space); }
+  Result SetName(Text text) override { return Call(__func__, text); }
+  Result SetText(Text text) override { return Call(__func__, text); }
+  Result SetFontName(Text text) override { return Call(__func__, text); }
+  Result SetFontSize(double size) override { return Call(__func__, size); }
+  Result SetBold(Number flag) override { return Call(__func__, flag); }
+  Result SetItalic(Number flag) override { return Call(__func__, flag); }
+  Result SetUnderLine(Number flag) override { return Call(__func__, flag); }
+  Result SetFit(Number flag) override { return Call(__func__, flag); }
+  Result SetRepeatFirstAxis(Number flag) override { return Call(__func__, flag); }
+  Result SetRepeatSecondAxis(Number flag) override { return Call(__func__, flag); }
+  Result SetColor(Number color) override { return Call(__func__, color); }
+  Result SetXOffset(double offset) override { return Call(__func__, offset); }
+  Result SetYOffset(double offset) override { return Call(__func__, offset); }
+  Result SetRotate(Number degrees) override { return Call(__func__, degrees); }
+  Result SetPrintPos(Number position) override { return Call(__func__, position); }
+  Result SetOpacity(Number percent) override { return Call(__func__, percent); }
+  Result SetPositionOption(Number option) override { return Call(__func__, option); }
+  Result SetRepeatVSpace(Number space) override { return Call(__func__, space); }
+  Result SetRepeatHSpace(Number space) override { return Call(__func__, space); }
 
  private:
   GUID m_guid;
@@ -197,12 +200,12 @@ class TestLastSetting : public Recorded<Sigil::LastSetting> {
  public:
   using Recorded::Recorded;
 
-  Result SetName(Text text) override { return Call(L"SetName", text); }
-  Result SetEnable(Flag flag) override { return Call(L"SetEnable", flag); }
-  Result SetWatermarks(const GUID* first, std::uint32_t count) override {
+  Result SetName(Text text) override { return Call(__func__, text); }
+  Result SetEnable(Number flag) override { return Call(__func__, flag); }
+  Result SetWatermarks(const GUID* first, Size count) override {
     std::wstring list;
-    for (std::uint32_t i = 0; i < count; ++i) list += (i == 0 ? L"" : L" ") + Show(first + i);
-    return Call(L"SetWatermarks", list, std::to_wstring(count));
+    for (Size i = 0; i < count; ++i) list += (i == 0 ? L"" : L" ") + Show(first + i);
+    return Call(__func__, list, count);
   }
 };
 
@@ -211,21 +214,19 @@ class TestPrinterSettings : public Recorded<Sigil::PrinterSettings> {
   explicit TestPrinterSettings(const wchar_t* name)
       : Recorded(L"PrinterSettings", name), m_name(name) {}
 
-  Result Save(std::int32_t mode) override { return Call(L"Save", mode); }
-  Result Commit() override { return Call(L"Commit"); }
+  Result Save(Number mode) override { return Call(__func__, mode); }
+  Result Commit() override { return Call(__func__); }
   Result GetLastSetting(Sigil::LastSetting** out) override {
-    return Give(L"LastSetting", out, Call(L"GetLastSetting", Place(L"out", out)));
+    return GiveNew<TestLastSetting>(Call(__func__, out), out, L"LastSetting", m_name);
   }
   Result GetCustomSetting(Text name, Sigil::LastSetting** out) override {
-    return Give(L"CustomSetting", out, Call(L"GetCustomSetting", name, Place(L"out", out)));
+    return GiveNew<TestLastSetting>(Call(__func__, name, out), out, L"CustomSetting", m_name);
   }
   Result CreateCustomSetting(Sigil::LastSetting** out) override {
-    return Give(L"CustomSetting", out, Call(L"CreateCustomSetting", Place(L"out", out)));
+    return GiveNew<TestLastSetting>(Call(__func__, out), out, L"CustomSetting", m_name);
   }
-  Result GetWatermarkInfo(std::int32_t index, GUID* guid, wchar_t* buffer,
-                          std::uint32_t capacity) override {
-    const Result result = Call(L"GetWatermarkInfo", index, Place(L"guid", guid),
-                               Place(L"buffer", buffer), std::to_wstring(capacity));
+  Result GetWatermarkInfo(Number index, GUID* guid, wchar_t* buffer, Size capacity) override {
+    const Result result = Call(__func__, index, guid, buffer, capacity);
     if (Sigil::Failed(result)) return result;
     *guid = MakeGuid(L'O', static_cast<unsigned>(index) + 1);
     std::wmemset(buffer, L'透', capacity);  // the whole capacity, so that a short buffer shows
@@ -233,22 +234,15 @@ class TestPrinterSettings : public Recorded<Sigil::PrinterSettings> {
     return result;
   }
   Result GetWatermarkCount() override {
-    return Usual(StateNumber(L"watermarks " + m_name), L"GetWatermarkCount");
+    return Usual(StateNumber(L"watermarks " + m_name), __func__);
   }
-  Result DeleteWatermark(const GUID* guid) override { return Call(L"DeleteWatermark", guid); }
+  Result DeleteWatermark(const GUID* guid) override { return Call(__func__, guid); }
   Result CreateWatermark(Sigil::Watermark** out) override {
-    const unsigned number = RecorderNextNumber(L"Watermark");  // spent on a failure too
-    const Result result = Call(L"CreateWatermark", Place(L"out", out));
-    if (!Sigil::Failed(result)) *out = new TestWatermark(number);
-    return result;
+    // A number is spent on a failure too.
+    return GiveNew<TestWatermark>(Call(__func__, out), out, RecorderNextNumber(L"Watermark"));
   }
 
  private:
-  Result Give(const wchar_t* kind, Sigil::LastSetting** out, Result result) {
-    if (!Sigil::Failed(result)) *out = new TestLastSetting(kind, m_name);
-    return result;
-  }
-
   std::wstring m_name;
 };
 
@@ -256,85 +250,60 @@ class TestSettings : public Recorded<Sigil::Settings> {
  public:
   TestSettings() : Recorded(L"Settings") {}
 
-  Result Save(std::int32_t mode) override { return Call(L"Save", mode); }
-  Result Commit() override { return Call(L"Commit"); }
-  Result GetSettingFileDir(wchar_t* buffer, std::uint32_t* length) override {
-    const Result result =
-        Call(L"GetSettingFileDir", Place(L"buffer", buffer), std::to_wstring(*length));
+  Result Save(Number mode) override { return Call(__func__, mode); }
+  Result Commit() override { return Call(__func__); }
+  Result GetSettingFileDir(wchar_t* buffer, Size* length) override {
+    const Result result = Call(__func__, buffer, *length);
     return result != 0 ? result : GiveText(RecorderState(L"setting folder"), buffer, length);
   }
   Result GetPrinterSettingCount() override {
-    return CountOf(L"printer settings", L"GetPrinterSettingCount");
+    return Usual(LineCount(L"printer settings"), __func__);
   }
-  Result GetPrinterSettingName(std::int32_t index, wchar_t* buffer,
-                               std::uint32_t* length) override {
-    return NameOf(L"printer settings", L"GetPrinterSettingName", index, buffer, length);
+  Result GetPrinterSettingName(Number index, wchar_t* buffer, Size* length) override {
+    return NameOf(__func__, L"printer settings", index, buffer, length);
   }
-  Result GetDriverSettingCount() override {
-    return CountOf(L"driver settings", L"GetDriverSettingCount");
-  }
-  Result GetDriverSettingName(std::int32_t index, wchar_t* buffer, std::uint32_t* length) override {
-    return NameOf(L"driver settings", L"GetDriverSettingName", index, buffer, length);
+  Result GetDriverSettingCount() override { return Usual(LineCount(L"driver settings"), __func__); }
+  Result GetDriverSettingName(Number index, wchar_t* buffer, Size* length) override {
+    return NameOf(__func__, L"driver settings", index, buffer, length);
   }
   Result GetPrinterSettings(Text name, Sigil::PrinterSettings** out) override {
-    const Result result = Call(L"GetPrinterSettings", name);
-    if (!Sigil::Failed(result)) *out = new TestPrinterSettings(name);
-    return result;
+    return GiveNew<TestPrinterSettings>(Call(__func__, name), out, name);
   }
-  Result DeletePrinterSetting(Text path, Text text) override {
-    return Call(L"DeletePrinterSetting", path, text);
-  }
-  Result DeleteDriverSetting(Text path, Text text) override {
-    return Call(L"DeleteDriverSetting", path, text);
-  }
-  Result GetExcludePrinterCount() override {
-    return Usual(StateNumber(L"excludes"), L"GetExcludePrinterCount");
-  }
-  Result GetExcludePrinter(std::int32_t index, GUID* guid, wchar_t* buffer,
-                           std::uint32_t* length) override {
-    return EntryOf(L'E', L"GetExcludePrinter", index, guid, buffer, length);
+  Result DeletePrinterSetting(Text path, Text text) override { return Call(__func__, path, text); }
+  Result DeleteDriverSetting(Text path, Text text) override { return Call(__func__, path, text); }
+  Result GetExcludePrinterCount() override { return Usual(StateNumber(L"excludes"), __func__); }
+  Result GetExcludePrinter(Number index, GUID* guid, wchar_t* buffer, Size* length) override {
+    return EntryOf(__func__, L'E', index, guid, buffer, length);
   }
   Result AddExcludePrinter(Text name, GUID* guid) override {
-    const Result result = Call(L"AddExcludePrinter", name, Place(L"guid", guid));
+    const Result result = Call(__func__, name, guid);
     if (result == 0) *guid = MakeGuid(L'A', RecorderNextNumber(L"A"));
     return result;
   }
-  Result DeleteExcludePrinter(const GUID* guid) override {
-    return Call(L"DeleteExcludePrinter", guid);
-  }
+  Result DeleteExcludePrinter(const GUID* guid) override { return Call(__func__, guid); }
   Result GetSecondExcludeCount() override {
-    return Usual(StateNumber(L"second excludes"), L"GetSecondExcludeCount");
+    return Usual(StateNumber(L"second excludes"), __func__);
   }
-  Result GetSecondExclude(std::int32_t index, GUID* guid, wchar_t* buffer,
-                          std::uint32_t* length) override {
-    return EntryOf(L'S', L"GetSecondExclude", index, guid, buffer, length);
+  Result GetSecondExclude(Number index, GUID* guid, wchar_t* buffer, Size* length) override {
+    return EntryOf(__func__, L'S', index, guid, buffer, length);
   }
-  Result DeleteSecondExclude(const GUID* guid) override {
-    return Call(L"DeleteSecondExclude", guid);
-  }
-  Result Lock() override { return Call(L"Lock"); }
-  Result UnLock() override { return Call(L"UnLock"); }
-  Result SetUseContentLog(BYTE flag) override {
-    return Call(L"SetUseContentLog", static_cast<std::int32_t>(flag));
-  }
+  Result DeleteSecondExclude(const GUID* guid) override { return Call(__func__, guid); }
+  Result Lock() override { return Call(__func__); }
+  Result UnLock() override { return Call(__func__); }
+  Result SetUseContentLog(BYTE flag) override { return Call(__func__, flag); }
 
  private:
-  Result CountOf(const wchar_t* state, const wchar_t* operation) {
-    return Usual(static_cast<Result>(StateLines(state).size()), operation);
-  }
-  Result NameOf(const wchar_t* state, const wchar_t* operation, std::int32_t index, wchar_t* buffer,
-                std::uint32_t* length) {
-    const Result result =
-        Call(operation, index, Place(L"buffer", buffer), std::to_wstring(*length));
+  Result NameOf(const char* operation, const wchar_t* state, Number index, wchar_t* buffer,
+                Size* length) {
+    const Result result = Call(operation, index, buffer, *length);
     if (Sigil::Failed(result)) return result;
     const Result given =
         GiveText(StateLines(state).at(static_cast<std::size_t>(index)), buffer, length);
     return Sigil::Failed(given) ? given : result;
   }
-  Result EntryOf(wchar_t letter, const wchar_t* operation, std::int32_t index, GUID* guid,
-                 wchar_t* buffer, std::uint32_t* length) {
-    const Result result = Call(operation, index, Place(L"guid", guid), Place(L"buffer", buffer),
-                               Place(L"length", length));
+  Result EntryOf(const char* operation, wchar_t letter, Number index, GUID* guid, wchar_t* buffer,
+                 Size* length) {
+    const Result result = Call(operation, index, guid, buffer, length);
     if (result == 0) *guid = MakeGuid(letter, static_cast<unsigned>(index) + 1);
     return result;
   }
@@ -346,70 +315,57 @@ class TestString : public Recorded<Sigil::String> {
   TestString() : Recorded(L"String", std::to_wstring(RecorderNextNumber(L"String"))) {}
 
   Text GetDisplayText() override {
-    Call(L"GetDisplayText");
+    Call(__func__);
     return m_displayText.c_str();
   }
-  Result SetKind(std::int32_t kind) override {
+  Result SetKind(Number kind) override {
     m_kind = kind;
-    return Call(L"SetKind", kind);
+    return Call(__func__, kind);
   }
-  Result GetKind() override { return Usual(m_kind, L"GetKind"); }
+  Result GetKind() override { return Usual(m_kind, __func__); }
   Result SetText(Text text) override {
     m_text = text;
     m_displayText = L"<" + m_text + L">";
-    return Call(L"SetText", text);
+    return Call(__func__, text);
   }
   Text GetText() override {
-    Call(L"GetText");
+    Call(__func__);
     return m_text.c_str();
   }
 
  private:
-  std::int32_t m_kind = -1;
-  std::wstring m_text;
-  std::wstring m_displayText;
+  Number m_kind = -1;
+  std::wstring m_text, m_displayText;
 };
 
 /// Made and destroyed as the library comes and goes.
 struct Library {
   Library() {
-    RecorderChangeLive(L"Library", 1);
+    RecorderLive(+1);
     RecorderAdd(L"component loaded");
   }
   ~Library() {
-    RecorderChangeLive(L"Library", -1);
+    RecorderLive(-1);
     RecorderAdd(L"component unloaded");
   }
 } theLibrary;
-
-bool Same(const GUID* left, const GUID& right) {
-  return std::memcmp(left, &right, 16) == 0;
-}
 
 }  // namespace
 
 extern "C" {
 
-RECORDER_EXPORT std::int32_t SigilCreateInstance(const GUID* first, const GUID* second,
-                                                 void** out) {
-  const bool settings =
-      Same(first, Sigil::kSettingsFirstIdentity) && Same(second, Sigil::kSettingsSecondIdentity);
-  const bool text =
-      Same(first, Sigil::kStringFirstIdentity) && Same(second, Sigil::kStringSecondIdentity);
+RECORDER_API Result SigilCreateInstance(const GUID* first, const GUID* second, void** out) {
+  const auto wanted = [&](const GUID& one, const GUID& other) {
+    return std::memcmp(first, &one, 16) == 0 && std::memcmp(second, &other, 16) == 0;
+  };
+  const bool settings = wanted(Sigil::kSettingsFirstIdentity, Sigil::kSettingsSecondIdentity);
+  const bool text = wanted(Sigil::kStringFirstIdentity, Sigil::kStringSecondIdentity);
   const std::wstring kind = settings ? L"Settings" : text ? L"String" : L"unknown";
-  const std::int32_t result = Ask(L"SigilCreateInstance", L"SigilCreateInstance(" + kind + L")",
-                                  settings || text ? Sigil::kSuccess : Sigil::kCannotCreate);
+  const Result result = Ask(L"SigilCreateInstance", L"SigilCreateInstance(" + kind + L")",
+                            settings || text ? Sigil::kSuccess : Sigil::kCannotCreate);
   if (Sigil::Failed(result)) return result;
   if (settings) *out = static_cast<Sigil::Settings*>(new TestSettings);
   if (text) *out = static_cast<Sigil::String*>(new TestString);
   return result;
-}
-
-RECORDER_EXPORT void SigilMergeUserStoreWatermarks() {
-  RecorderAdd(L"merge, never to be called");
-}
-
-RECORDER_EXPORT void SigilGetVersionDate() {
-  RecorderAdd(L"date, never to be called");
 }
 }

@@ -1,0 +1,24 @@
+# What every session begins with. $programs is the folder of the programs, $source_folder that of the
+# sources.
+
+export SIGIL_ROOT=$PWD/machine PATH=$programs:$PATH
+client=machine/C/ProgramData/KBR-LTD/QuietMIMOSA/HarborLedge
+
+tell_status() {
+  if [ "$1" != 0 ]; then echo "[$1]"; fi
+}
+
+# A policy with one element, for a scope.
+policy() {
+  echo "<QuietMIMOSA><HLE><Watermark><PolicyInfos><PolicyInfo ID='1'><ElementIDs><ID>E1</ID>"
+  echo "</ElementIDs><PrinterScope>$1</PrinterScope></PolicyInfo></PolicyInfos><Elements><Element"
+  echo "ID='E1'><Kind>0</Kind><Name>題</Name><Text>社外秘😀"
+  echo "印</Text></Element></Elements></Watermark></HLE></QuietMIMOSA>"
+}
+
+# Every file and folder of the machine, with its content and the time of its last change.
+snapshot() {
+  find machine -printf '%p %T@\n' -type f -exec md5sum {} + | sort
+}
+
+sigilctl init machine > output

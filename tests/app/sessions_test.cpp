@@ -1,0 +1,69 @@
+// Sessions of an administrator with the host program, as they stand in the files of `sessions`. A
+// line with "$ " is typed into a shell, and so are those with "> " behind it; what follows is the
+// answer, with "[N]" for an exit status that is not 0. Lines with "# " are remarks, blank ones
+// don't count.
+//
+// Each session has a folder of its own with a sample machine in `machine`, and what `prelude.sh`
+// tells.
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kSource(SIGIL_SOURCE_FOLDER);
+
+/// A shell script that ends in the session's text, when all goes as it is written.
+std::string Script(const fs::path& session) {
+  std::ifstream lines(session);
+  std::string script = ". '" + (kSource / "tests/app/prelude.sh").string() + "'\n", text, commands;
+  const auto flush = [&] {
+    script += "cat << 'END_OF_TEXT'\n" + text + "END_OF_TEXT\n" + commands;
+    if (!commands.empty()) script += "tell_status $?\n";
+    text.clear();
+    commands.clear();
+  };
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.starts_with("> ")) flush();
+    const bool isTyped = line.starts_with("$ ") || line.starts_with("> ");
+    if (isTyped || line.starts_with("# ")) text += line + "\n";
+    if (isTyped) commands += line.substr(2) + "\n";
+  }
+  flush();
+  return script;
+}
+
+std::string WithoutBlankLines(const fs::path& file) {
+  std::ifstream lines(file);
+  std::string text;
+  for (std::string line; std::getline(lines, line);) text += line.empty() ? "" : line + "\n";
+  return text;
+}
+
+class Session : public testing::TestWithParam<fs::directory_entry> {};
+
+TEST_P(Session, GoesAsItIsWritten) {
+  std::string name = (fs::temp_directory_path() / "sigil-app-XXXXXX").string();
+  const fs::path folder = mkdtemp(name.data());
+  const fs::path programs = fs::read_symlink("/proc/self/exe").parent_path() / SIGIL_BUILD_FOLDER;
+  std::ofstream(folder / "script") << Script(GetParam());
+  setenv("programs", fs::canonical(programs).c_str(), 1);
+  setenv("source_folder", kSource.c_str(), 1);
+  EXPECT_EQ(system(("cd '" + name + "' && bash script > answer 2>&1").c_str()), 0);
+  EXPECT_EQ(WithoutBlankLines(GetParam()), WithoutBlankLines(folder / "answer"));
+  fs::remove_all(folder);
+}
+
+INSTANTIATE_TEST_SUITE_P(App, Session,
+                         testing::ValuesIn(fs::directory_iterator(kSource / "tests/app/sessions"),
+                                           fs::directory_iterator()),
+                         [](const auto& each) { return each.param.path().stem().string(); });
+
+}  // namespace
