@@ -12,6 +12,8 @@
 namespace tests {
 namespace {
 
+constexpr char kUsual[] = R"(C:\ProgramData\KBR-LTD\QuietMIMOSA\HarborLedge\EMS)";
+
 TEST(Folders, ClientIniMovesTheDeliveryFolder) {
   const Transcript told({"host/transcripts/host"});
   TestMachine machine;
@@ -22,6 +24,7 @@ TEST(Folders, ClientIniMovesTheDeliveryFolder) {
     const char* section;
     std::string shown;  // As the value was read, or the folder that it gives.
   } cases[] = {
+      {L"", "folder not set", ""},  // No file at all.
       {L"EMSDir=", "folder not set", ""},
       {L"EMSDir=   ", "folder not set", ""},
       {L"Other=C:\\配信 先", "folder not set", ""},
@@ -34,20 +37,16 @@ TEST(Folders, ClientIniMovesTheDeliveryFolder) {
       {L"emsdir =  C:\\配信 先\\  ", "folder set", R"(C:\配信 先\)"},
       {L"EMSDir=\"  C:\\配信 先\x3000\"", "folder set", R"(C:\配信 先)"},
   };
-  const std::string usual = R"(C:\ProgramData\KBR-LTD\QuietMIMOSA\HarborLedge\EMS)";
-  const auto check = [&](bool isSet, const std::string& folder, const std::string& record) {
-    RecorderReset();
-    CString got = L"before";
-    EXPECT_EQ(SigilSettingManagement::GetEMSFolderPath(got), isSet);
-    EXPECT_EQ(platform::ToUtf8(std::wstring_view(got)), folder);
-    ExpectRecord(record);
-  };
-  check(false, usual, told("folder not set"));
   for (const auto& test : cases) {
     SCOPED_TRACE(platform::ToUtf8(test.value));
-    machine.WriteProfile(kClientIni, L"[Setting]\r\n" + test.value + L"\r\n");
+    RecorderReset();
+    if (!test.value.empty())
+      machine.WriteProfile(kClientIni, L"[Setting]\r\n" + test.value + L"\r\n");
     const bool isSet = test.section == std::string("folder set");
-    check(isSet, isSet ? test.shown : usual, told(test.section, {test.shown}));
+    CString folder = L"before";
+    EXPECT_EQ(SigilSettingManagement::GetEMSFolderPath(folder), isSet);
+    EXPECT_EQ(platform::ToUtf8(std::wstring_view(folder)), isSet ? test.shown : kUsual);
+    ExpectRecord(told(test.section, {test.shown}));
   }
 }
 
