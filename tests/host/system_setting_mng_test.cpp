@@ -26,6 +26,7 @@ TEST(SystemSettings, ARowIsPartedAtItsCommas) {
       {R"(63,"1)", R"(63|163,1)"},
       {R"(,,x)", R"(||x)"},
       {R"(a"b")", R"(ab)"},
+      {R"(ab"c")", R"(abc)"},
       {R"(abcd"e")", R"(abcd"e)"},
       {R"(abc,"d")", R"(abc|d)"},
       {R"("""")", R"(")"},

@@ -118,7 +118,8 @@ TEST_F(PolicyReader, ContainsEveryException) {
 
   CWatermarkPolicyXMLParser::DeleteInstance();
   platform::SetFault("CoInitialize", 0, static_cast<DWORD>(E_FAIL));
-  EXPECT_EQ(LoadDocument(), -101) << "no COM, no document";
+  EXPECT_EQ(LoadDocument(), -101);
+  ExpectLinesWith({"CWatermarkPolicyXMLParser::SetXmlData"}, m_told("no COM"));
   CWatermarkPolicyXMLParser::DeleteInstance();
   platform::ClearFaults();
   platform::SetFault("CoCreateInstance", 0, static_cast<DWORD>(E_FAIL));
