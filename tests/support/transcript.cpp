@@ -9,19 +9,14 @@ namespace tests {
 
 namespace {
 
-std::string Filled(const std::string& line, const Transcript::Values& values) {
-  std::string filled;
-  for (std::size_t i = 0; i < line.size(); ++i) {
-    const bool isMark = line[i] == '$' && i + 1 < line.size();
-    const auto place = isMark ? static_cast<std::size_t>(line[i + 1] - '1') : values.size();
-    if (place < values.size()) {
-      filled += values[place];
-      ++i;
-    } else {
-      filled += line[i];
-    }
+std::string Filled(std::string line, const Transcript::Values& values) {
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::string mark = "$" + std::to_string(i + 1);
+    for (std::size_t at = 0; (at = line.find(mark, at)) != std::string::npos;
+         at += values[i].size())
+      line.replace(at, mark.size(), values[i]);
   }
-  return filled;
+  return line;
 }
 
 std::vector<std::string> Parts(std::string_view line) {
@@ -36,20 +31,18 @@ std::vector<std::string> Parts(std::string_view line) {
 }  // namespace
 
 Transcript::Transcript(const std::vector<std::string>& files) {
-  for (const std::string& file : files) Read(SIGIL_TEST_FOLDER "/" + file + ".txt");
-}
-
-void Transcript::Read(const std::string& path) {
-  std::ifstream file(path);
-  if (!file) throw std::runtime_error("no transcript " + path);
-  std::string* section = nullptr;
-  for (std::string line; std::getline(file, line);) {
-    if (line.starts_with("== ")) {
-      const auto [place, isNew] = m_sections.emplace(line.substr(3), "");
-      if (!isNew) throw std::runtime_error("again in " + path + ": " + line);
-      section = &place->second;
-    } else if (section != nullptr) {
-      *section += line + "\n";
+  for (const std::string& name : files) {
+    std::ifstream file(SIGIL_TEST_FOLDER "/" + name + ".txt");
+    if (!file) throw std::runtime_error("no transcript " + name + ".txt");
+    std::string* section = nullptr;
+    for (std::string line; std::getline(file, line);) {
+      if (line.starts_with("== ")) {
+        const auto [place, isNew] = m_sections.emplace(line.substr(3), "");
+        if (!isNew) throw std::runtime_error("a second section " + line + " in " + name + ".txt");
+        section = &place->second;
+      } else if (section != nullptr) {
+        *section += line + "\n";
+      }
     }
   }
 }
@@ -61,12 +54,13 @@ std::string Transcript::operator()(const std::string& section, const Values& val
   std::istringstream lines(found->second);
   for (std::string line; std::getline(lines, line);) {
     line = Filled(line, values);
-    if (!line.starts_with('@')) {
+    if (line.starts_with('@')) {
+      const Values parts = Parts(line.substr(1));
+      const Values own(parts.begin() + 1, parts.end());
+      text += (*this)(parts[0], own.empty() ? values : own);
+    } else {
       text += line + "\n";
-      continue;
     }
-    const Values parts = Parts(line.substr(1));
-    text += (*this)(parts[0], parts.size() == 1 ? values : Values(parts.begin() + 1, parts.end()));
   }
   return text;
 }

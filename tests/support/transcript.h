@@ -26,8 +26,6 @@ class Transcript {
   std::string operator()(const std::string& section, const Values& values = {}) const;
 
  private:
-  void Read(const std::string& path);
-
   std::map<std::string, std::string> m_sections;
 };
 
