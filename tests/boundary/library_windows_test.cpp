@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <thread>
+#include <algorithm>
+#include <stdexcept>
 
 #include "boundary/exports.h"
 #include "tests/recorder/recorder.h"
@@ -48,7 +48,7 @@ TEST(Library, LoadingAndUnloadingTouchesNoFileAndLogsNothing) {
   EXPECT_EQ(RecorderCount(), 0U);
 }
 
-/// In place of what the library has of another one, for the life of this.
+/// In place of what the library has of kernel32, for the life of this.
 class Replacement {
  public:
   Replacement(const char* name, void* function) : m_place(PlaceOf(name)) { Swap(function); }
@@ -58,24 +58,17 @@ class Replacement {
 
  private:
   static void** PlaceOf(const char* name) {
+    const auto function =
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name));
     auto* const base = reinterpret_cast<char*>(GetModuleHandleW(L"SigilSetting.dll"));
-    const auto at = [base](DWORD offset) { return reinterpret_cast<void*>(base + offset); };
-    const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-    const auto* const headers =
-        static_cast<const IMAGE_NT_HEADERS*>(at(static_cast<DWORD>(dos->e_lfanew)));
-    const DWORD imports =
-        headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-    for (auto* library = static_cast<IMAGE_IMPORT_DESCRIPTOR*>(at(imports)); library->Name != 0;
-         ++library) {
-      auto* names = static_cast<IMAGE_THUNK_DATA*>(at(library->OriginalFirstThunk));
-      auto* places = static_cast<void**>(at(library->FirstThunk));
-      for (; names->u1.AddressOfData != 0; ++names, ++places) {
-        const auto* const entry =
-            static_cast<const IMAGE_IMPORT_BY_NAME*>(at(names->u1.AddressOfData));
-        if (std::strcmp(reinterpret_cast<const char*>(entry->Name), name) == 0) return places;
-      }
-    }
-    throw std::runtime_error(name);
+    const LONG offset = reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew;
+    const auto& headers = *reinterpret_cast<const IMAGE_NT_HEADERS*>(base + offset);
+    const auto& table = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
+    const auto first = reinterpret_cast<void**>(base + table.VirtualAddress);
+    void** const end = first + table.Size / sizeof *first;
+    void** const place = std::find(first, end, function);
+    if (place == end) throw std::runtime_error(name);
+    return place;
   }
 
   void Swap(void* function) {
@@ -111,35 +104,6 @@ HANDLE WINAPI NotePipe(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBU
   return CreateFileW(path, access, share, attributes, disposition, flags, templateFile);
 }
 
-/// A server of the pipe for one client: what each read of it gave, and how it ended.
-class PipeServer {
- public:
-  PipeServer()
-      : m_pipe(CreateNamedPipeW(L"\\\\.\\pipe\\hlwatermark", PIPE_ACCESS_INBOUND,
-                                PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 0, 4096, 0, nullptr)),
-        m_thread([this] { Serve(); }) {}
-  ~PipeServer() { CloseHandle(m_pipe); }
-
-  std::vector<std::string> Messages() {
-    m_thread.join();
-    return m_messages;
-  }
-
- private:
-  void Serve() {
-    ConnectNamedPipe(m_pipe, nullptr);
-    char bytes[64];
-    DWORD size = 0;
-    while (ReadFile(m_pipe, bytes, sizeof bytes, &size, nullptr))
-      m_messages.emplace_back(bytes, size);
-    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
-  }
-
-  HANDLE m_pipe;
-  std::vector<std::string> m_messages;
-  std::thread m_thread;
-};
-
 TEST(Library, TheServiceReceivesSixteenBytesAndTheSharedObjectsAreOpenToAll) {
   using namespace std::string_literals;
   TestMachine machine;
@@ -147,16 +111,23 @@ TEST(Library, TheServiceReceivesSixteenBytesAndTheSharedObjectsAreOpenToAll) {
   machine.Write(kPolicyFile, SealPolicy("<QuietMIMOSA><HLE/></QuietMIMOSA>"));
   g_attributes.clear();
   const Replacement mutex("CreateMutexW", reinterpret_cast<void*>(NoteMutex));
-  const Replacement pipe("CreateFileW", reinterpret_cast<void*>(NotePipe));
-  const struct {
-    int (*operation)();
-    std::string message;
-  } cases[] = {{SigilSettingReleaseWaterMark, "R\0e\0l\0e\0a\0s\0e\0\0\0"s},
-               {SigilSettingSetWaterMark, "S\0e\0t\0t\0i\0n\0g\0\0\0"s}};
+  const Replacement file("CreateFileW", reinterpret_cast<void*>(NotePipe));
+  const std::pair<int (*)(), std::string> cases[] = {
+      {SigilSettingReleaseWaterMark, "R\0e\0l\0e\0a\0s\0e\0\0\0"s},
+      {SigilSettingSetWaterMark, "S\0e\0t\0t\0i\0n\0g\0\0\0"s}};
   for (const auto& [operation, message] : cases) {
-    PipeServer server;
+    const HANDLE pipe =
+        CreateNamedPipeW(L"\\\\.\\pipe\\hlwatermark", PIPE_ACCESS_INBOUND,
+                         PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE, 1, 0, 4096, 0, nullptr);
     EXPECT_EQ(operation(), 0);
-    EXPECT_EQ(server.Messages(), std::vector{message});
+    // The client has come, written and gone; what it wrote waits.
+    char bytes[64];
+    DWORD size = 0;
+    EXPECT_TRUE(ReadFile(pipe, bytes, sizeof bytes, &size, nullptr));
+    EXPECT_EQ(std::string(bytes, size), message);
+    EXPECT_FALSE(ReadFile(pipe, bytes, sizeof bytes, &size, nullptr));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
+    CloseHandle(pipe);
   }
   const std::vector<std::string> both = {"mutex 12 inherited open", "pipe 12 inherited open"};
   EXPECT_EQ(g_attributes, (std::vector{both[0], both[1], both[0], both[1]}));

@@ -7,72 +7,52 @@
 #include "platform/utf.h"
 #include "tests/support/record.h"
 #include "tests/support/test_machine.h"
+#include "tests/support/transcript.h"
 #include "tests/support/twist.h"
 
 namespace tests {
 namespace {
 
-const std::string kUser = R"(
-2 153100700 SigilSettingManagement::GetUserFullName "取得したユーザ名：【tanaka】"
-)";
-const std::string kAsked = kUser + R"(
-2 153100710 SigilSettingManagement::GetUserFullName "ドメインコントローラー：【\\DC01】"
-)";
-const std::string kFound = R"(
-3 153100390 SigilSettingManagement::GetUserFullName "ユーザ名称取得成功【$1】"
-)";
-const std::string kFailed = R"(
-4 $1 SigilSettingManagement::GetUserFullName "ユーザ名称取得失敗　エラーステータス[2221]"
-)";
-const std::string kEmpty = R"(
-4 153100720 SigilSettingManagement::GetUserFullName "ユーザ名称取得失敗　処理結果=$1"
-)";
-
-constexpr char kAlone[] = "";
-constexpr char kJoined[] = "Joined=1\nDomain=HARBOR\nController=\\\\DC01\n";
-constexpr char kLocal[] = "[Accounts]\ntanaka=田中 太郎\n";
-
-struct Found {
-  bool result;
-  const char* fullName;
-  const char* controller;
-};
-
 TEST(FullNameLookup, AsksTheControllerFirstAndTheMachineAfterIt) {
-  const auto check = [](const std::string& machineKeys, const std::string& accounts,
-                        const Twists& twists, const Found& found, const std::string& record) {
-    SCOPED_TRACE(machineKeys + accounts);
+  const std::string local = "[Accounts]\ntanaka=田中 太郎\n";
+  const std::string domain = "Joined=1\nDomain=HARBOR\n" + local;
+  const std::string there = "Controller=\\\\DC01\n" + local + "[Accounts \\\\DC01]\n";
+  const std::string joined = "Joined=1\nDomain=HARBOR\n" + there;
+  const Twists lost = Fault("NetUserGetInfo", 0, 2221);
+  const struct {
+    std::string machine;
+    Twists twists;
+    const char* section;
+    bool result;
+    const char *fullName, *controller;
+  } cases[] = {
+      {local, {}, "machine found", true, "田中 太郎", ""},
+      {"[Accounts]\ntanaka=\n", {}, "machine without name", true, "", ""},
+      {local, lost, "machine lost", false, "", ""},
+      {joined + "tanaka=本店 太郎\n", {}, "controller found", true, "本店 太郎", "\\\\DC01"},
+      {joined + "tanaka=\n", {}, "controller without name", true, "", "\\\\DC01"},
+      {joined + "tanaka\n", {}, "controller found", true, "田中 太郎", ""},
+      {joined + "tanaka\n", Fault("NetUserGetInfo", 1, 2221), "controller with a null name", false,
+       "", ""},
+      {joined + "suzuki=鈴木\n", {}, "controller found", true, "田中 太郎", ""},
+      {joined, lost, "controller lost", false, "", ""},
+      {domain, {}, "machine found", true, "田中 太郎", ""},
+      {domain, lost, "machine lost", false, "", ""},
+      {joined + "tanaka=本店 太郎\n", Fault("NetGetJoinInformation"), "machine found", true,
+       "田中 太郎", ""}};
+  const Transcript told({"host/transcripts/host"});
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.machine);
     TestMachine machine;
     std::ofstream(platform::MachineRoot() / "machine.ini")
-        << "[Machine]\nUser=tanaka\n" + machineKeys + accounts;
-    Apply(twists);
+        << "[Machine]\nUser=tanaka\n" + test.machine;
+    Apply(test.twists);
     CString fullName = L"before", controller = L"before";
-    EXPECT_EQ(SigilSettingManagement::GetUserFullName(fullName, controller), found.result);
-    EXPECT_EQ(platform::ToUtf8(std::wstring_view(fullName)), found.fullName);
-    EXPECT_EQ(platform::ToUtf8(std::wstring_view(controller)), found.controller);
-    ExpectRecord(record);
-  };
-  const std::string there = std::string(kLocal) + "[Accounts \\\\DC01]\n";
-  const std::string found = Fill(kFound, {"田中 太郎"});
-  check(kAlone, kLocal, Twists(), {true, "田中 太郎", ""}, kUser + found);
-  check(kAlone, "[Accounts]\ntanaka=\n", Twists(), {true, "", ""}, kUser + Fill(kEmpty, {"1"}));
-  check(kAlone, kLocal, Fault("NetUserGetInfo", 0, 2221), {false, "", ""},
-        kUser + Fill(kFailed, {"153100350"}) + Fill(kEmpty, {"0"}));
-  check(kJoined, there + "tanaka=本店 太郎\n", Twists(), {true, "本店 太郎", "\\\\DC01"},
-        kAsked + Fill(kFound, {"本店 太郎"}));
-  check(kJoined, there + "tanaka=\n", Twists(), {true, "", "\\\\DC01"},
-        kAsked + Fill(kEmpty, {"1"}));
-  check(kJoined, there + "tanaka\n", Twists(), {true, "田中 太郎", ""}, kAsked + found);
-  check(kJoined, there + "tanaka\n", Fault("NetUserGetInfo", 1, 2221), {false, "", ""},
-        kAsked + Fill(kFailed, {"153100360"}) + Fill(kEmpty, {"0"}));
-  check(kJoined, there + "suzuki=鈴木\n", Twists(), {true, "田中 太郎", ""}, kAsked + found);
-  check(kJoined, there, Fault("NetUserGetInfo", 0, 2221), {false, "", ""},
-        kAsked + Fill(kFailed, {"153100370"}) + Fill(kEmpty, {"0"}));
-  check("Joined=1\nDomain=HARBOR\n", kLocal, Twists(), {true, "田中 太郎", ""}, kUser + found);
-  check("Joined=1\nDomain=HARBOR\n", kLocal, Fault("NetUserGetInfo", 0, 2221), {false, "", ""},
-        kUser + Fill(kFailed, {"153100350"}) + Fill(kEmpty, {"0"}));
-  check(kJoined, there + "tanaka=本店 太郎\n", Fault("NetGetJoinInformation"),
-        {true, "田中 太郎", ""}, kUser + found);
+    EXPECT_EQ(SigilSettingManagement::GetUserFullName(fullName, controller), test.result);
+    EXPECT_EQ(platform::ToUtf8(std::wstring_view(fullName)), test.fullName);
+    EXPECT_EQ(platform::ToUtf8(std::wstring_view(controller)), test.controller);
+    ExpectRecord(told(test.section, {test.fullName}));
+  }
 }
 
 }  // namespace

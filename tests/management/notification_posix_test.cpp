@@ -1,16 +1,13 @@
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 #include <cstring>
-#include <filesystem>
+#include <optional>
 
 #include "management/notification_release_mode.h"
 #include "platform/posix/machine.h"
-#include "tests/support/record.h"
-#include "tests/support/test_machine.h"
-#include "tests/support/twist.h"
+#include "tests/management/rows.h"
 
 namespace tests {
 namespace {
@@ -47,58 +44,33 @@ class Server {
   int m_socket = socket(AF_UNIX, SOCK_SEQPACKET, 0);
 };
 
-const std::string kTold = R"(
-3 153100450 SigilSettingManagement::NotificationReleaseMode "★★★透かし解除・設定通知イベント通知＜$1＞★★★"
-)";
+class Notification : public testing::Test {
+ protected:
+  const Transcript m_told{{"management/transcripts/notification"}};
+};
 
-TEST(Notification, SendsSixteenBytesAtOnce) {
+TEST_F(Notification, SendsSixteenBytesAtOnce) {
   TestMachine machine;
   Server server;
   EXPECT_EQ(NotificationReleaseMode(L"Release"), 0);
   EXPECT_EQ(NotificationReleaseMode(L"Setting"), 0);
   EXPECT_EQ(server.Receive(), std::string("[R\0e\0l\0e\0a\0s\0e\0\0\0]", 18));
   EXPECT_EQ(server.Receive(), std::string("[S\0e\0t\0t\0i\0n\0g\0\0\0]", 18));
-  const std::string told = "CreateFileW\nWriteFile\nCloseHandle\nLocalFree\n" + kTold;
-  ExpectRecord(Fill(told, {"Release"}) + Fill(told, {"Setting"}));
+  ExpectRecord(m_told("told", {"Release"}) + m_told("told", {"Setting"}));
 }
 
-TEST(Notification, EachFailureHasItsResultAndRecord) {
-  const auto check = [](const Twists& twists, const wchar_t* message, int result,
-                        const std::string& record) {
-    TestMachine machine;
-    Server server;
-    Apply(twists);
-    EXPECT_EQ(NotificationReleaseMode(message), result);
-    ExpectRecord(record);
-  };
-  const std::string noDescriptor = R"(
-4 153100410 SigilSettingManagement::NotificationReleaseMode "セキュリティ記述子生成失敗。"
-)";
-  check(Twists(), L"", -5, R"(
-4 153100680 SigilSettingManagement::NotificationReleaseMode "通知メッセージが空です。透かし制御サービスへイベント通知処理を中止します"
-)");
-  check(Fault("LocalAlloc"), L"Release", -1, noDescriptor);
-  check(Fault("InitializeSecurityDescriptor"), L"Release", -1, "LocalFree\n" + noDescriptor);
-  check(Fault("SetSecurityDescriptorDacl"), L"Release", -1, "LocalFree\n" + noDescriptor);
-  check(Fault("CreateFileW", 0, ERROR_PIPE_BUSY), L"Release", -2, R"(
-CreateFileW
-5 153100420 SigilSettingManagement::NotificationReleaseMode code 231 "パイプをオープンできませんでした"
-LocalFree
-)");
-  check(Fault("WriteFile", 0, ERROR_NO_DATA), L"Release", -3, R"(
-CreateFileW
-WriteFile
-5 153100430 SigilSettingManagement::NotificationReleaseMode code 232 "パイプへの書き込みに失敗しました。"
-CloseHandle
-LocalFree
-)");
-  check(Fault("CloseHandle"), L"Release", -4, R"(
-CreateFileW
-WriteFile
-CloseHandle
-5 153100440 SigilSettingManagement::NotificationReleaseMode "ファイルクローズ失敗しました。"
-LocalFree
-)" + Fill(kTold, {"Release"}));
+TEST_F(Notification, EachFailureHasItsResultAndRecord) {
+  const std::vector<Row> rows = {
+      {"no memory for the descriptor", Fault("LocalAlloc"), -1},
+      {"descriptor not initialised", Fault("InitializeSecurityDescriptor"), -1},
+      {"no access list", Fault("SetSecurityDescriptorDacl"), -1},
+      {"pipe busy", Fault("CreateFileW", 0, ERROR_PIPE_BUSY), -2},
+      {"server gone", Fault("WriteFile", 0, ERROR_NO_DATA), -3},
+      {"pipe not closed", Fault("CloseHandle"), -4}};
+  std::optional<Server> server;
+  const auto serve = [&server](TestMachine&) { server.emplace(); };
+  ExpectRows(m_told, rows, serve, [] { return NotificationReleaseMode(L"Release"); });
+  ExpectRows(m_told, {{"no message", {}, -5}}, serve, [] { return NotificationReleaseMode(L""); });
 }
 
 }  // namespace

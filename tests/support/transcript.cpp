@@ -1,0 +1,68 @@
+#include "tests/support/transcript.h"
+
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string_view>
+
+namespace tests {
+
+namespace {
+
+std::string Filled(std::string line, const Transcript::Values& values) {
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::string mark = "$" + std::to_string(i + 1);
+    for (std::size_t at = 0; (at = line.find(mark, at)) != std::string::npos;
+         at += values[i].size())
+      line.replace(at, mark.size(), values[i]);
+  }
+  return line;
+}
+
+std::vector<std::string> Parts(std::string_view line) {
+  std::vector<std::string> parts;
+  for (std::size_t end; (end = line.find(" | ")) != std::string_view::npos;
+       line.remove_prefix(end + 3))
+    parts.emplace_back(line.substr(0, end));
+  parts.emplace_back(line);
+  return parts;
+}
+
+}  // namespace
+
+Transcript::Transcript(const std::vector<std::string>& files) {
+  for (const std::string& name : files) {
+    std::ifstream file(SIGIL_TEST_FOLDER "/" + name + ".txt");
+    if (!file) throw std::runtime_error("no transcript " + name + ".txt");
+    std::string* section = nullptr;
+    for (std::string line; std::getline(file, line);) {
+      if (line.starts_with("== ")) {
+        const auto [place, isNew] = m_sections.emplace(line.substr(3), "");
+        if (!isNew) throw std::runtime_error("a second section " + line + " in " + name + ".txt");
+        section = &place->second;
+      } else if (section != nullptr) {
+        *section += line + "\n";
+      }
+    }
+  }
+}
+
+std::string Transcript::operator()(const std::string& section, const Values& values) const {
+  const auto found = m_sections.find(section);
+  if (found == m_sections.end()) throw std::runtime_error("no section == " + section);
+  std::string text;
+  std::istringstream lines(found->second);
+  for (std::string line; std::getline(lines, line);) {
+    line = Filled(line, values);
+    if (line.starts_with('@')) {
+      const Values parts = Parts(line.substr(1));
+      const Values own(parts.begin() + 1, parts.end());
+      text += (*this)(parts[0], own.empty() ? values : own);
+    } else {
+      text += line + "\n";
+    }
+  }
+  return text;
+}
+
+}  // namespace tests
