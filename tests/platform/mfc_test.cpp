@@ -20,8 +20,7 @@ TEST(CString, JoinsComparesAndTakesParts) {
   CString text(L"abcdef", 3);
   text += L"<" + text + L'|' + text + L">";
   EXPECT_TRUE(text == L"abc<abc|abc>" && !(text < text) && text < CString(L"b"));
-  const auto compare = [](LPCWSTR one, LPCWSTR other) { return CString(one).Compare(other); };
-  EXPECT_TRUE(compare(L"\x7FFF", L"\xFFFD") < 0 && compare(L"ab", L"a") > 0);
+  EXPECT_TRUE(CString(L"\x7FFF").Compare(L"\xFFFD") < 0 && CString(L"ab").Compare(L"a") > 0);
   const CString letters = L"aBc";
   EXPECT_TRUE(letters.CompareNoCase(L"AbC") == 0 && letters.CompareNoCase(L"aa") > 0);
   EXPECT_THROW(text.Compare(nullptr), CInvalidArgException);
@@ -35,10 +34,8 @@ TEST(CString, ReplacesTrimsAndLendsItsBuffer) {
   EXPECT_EQ(text.Replace(L"{WinUser}", L"{WinUser}{WinUser}"), 2);
   EXPECT_EQ(text.Replace(L"{WinUser}", nullptr), 4);
   EXPECT_STREQ(text, L" and , {winuser}");
-  EXPECT_EQ(text.Replace(L"", L"x"), 0);
   CString padded = L"\t\x3000 \xA0 a b\r\n\x2003";
   EXPECT_STREQ(padded.Trim(), L"a b");
-  EXPECT_STREQ(CString(L" \x3000").Trim(), L"");
   std::wcscpy(padded.GetBuffer(10), L"0123456789");
   padded.ReleaseBuffer();
   EXPECT_STREQ(padded, L"0123456789");
@@ -64,17 +61,12 @@ TEST(CString, FormatsNumbersAsTheRunTimeDoes) {
 
 TEST(CString, FormatsTextAndAnswersForWhatDoesNotFit) {
   const CString own = L"会議室";
-  using Row = std::pair<std::wstring, std::wstring>;
-  for (const auto& [got, wanted] :
-       {Row(Format(L"%s_%s|%5s|%-5s|%.1s|%3.2s", L"E1", own, L"ab", L"ab", own, L"xyz"),
-            L"E1_会議室|   ab|ab   |会| xy"),
-        Row(Format(L"%c|%3c|%-3c|%05s|%ls", L'会', 65, L'b', L"ab", L"w"), L"会|  A|b  |000ab|w"),
-        Row(Format(L"%s|%.3s", LPCWSTR{}, LPCWSTR{}), L"(null)|(nu"),
-        Row(Format(L"%02X%02x 100%% %5%", BYTE{10}, 171), L"0Aab 100% %"),
-        Row(Format(L"%c", 0), std::wstring(1, L'\0')),
-        Row(Format(L"%s %d|%d", 5, L"text", 7), L"%s %d|7"),
-        Row(Format(L"%d %d %5.2s", 1), L"1 %d %5.2s"), Row(Format(L"%q%f%", 1), L"%q%f%")})
-    EXPECT_EQ(got, wanted);
+  EXPECT_EQ(Format(L"%s_%s|%5s|%-5s|%.1s|%3.2s", L"E1", own, L"ab", L"ab", own, L"xyz"),
+            L"E1_会議室|   ab|ab   |会| xy");
+  EXPECT_EQ(Format(L"%c|%3c|%-3c|%05s|%ls", L'会', 65, L'b', L"ab", L"w"), L"会|  A|b  |000ab|w");
+  EXPECT_EQ(Format(L"%s|%02X%02x 100%% %5%", LPCWSTR{}, BYTE{10}, 171), L"(null)|0Aab 100% %");
+  EXPECT_EQ(Format(L"%c", 0), std::wstring(1, L'\0'));
+  EXPECT_EQ(Format(L"%s %d|%d %d %q%f%", 5, L"text", 7), L"%s %d|7 %d %q%f%");
   EXPECT_EQ(Format(L"%99999999999999999999d", 1).size(), 65535U);
   CString text = L"a";
   text.Format(L"%s%s", text, text.GetString());
@@ -85,16 +77,11 @@ TEST(CArray, GrowsWithZerosAndRefusesBadIndexes) {
   CByteArray bytes;
   bytes.SetSize(3);
   bytes[1] = 7;
-  EXPECT_EQ(bytes.Add(9), 3);
   bytes.SetSize(2);
-  bytes.SetSize(4);
-  EXPECT_EQ(std::vector<BYTE>(bytes.GetData(), bytes.GetData() + bytes.GetSize()),
-            (std::vector<BYTE>{0, 7, 0, 0}));
-  EXPECT_THROW(bytes[4], CInvalidArgException);
-  EXPECT_THROW(bytes[-1], CInvalidArgException);
+  bytes.SetSize(3);
+  EXPECT_EQ(std::vector<BYTE>(bytes.GetData(), bytes.GetData() + 3), (std::vector<BYTE>{0, 7, 0}));
+  EXPECT_THROW(bytes[3], CInvalidArgException);
   EXPECT_THROW(bytes.SetSize(-1), CException);
-  bytes.RemoveAll();
-  EXPECT_TRUE(bytes.IsEmpty());
 }
 
 constexpr wchar_t kFile[] = L"C:\\SigilTest\\file.txt";
@@ -109,27 +96,21 @@ TEST_F(Files, AreAskedOpenedAndRead) {
   CFileStatus status;
   EXPECT_TRUE(CFile::GetStatus(kFile, status) && status.m_size == 12);
   EXPECT_TRUE(CFile::GetStatus(L"C:\\SigilTest", status) && status.m_size == 0);
-  for (const wchar_t* absent : {L"C:\\SigilTest\\no", L"C:\\no\\no", L"", LPCWSTR{}})
-    EXPECT_FALSE(CFile::GetStatus(absent, status));
-
+  EXPECT_FALSE(CFile::GetStatus(L"C:\\no\\no", status));
   CFile file;
-  CFileException error;
-  ASSERT_TRUE(file.Open(kFile, CFile::modeRead | CFile::shareDenyNone, &error));
+  ASSERT_TRUE(file.Open(kFile, CFile::modeRead | CFile::shareDenyNone));
   char bytes[20] = {};
   EXPECT_TRUE(file.Read(bytes, 5) == 5 && file.Read(bytes + 5, 15) == 7);
   EXPECT_STREQ(bytes, "hello\r\nworld");
-  EXPECT_TRUE(file.GetLength() == 12 && file.Read(bytes, 1) == 0);
   file.Close();
   EXPECT_THROW(file.Read(bytes, 1), CFileException);
-
+  CFileException error;
   EXPECT_FALSE(file.Open(L"C:\\SigilTest", CFile::modeRead, &error));
   EXPECT_EQ(error.m_cause, CFileException::accessDenied);
   EXPECT_FALSE(file.Open(L"C:\\SigilTest\\no", CFile::modeRead, &error));
-  EXPECT_EQ(error.m_cause, CFileException::fileNotFound);
-  EXPECT_EQ(error.m_lOsError, 2);
+  EXPECT_TRUE(error.m_cause == CFileException::fileNotFound && error.m_lOsError == 2);
   EXPECT_STREQ(error.m_strFileName, L"C:\\SigilTest\\no");
   EXPECT_FALSE(file.Open(kFile, 0x1000));  // to write
-  EXPECT_FALSE(file.Open(nullptr, 0));
 }
 
 /// The lines, with `|` behind each.
@@ -168,15 +149,13 @@ TEST_F(Files, AreReadLineByLine) {
 
 TEST(ExtensionModule, OwnsItsLibrariesUntilItEnds) {
   static AFX_EXTENSION_MODULE state;
-  const auto module = reinterpret_cast<HMODULE>(&state);
-  ASSERT_TRUE(AfxInitExtensionModule(state, module));
-  EXPECT_EQ(state.hModule, module);
+  ASSERT_TRUE(AfxInitExtensionModule(state, reinterpret_cast<HMODULE>(&state)));
   // Were one of them not deleted, the leak checker would tell.
-  new CDynLinkLibrary(state, FALSE);
+  new CDynLinkLibrary(state);
   const auto* second = new CDynLinkLibrary(state);
   new CDynLinkLibrary(state);
   delete second;
-  AfxTermExtensionModule(state, FALSE);
+  AfxTermExtensionModule(state);
   EXPECT_FALSE(state.bInitialized);
 }
 
