@@ -1,16 +1,18 @@
-// What the machine's folder and its machine.ini answer: paths, folders, printers, accounts.
+// What the machine's folder and its machine.ini answer: paths, files, pipes, printers, accounts.
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
-#include <random>
 
+#include "platform/file.h"
 #include "platform/netapi.h"
-#include "platform/posix/ini_file.h"
 #include "platform/posix/machine.h"
 #include "platform/profile.h"
 #include "platform/spooler.h"
@@ -61,25 +63,6 @@ TEST_F(Machine, HasItsRootFromTheEnvironment) {
   EXPECT_TRUE(platform::LoadMachine().printers.empty());
   fs::create_directory(file);
   EXPECT_THROW(platform::LoadMachine(), std::system_error);
-}
-
-TEST(IniFile, LeavesAnyBytesAsTheyAre) {
-  using Encoding = platform::IniFile::Encoding;
-  const std::string kAlphabet("[]=;\"' \r\n\0a\x81\xFF\xFE", 14);
-  std::mt19937 random(1);
-  for (int round = 0; round < 2000; ++round) {
-    std::string bytes(random() % 40, '\0');
-    for (char& byte : bytes) byte = kAlphabet[random() % kAlphabet.size()];
-    if (round % 3 == 0) bytes.insert(0, "\xFF\xFE");
-    for (const Encoding encoding : {Encoding::kAnsi, Encoding::kUtf8}) {
-      platform::IniFile file(bytes, encoding);
-      EXPECT_EQ(file.Bytes(), bytes);
-      file.Set(L"New", L"Key", L"value");
-      const platform::IniFile again(file.Bytes(), encoding);
-      ASSERT_NE(again.Find(L"New"), nullptr) << testing::PrintToString(bytes);
-      EXPECT_EQ(again.Find(L"New")->Find(L"key")->value, L"value");
-    }
-  }
 }
 
 // Wine tidies such lines, so the test that both homes share has none of them.
@@ -173,22 +156,69 @@ TEST_F(Machine, GivesWhatHasRoom) {
                          {L"\\\\SERVER\\Far", L"Other Driver", L"far"}});
   DWORD needed = 0, count = 9;
   std::vector<BYTE> block;
-  const auto list = [&](DWORD flags, DWORD capacity) {
-    return ErrorOf(EnumPrintersW(flags, nullptr, 2, block.data(), capacity, &needed, &count));
+  const auto list = [&](DWORD capacity) {
+    return ErrorOf(EnumPrintersW(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 2,
+                                 block.data(), capacity, &needed, &count));
   };
-  constexpr DWORD kBoth = PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS;
-  EXPECT_EQ(list(kBoth, 0), ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(list(0), ERROR_INSUFFICIENT_BUFFER);
   EXPECT_EQ(count, 0U);
   block.resize(needed);
-  EXPECT_EQ(list(kBoth, needed - 1), ERROR_INSUFFICIENT_BUFFER);
-  EXPECT_EQ(list(kBoth, needed), ERROR_SUCCESS);
+  EXPECT_EQ(list(needed - 1), ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(list(needed), ERROR_SUCCESS);
   EXPECT_EQ(count, 2U);
   const auto* record = reinterpret_cast<const PRINTER_INFO_2W*>(block.data());
   EXPECT_EQ(Text(record[0].pPrinterName) + "|" + Text(record[0].pComment), "会議室プリンタ|(null)");
   EXPECT_EQ(Text(record[1].pServerName) + "|" + Text(record[1].pComment), "\\\\SERVER|far");
-  EXPECT_EQ(list(PRINTER_ENUM_CONNECTIONS, needed), ERROR_SUCCESS);
-  EXPECT_EQ(count, 1U);
-  EXPECT_EQ(Text(record->pDriverName), "Other Driver");
+}
+
+HANDLE Open(LPCWSTR path, DWORD access = GENERIC_WRITE) {
+  return CreateFileW(path, access, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+TEST_F(Machine, TellsWhyAPipeCannotBeUsed) {
+  constexpr wchar_t kPipe[] = L"\\\\.\\pipe\\TestPipe";
+  const fs::path path = platform::MachineRoot() / "pipe" / "testpipe";
+  fs::create_directories(path.parent_path());
+  sockaddr_un address{AF_UNIX, {}};
+  std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+  const int server = socket(AF_UNIX, SOCK_SEQPACKET, 0);
+  EXPECT_EQ(bind(server, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  EXPECT_EQ(listen(server, 0), 0);
+
+  std::vector<HANDLE> clients;
+  HANDLE next;
+  while (clients.size() < 20 && (next = Open(kPipe)) != INVALID_HANDLE_VALUE)
+    clients.push_back(next);
+  EXPECT_EQ(ErrorOf(next), ERROR_PIPE_BUSY);
+  ASSERT_FALSE(clients.empty());
+  close(accept(server, nullptr, nullptr));
+  DWORD written = 99;
+  EXPECT_EQ(ErrorOf(WriteFile(clients[0], "x", 1, &written, nullptr)), ERROR_NO_DATA);
+  EXPECT_EQ(written, 0U);
+  for (const HANDLE client : clients) EXPECT_TRUE(CloseHandle(client));
+  EXPECT_EQ(ErrorOf(WriteFile(clients[0], "x", 1, &written, nullptr)), ERROR_INVALID_HANDLE);
+  close(server);  // its socket is still there
+  EXPECT_EQ(ErrorOf(Open(kPipe)), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(ErrorOf(Open(L"\\\\.\\pipe\\other")), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(ErrorOf(Open(L"\\\\.\\pipe\\..\\x")), ERROR_INVALID_NAME);
+}
+
+TEST_F(Machine, OpensFilesByTheSameCalls) {
+  constexpr wchar_t kFile[] = L"C:\\SigilTest\\file";
+  m_machine.Write(kFile, "before");
+  for (const DWORD access : {GENERIC_WRITE, GENERIC_READ}) {
+    const HANDLE file = Open(kFile, access);
+    EXPECT_EQ(ErrorOf(WriteFile(file, "AF", 2, nullptr, nullptr)),
+              access == GENERIC_WRITE ? ERROR_SUCCESS : ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(CloseHandle(file));
+  }
+  EXPECT_EQ(m_machine.Read(kFile), "AFfore");
+  using Row = std::pair<const wchar_t*, DWORD>;
+  for (const auto& [path, error] :
+       {Row(L"C:\\SigilTest\\no", ERROR_FILE_NOT_FOUND), Row(L"C:\\no\\no", ERROR_PATH_NOT_FOUND),
+        Row(L"C:\\SigilTest\\file\\x", ERROR_PATH_NOT_FOUND), Row(L"", ERROR_PATH_NOT_FOUND),
+        Row(L"C:\\SigilTest", ERROR_ACCESS_DENIED), Row(nullptr, ERROR_PATH_NOT_FOUND)})
+    EXPECT_EQ(ErrorOf(Open(path, GENERIC_READ)), error);
 }
 
 }  // namespace

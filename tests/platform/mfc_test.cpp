@@ -114,9 +114,9 @@ TEST_F(Files, AreAskedOpenedAndRead) {
 }
 
 /// The lines, with `|` behind each.
-std::wstring Lines(UINT flags) {
+std::wstring Lines() {
   CStdioFile file;
-  EXPECT_TRUE(file.Open(kFile, flags));
+  EXPECT_TRUE(file.Open(kFile, CFile::typeText | CFile::modeRead));
   CString lines;
   for (CString line; file.ReadString(line);) lines += line + L"|";
   return lines.GetString();
@@ -136,14 +136,12 @@ TEST_F(Files, AreReadLineByLine) {
         Row("a\0b\nc\n"s, L"a|c|"), Row("a\0"s + stretch + "\n", L"a|xx|"),
         Row("a\n\0b\nc\n"s, L"a|")}) {
     m_machine.Write(kFile, bytes);
-    EXPECT_EQ(Lines(CFile::typeText | CFile::modeRead), text) << bytes.substr(0, 20);
+    EXPECT_EQ(Lines(), text) << bytes.substr(0, 20);
   }
-  m_machine.Write(kFile, "a\r\nb\x1A!\nd");
-  EXPECT_EQ(Lines(CFile::typeBinary), L"a\r|b\x1A!|d|");
 #ifndef _WIN32
   // The code page of the Windows machine is its own affair.
   m_machine.Write(kFile, "\x89\xEF\x8B\x63\x8E\xBA,1\xB1\n\x82\n,\n");
-  EXPECT_EQ(Lines(CFile::typeText), L"会議室,1ｱ|・|,|");
+  EXPECT_EQ(Lines(), L"会議室,1ｱ|・|,|");
 #endif
 }
 
