@@ -1,15 +1,23 @@
+// What the machine's folder and its machine.ini answer: paths, files, pipes, printers, accounts.
+
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
-#include <random>
 
-#include "platform/posix/ini_file.h"
+#include "platform/file.h"
+#include "platform/netapi.h"
 #include "platform/posix/machine.h"
 #include "platform/profile.h"
+#include "platform/spooler.h"
 #include "platform/utf.h"
+#include "tests/platform/calls.h"
 #include "tests/support/test_machine.h"
 
 namespace tests {
@@ -17,58 +25,39 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(HostPath, LiesBelowTheDriveInTheRoot) {
-  const TestMachine machine;
+class Machine : public testing::Test {
+ protected:
+  TestMachine m_machine;
+};
+
+TEST_F(Machine, PathsLieBelowTheDriveInTheRoot) {
   const fs::path root = platform::MachineRoot();
   for (const char* folder : {"C/Data/Inner", "C/data2", "C/Both", "C/both"})
     fs::create_directories(root / folder);
-  const struct {
-    std::wstring_view path;
-    const char* below;
-  } kCases[] = {
-      {L"C:\\new\\file", "C/new/file"},
-      {L"d:/new\\\\file\\", "D/new/file"},
-      {L"C:", "C"},
-      {L"\\new", "C/new"},
-      {L"new.ini", "C/new.ini"},
-      {L"C:\\DATA\\inner\\New", "C/Data/Inner/New"},
-      {L"c:\\both", "C/both"},
-      {L"c:\\BOTH", "C/Both"},
-      {L"C:\\Data\\..\\.\\data2", "C/data2"},
-      {L"C:\\..\\..\\etc\\passwd", "C/etc/passwd"},
-      {L"..\\/..\\..", "C"},
-      {std::wstring_view(L"C:\\..\0x", 7), "C"},
-      {L"\\\\server\\..\\..\\share", "C/share"},
-      {L"C:\\田中\\\xD842\xDFB7", "C/田中/𠮷"},
-  };
-  for (const auto& each : kCases)
-    EXPECT_EQ(platform::HostPath(each.path), root / each.below) << platform::ToUtf8(each.path);
+  using Row = std::pair<std::wstring_view, const char*>;
+  for (const auto& [path, below] :
+       {Row(L"C:\\new\\file", "C/new/file"), Row(L"d:/new\\\\file\\", "D/new/file"),
+        Row(L"C:", "C"), Row(L"\\new", "C/new"), Row(L"new.ini", "C/new.ini"),
+        Row(L"C:\\DATA\\inner\\New", "C/Data/Inner/New"), Row(L"c:\\both", "C/both"),
+        Row(L"c:\\BOTH", "C/Both"), Row(L"C:\\Data\\..\\.\\data2", "C/data2"),
+        Row(L"C:\\..\\..\\etc\\passwd", "C/etc/passwd"), Row(L"..\\/..\\..", "C"),
+        Row({L"C:\\..\0x", 7}, "C"), Row(L"\\\\server\\..\\..\\share", "C/share"),
+        Row(L"C:\\田中\\\xD842\xDFB7", "C/田中/𠮷")})
+    EXPECT_EQ(platform::HostPath(path), root / below) << platform::ToUtf8(path);
   EXPECT_EQ(platform::HostPath(L"/etc/../tmp/a\\b"), "/etc/../tmp/a\\b");
   EXPECT_EQ(platform::HostPath(L""), "");
 }
 
-TEST(MachineRoot, ComesFromTheEnvironment) {
-  const TestMachine machine;
-  const auto root = [](const char* sigil, const char* data, const char* home) {
-    setenv("SIGIL_ROOT", sigil, 1);
-    setenv("XDG_DATA_HOME", data, 1);
-    setenv("HOME", home, 1);
-    return platform::MachineRoot();
-  };
+TEST_F(Machine, HasItsRootFromTheEnvironment) {
   const std::string oldRoot = getenv("SIGIL_ROOT");
-  const char* const home = getenv("HOME");
-  const std::string oldHome = home == nullptr ? "/" : home;
-  EXPECT_EQ(root("/a", "/b", "/c"), "/a");
-  EXPECT_EQ(root("", "/b", "/c"), "/b/sigil/machine");
-  EXPECT_EQ(root("", "", "/c"), "/c/.local/share/sigil/machine");
-  EXPECT_TRUE(root("relative", "", "/c").is_absolute());
+  unsetenv("SIGIL_ROOT");
+  EXPECT_TRUE(platform::MachineRoot().string().ends_with("/.local/share/sigil/machine"));
+  setenv("XDG_DATA_HOME", "/b", 1);
+  EXPECT_EQ(platform::MachineRoot(), "/b/sigil/machine");
   unsetenv("XDG_DATA_HOME");
-  setenv("HOME", oldHome.c_str(), 1);
   setenv("SIGIL_ROOT", oldRoot.c_str(), 1);
-}
-
-TEST(Machine, AFileThatCannotBeReadIsNotOneThatIsMissing) {
-  const TestMachine machine;
+  EXPECT_EQ(platform::MachineRoot(), oldRoot);
+  // A description that cannot be read is not one that is missing.
   const fs::path file = platform::MachineRoot() / "machine.ini";
   fs::remove(file);
   EXPECT_TRUE(platform::LoadMachine().printers.empty());
@@ -76,62 +65,32 @@ TEST(Machine, AFileThatCannotBeReadIsNotOneThatIsMissing) {
   EXPECT_THROW(platform::LoadMachine(), std::system_error);
 }
 
-TEST(IniFile, LeavesAnyBytesAsTheyAre) {
-  using Encoding = platform::IniFile::Encoding;
-  const std::string kAlphabet("[]=;\"' \r\n\0a\x81\xFF\xFE", 14);
-  std::mt19937 random(1);
-  for (int round = 0; round < 2000; ++round) {
-    std::string bytes(random() % 40, '\0');
-    for (char& byte : bytes) byte = kAlphabet[random() % kAlphabet.size()];
-    if (round % 3 == 0) bytes.insert(0, "\xFF\xFE");
-    for (const Encoding encoding : {Encoding::kAnsi, Encoding::kUtf8}) {
-      platform::IniFile file(bytes, encoding);
-      EXPECT_EQ(file.Bytes(), bytes);
-      file.Set(L"New", L"Key", L"value");
-      const platform::IniFile again(file.Bytes(), encoding);
-      const auto* section = again.Find(L"New");
-      ASSERT_NE(section, nullptr) << testing::PrintToString(bytes);
-      ASSERT_NE(section->Find(L"key"), nullptr) << testing::PrintToString(bytes);
-      EXPECT_EQ(section->Find(L"key")->value, L"value");
-    }
-  }
-}
-
 // Wine tidies such lines, so the test that both homes share has none of them.
-TEST(IniFile, AChangeLeavesOtherLinesByteByByte) {
-  const std::string rest = "\n\n [Other] x\nKey = \x82 broken \r\x81";
-  platform::IniFile file("a\n[User] \nA = 1" + rest, platform::IniFile::Encoding::kAnsi);
-  file.Set(L"user", L"B", L"2");
-  EXPECT_EQ(file.Bytes(), "a\n[User] \nA = 1\nB=2\r\n" + rest.substr(1));
-  file.Set(L"User", L"a", L"3");
-  file.DeleteKey(L"User", L"b");
-  EXPECT_EQ(file.Bytes(), "a\n[User] \nA=3\r\n" + rest.substr(1));
-}
-
-TEST(IniFile, AWriteKeepsModeAndLink) {
-  TestMachine machine;
+TEST_F(Machine, AChangeOfAProfileLeavesOtherLinesModeAndLink) {
   constexpr wchar_t kFile[] = L"C:\\SigilTest\\Real.ini";
   constexpr wchar_t kLink[] = L"C:\\SigilTest\\Link.ini";
-  machine.Write(kFile, "[User]\nA=1\n");
+  const std::string rest = "\n [Other] x\nKey = \x82 broken \r\x81";
+  m_machine.Write(kFile, "a\n[User] \nA = 1\n" + rest);
   const fs::path file = platform::HostPath(kFile);
   fs::permissions(file, fs::perms(0640));
   fs::create_symlink("Real.ini", platform::HostPath(kLink));
-  EXPECT_TRUE(WritePrivateProfileStringW(L"User", L"A", L"2", kLink));
-  EXPECT_EQ(machine.Read(kFile), "[User]\nA=2\r\n");
+  EXPECT_TRUE(WritePrivateProfileStringW(L"user", L"B", L"2", kLink));
+  EXPECT_EQ(m_machine.Read(kFile), "a\n[User] \nA = 1\nB=2\r\n" + rest);
+  EXPECT_TRUE(WritePrivateProfileStringW(L"User", L"b", nullptr, kLink));
+  EXPECT_EQ(m_machine.Read(kFile), "a\n[User] \nA = 1\n" + rest);
   EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
   EXPECT_TRUE(fs::is_symlink(platform::HostPath(kLink)));
   const fs::directory_iterator left(file.parent_path());
   EXPECT_EQ(std::distance(begin(left), end(left)), 2);
 }
 
-TEST(IniFile, ProcessesThatWriteAtOnceKeepEachOthersKeys) {
-  const TestMachine machine;
+TEST_F(Machine, ProcessesThatWriteAtOnceKeepEachOthersKeys) {
   constexpr wchar_t kFile[] = L"C:\\SigilTest\\Some.ini";
-  constexpr int kWriters = 3, kKeys = 20;
+  constexpr int kWriters = 3, kKeys = 60;
   for (int writer = 0; writer < kWriters; ++writer) {
     if (fork() != 0) continue;
     BOOL done = TRUE;
-    for (int key = writer; key < kWriters * kKeys; key += kWriters) {
+    for (int key = writer; key < kKeys; key += kWriters) {
       const std::wstring number = std::to_wstring(key);
       done &= WritePrivateProfileStringW(L"User", number.c_str(), number.c_str(), kFile);
     }
@@ -141,8 +100,125 @@ TEST(IniFile, ProcessesThatWriteAtOnceKeepEachOthersKeys) {
     wait(&status);
     EXPECT_EQ(status, 0);
   }
-  for (UINT key = 0; key < kWriters * kKeys; ++key)
+  for (UINT key = 0; key < kKeys; ++key)
     EXPECT_EQ(GetPrivateProfileIntW(L"User", std::to_wstring(key).c_str(), -1, kFile), key);
+}
+
+std::string Text(const wchar_t* text) {
+  return text == nullptr ? "(null)" : platform::ToUtf8(text);
+}
+
+/// The full name, or the result.
+std::string FullName(LPCWSTR server) {
+  BYTE* record = nullptr;
+  const NET_API_STATUS result = NetUserGetInfo(server, L"tanaka", 10, &record);
+  if (result != NERR_Success) return std::to_string(result);
+  const std::string name = Text(reinterpret_cast<USER_INFO_10*>(record)->usri10_full_name);
+  NetApiBufferFree(record);
+  return name;
+}
+
+TEST_F(Machine, HasTheAccountsOfItsDescription) {
+  const std::string joined = "[machine]\nuser=tanaka\ndomain=HARBOR\njoined=1\n";
+  using Row = std::array<std::string, 4>;
+  for (const auto& [description, domain, here, there] :
+       {Row{"[Machine]\nController=\\\\DC01\n[Accounts]\ntanaka=田中 太郎\n", "WORKGROUP 2 2453",
+            "田中 太郎", "2221"},
+        Row{joined + "[ACCOUNTS]\nTanaka=\n", "HARBOR 3 2453", "", "53"},
+        Row{joined + "Controller=\\\\DC01\n[Accounts]\ntanaka\n[Accounts \\\\DC01]\ntanaka=Taro\n",
+            "HARBOR 3 0", "(null)", "Taro"},
+        Row{joined + "Controller=dc01\n[Accounts DC01]\ntanaka\n", "HARBOR 3 0", "2221",
+            "(null)"}}) {
+    std::ofstream(platform::MachineRoot() / "machine.ini") << description;
+    wchar_t* name = nullptr;
+    NETSETUP_JOIN_STATUS status = NetSetupUnknownStatus;
+    EXPECT_EQ(NetGetJoinInformation(nullptr, &name, &status), NERR_Success);
+    BYTE* controller = nullptr;
+    const NET_API_STATUS result = NetGetDCName(nullptr, name, &controller);
+    EXPECT_EQ(Text(name) + " " + std::to_string(status) + " " + std::to_string(result), domain);
+    EXPECT_EQ(FullName(nullptr), here);
+    EXPECT_EQ(FullName(L"\\\\DC01"), there);
+    NetApiBufferFree(name);
+    NetApiBufferFree(controller);
+  }
+}
+
+TEST_F(Machine, GivesWhatHasRoom) {
+  wchar_t name[8] = L"#######";
+  DWORD size = 6;
+  EXPECT_EQ(ErrorOf(GetUserNameW(name, &size)), ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(size, 7U);
+  EXPECT_STREQ(name, L"#######");
+  EXPECT_TRUE(GetUserNameW(name, &size));
+  EXPECT_STREQ(name, L"tanaka");
+
+  m_machine.SetPrinters({{L"会議室プリンタ", kSuiteDriver, std::nullopt},
+                         {L"\\\\SERVER\\Far", L"Other Driver", L"far"}});
+  DWORD needed = 0, count = 9;
+  std::vector<BYTE> block;
+  const auto list = [&](DWORD capacity) {
+    return ErrorOf(EnumPrintersW(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 2,
+                                 block.data(), capacity, &needed, &count));
+  };
+  EXPECT_EQ(list(0), ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(count, 0U);
+  block.resize(needed);
+  EXPECT_EQ(list(needed - 1), ERROR_INSUFFICIENT_BUFFER);
+  EXPECT_EQ(list(needed), ERROR_SUCCESS);
+  EXPECT_EQ(count, 2U);
+  const auto* record = reinterpret_cast<const PRINTER_INFO_2W*>(block.data());
+  EXPECT_EQ(Text(record[0].pPrinterName) + "|" + Text(record[0].pComment), "会議室プリンタ|(null)");
+  EXPECT_EQ(Text(record[1].pServerName) + "|" + Text(record[1].pComment), "\\\\SERVER|far");
+}
+
+HANDLE Open(LPCWSTR path, DWORD access = GENERIC_WRITE) {
+  return CreateFileW(path, access, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+TEST_F(Machine, TellsWhyAPipeCannotBeUsed) {
+  constexpr wchar_t kPipe[] = L"\\\\.\\pipe\\TestPipe";
+  const fs::path path = platform::MachineRoot() / "pipe" / "testpipe";
+  fs::create_directories(path.parent_path());
+  sockaddr_un address{AF_UNIX, {}};
+  std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
+  const int server = socket(AF_UNIX, SOCK_SEQPACKET, 0);
+  EXPECT_EQ(bind(server, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  EXPECT_EQ(listen(server, 0), 0);
+
+  std::vector<HANDLE> clients;
+  HANDLE next;
+  while (clients.size() < 20 && (next = Open(kPipe)) != INVALID_HANDLE_VALUE)
+    clients.push_back(next);
+  EXPECT_EQ(ErrorOf(next), ERROR_PIPE_BUSY);
+  ASSERT_FALSE(clients.empty());
+  close(accept(server, nullptr, nullptr));
+  DWORD written = 99;
+  EXPECT_EQ(ErrorOf(WriteFile(clients[0], "x", 1, &written, nullptr)), ERROR_NO_DATA);
+  EXPECT_EQ(written, 0U);
+  for (const HANDLE client : clients) EXPECT_TRUE(CloseHandle(client));
+  EXPECT_EQ(ErrorOf(WriteFile(clients[0], "x", 1, &written, nullptr)), ERROR_INVALID_HANDLE);
+  close(server);  // its socket is still there
+  EXPECT_EQ(ErrorOf(Open(kPipe)), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(ErrorOf(Open(L"\\\\.\\pipe\\other")), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(ErrorOf(Open(L"\\\\.\\pipe\\..\\x")), ERROR_INVALID_NAME);
+}
+
+TEST_F(Machine, OpensFilesByTheSameCalls) {
+  constexpr wchar_t kFile[] = L"C:\\SigilTest\\file";
+  m_machine.Write(kFile, "before");
+  for (const DWORD access : {GENERIC_WRITE, GENERIC_READ}) {
+    const HANDLE file = Open(kFile, access);
+    EXPECT_EQ(ErrorOf(WriteFile(file, "AF", 2, nullptr, nullptr)),
+              access == GENERIC_WRITE ? ERROR_SUCCESS : ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(CloseHandle(file));
+  }
+  EXPECT_EQ(m_machine.Read(kFile), "AFfore");
+  using Row = std::pair<const wchar_t*, DWORD>;
+  for (const auto& [path, error] :
+       {Row(L"C:\\SigilTest\\no", ERROR_FILE_NOT_FOUND), Row(L"C:\\no\\no", ERROR_PATH_NOT_FOUND),
+        Row(L"C:\\SigilTest\\file\\x", ERROR_PATH_NOT_FOUND), Row(L"", ERROR_PATH_NOT_FOUND),
+        Row(L"C:\\SigilTest", ERROR_ACCESS_DENIED), Row(nullptr, ERROR_PATH_NOT_FOUND)})
+    EXPECT_EQ(ErrorOf(Open(path, GENERIC_READ)), error);
 }
 
 }  // namespace

@@ -5,36 +5,32 @@
 #include <unistd.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 
-#include "platform/posix/machine.h"
 #include "platform/synch.h"
+#include "tests/platform/calls.h"
 #include "tests/support/test_machine.h"
 
 namespace {
 
+using tests::ErrorOf;
+
 constexpr wchar_t kName[] = L"Global\\TEST";
 
-/// A handle that is closed at the end.
-class Handle {
- public:
-  explicit Handle(LPCWSTR name = kName, BOOL owned = FALSE)
-      : m_handle(CreateMutexW(nullptr, owned, name)), m_error(GetLastError()) {}
-  ~Handle() {
-    if (m_handle != nullptr) CloseHandle(m_handle);
-  }
-  Handle(const Handle&) = delete;
-  Handle& operator=(const Handle&) = delete;
+/// Closed at the end.
+using Handle = std::unique_ptr<void, decltype([](HANDLE handle) { CloseHandle(handle); })>;
 
-  operator HANDLE() const { return m_handle; }
-  /// As its making left the last error.
-  DWORD Error() const { return m_error; }
+Handle Make(LPCWSTR name = kName, BOOL owned = FALSE) {
+  return Handle(CreateMutexW(nullptr, owned, name));
+}
 
- private:
-  HANDLE m_handle;
-  DWORD m_error;
-};
+/// The last error that making the mutex leaves.
+DWORD Making(LPCWSTR name) {
+  const Handle handle = Make(name);
+  return GetLastError();
+}
 
 DWORD InThread(const std::function<DWORD()>& action) {
   DWORD result = 0;
@@ -43,107 +39,83 @@ DWORD InThread(const std::function<DWORD()>& action) {
 }
 
 /// What a wait of another thread gives; it releases what it got.
-DWORD WaitElsewhere(HANDLE mutex) {
+DWORD WaitElsewhere(const Handle& mutex) {
   return InThread([&] {
-    const DWORD result = WaitForSingleObject(mutex, 0);
-    if (result != WAIT_TIMEOUT) ReleaseMutex(mutex);
+    const DWORD result = WaitForSingleObject(mutex.get(), 0);
+    if (result != WAIT_TIMEOUT) ReleaseMutex(mutex.get());
     return result;
   });
 }
 
 class Mutexes : public testing::Test {
  protected:
-  /// Runs `action` in a process of its own; its result is the exit code, 100 when it was killed.
   static pid_t Start(const std::function<int()>& action) {
     const pid_t child = fork();
     if (child == 0) _exit(action());
     return child;
   }
-  static int End(pid_t child) {
+  static void ExpectEnd(pid_t child, int expected) {
     int status = 0;
     waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 100;
+    EXPECT_EQ(status, expected);
   }
-  /// Starts a process that takes the mutex by a handle of its own, and kills it then.
+  /// A process takes the mutex by a handle of its own and is killed.
   static void KillAnOwner() {
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    const pid_t child = Start([&] {
-      Handle mutex;
-      WaitForSingleObject(mutex, INFINITE);
-      if (write(ends[1], "x", 1) == 1) pause();
-      return 1;
+    const pid_t child = Start([] {
+      const Handle mutex = Make();
+      WaitForSingleObject(mutex.get(), INFINITE);
+      return raise(SIGKILL);
     });
-    char byte;
-    EXPECT_EQ(read(ends[0], &byte, 1), 1);
-    kill(child, SIGKILL);
-    EXPECT_EQ(End(child), 100);
-    close(ends[0]);
-    close(ends[1]);
+    ExpectEnd(child, SIGKILL);
   }
 
   tests::TestMachine m_machine;
 };
 
 TEST_F(Mutexes, HaveOneOwnerThatCounts) {
-  Handle first(kName, TRUE);
-  EXPECT_EQ(first.Error(), DWORD{ERROR_SUCCESS});
-  Handle second(kName, TRUE);
-  EXPECT_EQ(second.Error(), DWORD{ERROR_ALREADY_EXISTS});
-  EXPECT_EQ(WaitForSingleObject(second, INFINITE), WAIT_OBJECT_0);
-  EXPECT_EQ(WaitForSingleObject(first, 0), WAIT_OBJECT_0);
-  EXPECT_EQ(InThread([&] { return WaitForSingleObject(second, 20); }), WAIT_TIMEOUT);
-  EXPECT_EQ(InThread([&] { return ReleaseMutex(first) ? 0 : GetLastError(); }), ERROR_NOT_OWNER);
-  for (int i = 0; i < 3; ++i) {
+  const Handle first = Make(kName, TRUE);
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
+  const Handle second = Make(kName, TRUE);
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
+  EXPECT_EQ(WaitForSingleObject(second.get(), INFINITE), WAIT_OBJECT_0);
+  EXPECT_EQ(WaitForSingleObject(first.get(), 0), WAIT_OBJECT_0);
+  EXPECT_EQ(InThread([&] { return WaitForSingleObject(second.get(), 20); }), WAIT_TIMEOUT);
+  EXPECT_EQ(InThread([&] { return ErrorOf(ReleaseMutex(first.get())); }), ERROR_NOT_OWNER);
+  for (const Handle* each : {&first, &second, &first}) {
     EXPECT_EQ(WaitElsewhere(first), WAIT_TIMEOUT);
-    EXPECT_TRUE(ReleaseMutex(i == 1 ? second : first));
+    EXPECT_TRUE(ReleaseMutex(each->get()));
   }
   EXPECT_EQ(WaitElsewhere(second), WAIT_OBJECT_0);
-  EXPECT_FALSE(ReleaseMutex(first));
-  EXPECT_EQ(GetLastError(), ERROR_NOT_OWNER);
+  EXPECT_EQ(ErrorOf(ReleaseMutex(first.get())), ERROR_NOT_OWNER);
 }
 
-TEST_F(Mutexes, AreToldApartByName) {
-  Handle own(kName, TRUE);
-  Handle local(L"Local\\TEST");
-  EXPECT_EQ(local.Error(), DWORD{ERROR_SUCCESS});
-  EXPECT_EQ(Handle(L"TEST").Error(), DWORD{ERROR_ALREADY_EXISTS});
-  EXPECT_EQ(Handle(L"test").Error(), DWORD{ERROR_SUCCESS});
-  EXPECT_EQ(Handle(L"Global\\会議室 ../%").Error(), DWORD{ERROR_SUCCESS});
-  EXPECT_EQ(Handle(nullptr).Error(), DWORD{ERROR_SUCCESS});
-  EXPECT_EQ(WaitElsewhere(Handle(L"")), WAIT_OBJECT_0);
-
+TEST_F(Mutexes, AreToldApartByNameAndHandle) {
+  const Handle global = Make(), local = Make(L"Local\\TEST");
+  const std::wstring tooLong(300, L'x');
+  using Row = std::pair<LPCWSTR, DWORD>;
   for (const auto& [name, error] :
-       {std::pair<std::wstring, DWORD>{L"Global\\a\\b", ERROR_PATH_NOT_FOUND},
-        {L"a\\b", ERROR_PATH_NOT_FOUND},
-        {std::wstring(300, L'x'), ERROR_FILENAME_EXCED_RANGE}}) {
-    const Handle none(name.c_str());
-    EXPECT_EQ(none, nullptr);
-    EXPECT_EQ(none.Error(), error);
-  }
-}
-
-TEST_F(Mutexes, KnowTheirHandles) {
-  const HANDLE mutex = CreateMutexW(nullptr, FALSE, kName);
-  EXPECT_TRUE(CloseHandle(mutex));
-  for (const HANDLE bad : {mutex, HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
-    SetLastError(0);
-    EXPECT_FALSE(CloseHandle(bad));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+       {Row(kName, ERROR_ALREADY_EXISTS), Row(L"TEST", ERROR_ALREADY_EXISTS),
+        Row(L"Global\\test", ERROR_SUCCESS), Row(L"Global\\会議室 ../%", ERROR_SUCCESS),
+        Row(nullptr, ERROR_SUCCESS), Row(L"Global\\a\\b", ERROR_PATH_NOT_FOUND),
+        Row(tooLong.c_str(), ERROR_FILENAME_EXCED_RANGE)})
+    EXPECT_EQ(Making(name), error);
+  const HANDLE closed = Make().get();
+  for (const HANDLE bad : {closed, HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
+    EXPECT_EQ(ErrorOf(CloseHandle(bad)), ERROR_INVALID_HANDLE);
     EXPECT_EQ(WaitForSingleObject(bad, 0), WAIT_FAILED);
-    EXPECT_FALSE(ReleaseMutex(bad));
+    EXPECT_EQ(ErrorOf(ReleaseMutex(bad)), ERROR_INVALID_HANDLE);
   }
 }
 
 TEST_F(Mutexes, AreAbandonedByThreadsAndProcessesThatEnd) {
-  Handle mutex;
+  const Handle mutex = Make();
   for (int round = 0; round < 2; ++round) {
-    InThread([&] { return WaitForSingleObject(mutex, 0) + WaitForSingleObject(mutex, 0); });
-    EXPECT_EQ(WaitForSingleObject(mutex, INFINITE), WAIT_ABANDONED);
-    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
-    EXPECT_TRUE(ReleaseMutex(mutex));
+    InThread([&] { return WaitForSingleObject(mutex.get(), 0); });
+    EXPECT_EQ(WaitForSingleObject(mutex.get(), INFINITE), WAIT_ABANDONED);
+    EXPECT_EQ(WaitForSingleObject(mutex.get(), 0), WAIT_OBJECT_0);
+    EXPECT_TRUE(ReleaseMutex(mutex.get()));
     EXPECT_EQ(WaitElsewhere(mutex), WAIT_TIMEOUT);
-    EXPECT_TRUE(ReleaseMutex(mutex));
+    EXPECT_TRUE(ReleaseMutex(mutex.get()));
     EXPECT_EQ(WaitElsewhere(mutex), WAIT_OBJECT_0);
   }
   KillAnOwner();
@@ -153,59 +125,39 @@ TEST_F(Mutexes, AreAbandonedByThreadsAndProcessesThatEnd) {
 
 TEST_F(Mutexes, AreGoneWithTheirLastHandle) {
   KillAnOwner();
-  EXPECT_EQ(Handle().Error(), DWORD{ERROR_SUCCESS});
+  EXPECT_EQ(Making(kName), DWORD{ERROR_SUCCESS});
   // Closed while it is owned: the owner goes on with others, and the name is free.
-  { Handle owned(kName, TRUE); }
-  Handle anew;
-  EXPECT_EQ(anew.Error(), DWORD{ERROR_SUCCESS});
+  Make(kName, TRUE).reset();
+  const Handle anew = Make();
+  EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
   EXPECT_EQ(WaitElsewhere(anew), WAIT_OBJECT_0);
-  EXPECT_EQ(WaitForSingleObject(anew, 0), WAIT_OBJECT_0);
-  EXPECT_TRUE(ReleaseMutex(anew));
   // Another handle keeps it: it stays owned until its thread ends.
-  InThread([&] {
-    Handle other;
-    EXPECT_EQ(WaitForSingleObject(other, 0), WAIT_OBJECT_0);
-    return CloseHandle(CreateMutexW(nullptr, FALSE, kName));
-  });
+  InThread([] { return WaitForSingleObject(Make().get(), 0); });
   EXPECT_EQ(WaitElsewhere(anew), WAIT_ABANDONED);
-}
-
-TEST_F(Mutexes, WakeTheProcessThatWaits) {
-  Handle mutex(kName, TRUE);
-  const pid_t child = Start([] {
-    Handle other;
-    return other.Error() == ERROR_ALREADY_EXISTS &&
-                   WaitForSingleObject(other, 60000) == WAIT_OBJECT_0 && ReleaseMutex(other)
-               ? 0
-               : 1;
-  });
-  usleep(20000);
-  EXPECT_TRUE(ReleaseMutex(mutex));
-  EXPECT_EQ(End(child), 0);
 }
 
 // Each round makes the mutex or opens it, so that making and vanishing meet in every way.
 TEST_F(Mutexes, LetOneProcessInAtATime) {
-  constexpr int kProcesses = 4;
   constexpr int kRounds = 300;
   void* memory =
       mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   auto& counter = *static_cast<volatile int*>(memory);
-  pid_t children[kProcesses];
+  pid_t children[4];
   for (pid_t& child : children)
     child = Start([&] {
       for (int i = 0; i < kRounds; ++i) {
-        Handle mutex;
-        if (WaitForSingleObject(mutex, INFINITE) != WAIT_OBJECT_0) return 1;
+        const Handle mutex = Make();
+        const DWORD patience = i % 2 == 0 ? INFINITE : 60000;
+        if (WaitForSingleObject(mutex.get(), patience) != WAIT_OBJECT_0) return 1;
         const int seen = counter;
         if (i % 7 == 0) usleep(1);
         counter = seen + 1;
-        if (!ReleaseMutex(mutex)) return 2;
+        if (!ReleaseMutex(mutex.get())) return 2;
       }
       return 0;
     });
-  for (const pid_t child : children) EXPECT_EQ(End(child), 0);
-  EXPECT_EQ(counter, kProcesses * kRounds);
+  for (const pid_t child : children) ExpectEnd(child, 0);
+  EXPECT_EQ(counter, 4 * kRounds);
   munmap(memory, sizeof(int));
 }
 
