@@ -9,7 +9,6 @@
 #include <fstream>
 #include <thread>
 
-#include "platform/file.h"
 #include "platform/posix/machine.h"
 #include "platform/utf.h"
 #include "tests/support/test_machine.h"
@@ -104,11 +103,6 @@ TEST(ControlService, WaitsForEventsUntilItIsStopped) {
   });
   EXPECT_EQ(Serve(service, L"Setting"), expected + "Setting ");
   client.join();
-
-  std::stop_source idle;
-  std::thread stopper([&] { idle.request_stop(); });
-  service.Serve([](const peers::PipeEvent&) { ADD_FAILURE(); }, idle.get_token());
-  stopper.join();
 }
 
 TEST(ControlService, ReplacesADeadServerAndNoLivingOne) {
@@ -131,18 +125,6 @@ TEST(ControlService, ReplacesADeadServerAndNoLivingOne) {
   remove_all(Pipe().parent_path());
   std::ofstream(Pipe().parent_path()) << "in the way";
   EXPECT_THROW(ControlService(), std::system_error);
-}
-
-TEST(ControlService, HearsTheMachinesOwnClientsOnALongPathToo) {
-  const tests::TestMachine machine;
-  setenv("SIGIL_ROOT", (platform::MachineRoot() / std::string(150, 'x')).c_str(), 1);
-  ControlService service;
-  HANDLE pipe = CreateFileW(L"\\\\.\\pipe\\hlwatermark", GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                            0, nullptr);
-  DWORD written = 0;
-  EXPECT_TRUE(WriteFile(pipe, Message(L"Release").data(), 16, &written, nullptr));
-  EXPECT_TRUE(CloseHandle(pipe));
-  EXPECT_EQ(Serve(service), "Release ");
 }
 
 }  // namespace

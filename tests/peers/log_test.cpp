@@ -2,14 +2,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <regex>
 
 #include "platform/posix/machine.h"
-#include "platform/utf.h"
 #include "tests/support/test_machine.h"
 
 namespace {
@@ -84,29 +82,6 @@ TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentAndDropsWhatItCannotWrite) {
   char byte;
   EXPECT_EQ(read(reader, &byte, 1), 0);
   close(reader);
-}
-
-TEST_F(Log, IsSharedByProcesses) {
-  constexpr int kProcesses = 4, kLines = 200;
-  const std::wstring text(3000, L'長');  // longer than the buffers of streams
-  for (int process = 0; process < kProcesses; ++process) {
-    if (fork() != 0) continue;
-    for (int i = 0; i < kLines; ++i) plain(process, i, L"F", 1, text.c_str());
-    _exit(0);
-  }
-  while (wait(nullptr) > 0) {
-  }
-  std::istringstream log(machine.Read(kLogFile));
-  std::vector<int> next(kProcesses);
-  for (std::string stamp, line; std::getline(log, stamp, 'F') && std::getline(log, line);) {
-    EXPECT_EQ(line, "(1) " + platform::ToUtf8(text));
-    std::istringstream words(stamp);
-    std::string date, time;
-    int process = 0, level = 0, number = 0;
-    words >> date >> time >> process >> level >> number;
-    EXPECT_EQ(number, next.at(static_cast<std::size_t>(level))++);
-  }
-  EXPECT_EQ(next, std::vector<int>(kProcesses, kLines));
 }
 
 }  // namespace

@@ -6,13 +6,10 @@
 #include <sys/wait.h>
 
 #include <functional>
-#include <future>
-#include <limits>
 #include <memory>
 #include <thread>
 
 #include "peers/settings_component/setting_file.h"
-#include "platform/utf.h"
 #include "tests/support/test_machine.h"
 
 namespace {
@@ -164,30 +161,6 @@ TEST(SettingsComponent, KeepsWhatIsCommittedAndSavedAndNothingElse) {
   EXPECT_EQ(Show(), "content log\n" + entries + "* has E1_乙\nexcluded second\nsecond s1\n");
 }
 
-TEST(SettingsComponent, KeepsEveryProperty) {
-  const tests::TestMachine machine;
-  const auto settings = Open();
-  const auto entry = Entry(*settings, L"p");
-  const auto mark = NewMark(*entry);
-  const std::wstring huge(3'000'000, L'透');
-  EXPECT_EQ(mark->SetName(L"a\xD83Dz") | mark->SetText(huge.c_str()) | mark->SetFontName(L"明朝") |
-                mark->SetFontSize(10.5) | mark->SetXOffset(-0.25) | mark->SetYOffset(1e3) |
-                mark->SetBold(1) | mark->SetUnderLine(1) | mark->SetRepeatFirstAxis(2) |
-                mark->SetItalic(0) | mark->SetFit(0) | mark->SetRepeatSecondAxis(0) |
-                mark->SetColor(0xFFFFFF) | mark->SetRotate(359) | mark->SetPrintPos(8) |
-                mark->SetOpacity(99) | mark->SetPositionOption(3) | mark->SetRepeatVSpace(-1000) |
-                mark->SetRepeatHSpace(7),
-            0);
-  EXPECT_LT(mark->SetXOffset(std::numeric_limits<double>::quiet_NaN()), 0);
-  EXPECT_LT(mark->SetText(nullptr), 0);
-  ASSERT_EQ(Keep(*entry), 0);
-  EXPECT_EQ(Sql("SELECT name, fontName, fontSize, xOffset, yOffset, bold, italic, underLine, fit,"
-                " repeatFirstAxis, repeatSecondAxis, color, rotate, printPos, opacity,"
-                " positionOption, repeatVSpace, repeatHSpace FROM watermark"),
-            "a\xEF\xBF\xBDz 明朝 10.5 -0.25 1000.0 1 0 1 0 1 0 16777215 359 8 99 3 -1000 7\n");
-  EXPECT_EQ(Sql("SELECT text FROM watermark"), platform::ToUtf8(huge) + "\n");
-}
-
 TEST(SettingsComponent, GivesTextsToBuffersOfAnySize) {
   const tests::TestMachine machine;
   const auto settings = Open();
@@ -242,7 +215,7 @@ TEST(SettingsComponent, LeavesAFileThatIsNoSettingFileAlone) {
   }
 }
 
-TEST(SettingsComponent, LocksOutOthersButNotReaders) {
+TEST(SettingsComponent, LocksOutOthers) {
   const tests::TestMachine machine;
   constexpr int kProcesses = 3, kRounds = 20;
   const auto add = [] {
@@ -264,24 +237,6 @@ TEST(SettingsComponent, LocksOutOthersButNotReaders) {
   for (int i = 0; i < (kProcesses + 1) * kRounds; ++i)
     expected += "excluded " + std::to_string(i) + "\n";
   EXPECT_EQ(Show(), expected);
-
-  const auto holder = Open();
-  ASSERT_EQ(holder->Lock(), 0);
-  std::string order;
-  std::promise<void> hasRead;
-  std::thread other([&] {
-    const auto settings = Open();
-    EXPECT_EQ(settings->GetPrinterSettingCount(), 0) << "reading goes on";
-    hasRead.set_value();
-    const std::int32_t saved = Keep(*Entry(*settings, L"p"));
-    order += saved == 0 ? "other" : "failed";
-  });
-  hasRead.get_future().wait();
-  EXPECT_EQ(Keep(*Entry(*holder, L"q")), 0);
-  order += "holder, ";
-  EXPECT_EQ(holder->UnLock(), 0);
-  other.join();
-  EXPECT_EQ(order, "holder, other");
 }
 
 TEST(SettingsComponent, SurvivesTheDeathOfItsProcess) {
@@ -313,19 +268,6 @@ TEST(SettingsComponent, SurvivesTheDeathOfItsProcess) {
     EXPECT_EQ(Sql("SELECT count(*), count(DISTINCT name) FROM watermark"), "200 1\n")
         << "a record half saved";
   }
-}
-
-TEST(SettingsComponent, ObjectsMayOutliveTheirMakers) {
-  const tests::TestMachine machine;
-  auto entry = Entry(*Open(), L"p");
-  const auto mark = NewMark(*entry);
-  EXPECT_EQ(mark->SetName(L"late") | Keep(*entry), 0);
-  entry.reset();
-  EXPECT_EQ(mark->SetName(L"lost"), 0);
-  EXPECT_EQ(mark->AddRef() - mark->Release(), 1u);
-  const fs::directory_iterator files(File().parent_path());
-  EXPECT_EQ(std::distance(begin(files), end(files)), 2) << "the file, the lock and no remains";
-  EXPECT_EQ(Show(), "p: last off \np has late\n");
 }
 
 }  // namespace

@@ -15,7 +15,6 @@
 #include "platform/netapi.h"
 #include "platform/posix/machine.h"
 #include "platform/profile.h"
-#include "platform/spooler.h"
 #include "platform/utf.h"
 #include "tests/platform/calls.h"
 #include "tests/support/test_machine.h"
@@ -143,34 +142,6 @@ TEST_F(Machine, HasTheAccountsOfItsDescription) {
   }
 }
 
-TEST_F(Machine, GivesWhatHasRoom) {
-  wchar_t name[8] = L"#######";
-  DWORD size = 6;
-  EXPECT_EQ(ErrorOf(GetUserNameW(name, &size)), ERROR_INSUFFICIENT_BUFFER);
-  EXPECT_EQ(size, 7U);
-  EXPECT_STREQ(name, L"#######");
-  EXPECT_TRUE(GetUserNameW(name, &size));
-  EXPECT_STREQ(name, L"tanaka");
-
-  m_machine.SetPrinters({{L"会議室プリンタ", kSuiteDriver, std::nullopt},
-                         {L"\\\\SERVER\\Far", L"Other Driver", L"far"}});
-  DWORD needed = 0, count = 9;
-  std::vector<BYTE> block;
-  const auto list = [&](DWORD capacity) {
-    return ErrorOf(EnumPrintersW(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 2,
-                                 block.data(), capacity, &needed, &count));
-  };
-  EXPECT_EQ(list(0), ERROR_INSUFFICIENT_BUFFER);
-  EXPECT_EQ(count, 0U);
-  block.resize(needed);
-  EXPECT_EQ(list(needed - 1), ERROR_INSUFFICIENT_BUFFER);
-  EXPECT_EQ(list(needed), ERROR_SUCCESS);
-  EXPECT_EQ(count, 2U);
-  const auto* record = reinterpret_cast<const PRINTER_INFO_2W*>(block.data());
-  EXPECT_EQ(Text(record[0].pPrinterName) + "|" + Text(record[0].pComment), "会議室プリンタ|(null)");
-  EXPECT_EQ(Text(record[1].pServerName) + "|" + Text(record[1].pComment), "\\\\SERVER|far");
-}
-
 HANDLE Open(LPCWSTR path, DWORD access = GENERIC_WRITE) {
   return CreateFileW(path, access, 0, nullptr, OPEN_EXISTING, 0, nullptr);
 }
@@ -201,24 +172,6 @@ TEST_F(Machine, TellsWhyAPipeCannotBeUsed) {
   EXPECT_EQ(ErrorOf(Open(kPipe)), ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(ErrorOf(Open(L"\\\\.\\pipe\\other")), ERROR_FILE_NOT_FOUND);
   EXPECT_EQ(ErrorOf(Open(L"\\\\.\\pipe\\..\\x")), ERROR_INVALID_NAME);
-}
-
-TEST_F(Machine, OpensFilesByTheSameCalls) {
-  constexpr wchar_t kFile[] = L"C:\\SigilTest\\file";
-  m_machine.Write(kFile, "before");
-  for (const DWORD access : {GENERIC_WRITE, GENERIC_READ}) {
-    const HANDLE file = Open(kFile, access);
-    EXPECT_EQ(ErrorOf(WriteFile(file, "AF", 2, nullptr, nullptr)),
-              access == GENERIC_WRITE ? ERROR_SUCCESS : ERROR_ACCESS_DENIED);
-    EXPECT_TRUE(CloseHandle(file));
-  }
-  EXPECT_EQ(m_machine.Read(kFile), "AFfore");
-  using Row = std::pair<const wchar_t*, DWORD>;
-  for (const auto& [path, error] :
-       {Row(L"C:\\SigilTest\\no", ERROR_FILE_NOT_FOUND), Row(L"C:\\no\\no", ERROR_PATH_NOT_FOUND),
-        Row(L"C:\\SigilTest\\file\\x", ERROR_PATH_NOT_FOUND), Row(L"", ERROR_PATH_NOT_FOUND),
-        Row(L"C:\\SigilTest", ERROR_ACCESS_DENIED), Row(nullptr, ERROR_PATH_NOT_FOUND)})
-    EXPECT_EQ(ErrorOf(Open(path, GENERIC_READ)), error);
 }
 
 }  // namespace

@@ -16,19 +16,6 @@ std::wstring Format(LPCWSTR format, const Arguments&... arguments) {
   return {text.GetString(), static_cast<std::size_t>(text.GetLength())};
 }
 
-TEST(CString, JoinsComparesAndTakesParts) {
-  CString text(L"abcdef", 3);
-  text += L"<" + text + L'|' + text + L">";
-  EXPECT_TRUE(text == L"abc<abc|abc>" && !(text < text) && text < CString(L"b"));
-  EXPECT_TRUE(CString(L"\x7FFF").Compare(L"\xFFFD") < 0 && CString(L"ab").Compare(L"a") > 0);
-  const CString letters = L"aBc";
-  EXPECT_TRUE(letters.CompareNoCase(L"AbC") == 0 && letters.CompareNoCase(L"aa") > 0);
-  EXPECT_THROW(text.Compare(nullptr), CInvalidArgException);
-  EXPECT_TRUE(letters[2] == L'c' && letters[3] == L'\0');
-  EXPECT_THROW(letters[4], CInvalidArgException);
-  EXPECT_STREQ(letters.Mid(1) + L"|" + letters.Mid(-1) + L"|" + letters.Mid(9), L"Bc|aBc|");
-}
-
 TEST(CString, ReplacesTrimsAndLendsItsBuffer) {
   CString text = L"{WinUser} and {WinUser}, {winuser}";
   EXPECT_EQ(text.Replace(L"{WinUser}", L"{WinUser}{WinUser}"), 2);
@@ -143,18 +130,6 @@ TEST_F(Files, AreReadLineByLine) {
   m_machine.Write(kFile, "\x89\xEF\x8B\x63\x8E\xBA,1\xB1\n\x82\n,\n");
   EXPECT_EQ(Lines(), L"会議室,1ｱ|・|,|");
 #endif
-}
-
-TEST(ExtensionModule, OwnsItsLibrariesUntilItEnds) {
-  static AFX_EXTENSION_MODULE state;
-  ASSERT_TRUE(AfxInitExtensionModule(state, reinterpret_cast<HMODULE>(&state)));
-  // Were one of them not deleted, the leak checker would tell.
-  new CDynLinkLibrary(state);
-  const auto* second = new CDynLinkLibrary(state);
-  new CDynLinkLibrary(state);
-  delete second;
-  AfxTermExtensionModule(state);
-  EXPECT_FALSE(state.bInitialized);
 }
 
 }  // namespace

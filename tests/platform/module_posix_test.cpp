@@ -7,7 +7,6 @@
 #include "platform/file.h"
 #include "platform/module.h"
 #include "platform/posix/machine.h"
-#include "platform/utf.h"
 #include "tests/platform/calls.h"
 #include "tests/support/test_machine.h"
 
@@ -81,21 +80,6 @@ TEST_F(Modules, LieOnTheMachineTooOrTellWhyNot) {
   EXPECT_EQ(ErrorOf(GetModuleHandleW(kModule)), ERROR_MOD_NOT_FOUND);
   EXPECT_TRUE(FreeLibrary(LoadLibraryW(kModule)));
   EXPECT_EQ(Calls(), "+-+-");
-}
-
-TEST_F(Modules, IncludeTheHostAndTheShell) {
-  const std::wstring host = PathOf(nullptr);
-  EXPECT_EQ(host, platform::FromUtf8(fs::read_symlink("/proc/self/exe").string()));
-  wchar_t path[5] = L"####";
-  EXPECT_EQ(GetModuleFileNameW(nullptr, path, 3), 3U);
-  EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-  EXPECT_EQ(path, host.substr(0, 2));
-  EXPECT_EQ(path[3], L'#');
-
-  const HMODULE shell = LoadLibraryW(L"Shell32");
-  EXPECT_EQ(GetModuleHandleW(L"shell32.dll"), shell);
-  EXPECT_NE(GetProcAddress(shell, "SHGetKnownFolderPath"), nullptr);
-  EXPECT_TRUE(FreeLibrary(shell));
 }
 
 }  // namespace

@@ -47,13 +47,6 @@ TEST(Com, ErrorsHaveTheSystemsTextOrTheirNumber) {
   EXPECT_EQ(message(0x80070005), L"Access is denied.");
 }
 
-TEST(Com, UuidTextIsLowerCaseWithHyphens) {
-  RPC_WSTR text = nullptr;
-  ASSERT_EQ(UuidToStringW(&CLSID_DOMDocument60, &text), RPC_S_OK);
-  EXPECT_STREQ(reinterpret_cast<const wchar_t*>(text), L"88d96a05-f192-11d4-a65f-0040963251e5");
-  EXPECT_EQ(RpcStringFreeW(&text), RPC_S_OK);
-}
-
 std::wstring Repeat(const std::wstring& text, std::size_t count) {
   std::wstring all;
   for (; count > 0; --count) all += text;
