@@ -78,7 +78,7 @@ TEST_F(Profile, AWriteChangesItsOwnLinesOnly) {
   for (const auto& [before, key, value, after] :
        {Row("", L"Name", L"田中 \xD842\xDFB7", "[User]\r\nName=\x93\x63\x92\x86 ??\r\n"),
         Row("[USER]\r\nName=\r\n" + rest, L"NAME", L"x", "[USER]\r\nName=x\r\n" + rest),
-        Row("[User]\r\nA=1\r\n\r\n" + rest, L"B", L"", "[User]\r\nA=1\r\nB=\r\n\r\n" + rest),
+        Row("[User]\r\nA=1\r\n" + rest, L"B", L"", "[User]\r\nA=1\r\nB=\r\n" + rest),
         Row("[New]\r\nA=1", L"B", L"2", "[New]\r\nA=1\r\n[User]\r\nB=2\r\n")}) {
     m_machine.Remove(kFile);
     if (!before.empty()) m_machine.Write(kFile, before);

