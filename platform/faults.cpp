@@ -5,6 +5,7 @@
 #include <atomic>
 #include <map>
 #include <mutex>
+#include <new>
 #include <string>
 
 namespace platform {
@@ -38,9 +39,10 @@ std::optional<DWORD> TakeFault(const char* operation) {
   const auto found = g_faults.find(std::string_view(operation));
   if (found == g_faults.end()) return std::nullopt;
   Fault& fault = found->second;
-  if (fault.goodCalls == 0) return fault.error;
-  --fault.goodCalls;
-  return std::nullopt;
+  if (fault.goodCalls-- > 0) return std::nullopt;
+  fault.goodCalls = 0;
+  if (fault.error == kThrows) throw std::bad_alloc();
+  return fault.error;
 }
 
 void SetObserver(void (*observer)(const char* operation)) {

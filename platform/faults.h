@@ -10,6 +10,9 @@
 
 namespace platform {
 
+/// In place of an error: the operation throws std::bad_alloc.
+constexpr DWORD kThrows = ~DWORD{0};
+
 #ifdef SIGIL_FAULTS
 
 constexpr bool kHasFaults = true;

@@ -59,6 +59,10 @@ TEST(Folders, TheShellThatDoesNotTellIsPassedOver) {
     platform::ClearFaults();
   }
   ExpectRecord("");
+  platform::SetFault("GetPrivateProfileStringW", 0, platform::kThrows);
+  CString folder;
+  EXPECT_FALSE(SigilSettingManagement::GetEMSFolderPath(folder));
+  ExpectRecord(Transcript({"host/transcripts/host"})("folder not asked"));
 }
 
 }  // namespace

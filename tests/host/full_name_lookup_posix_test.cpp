@@ -29,6 +29,7 @@ TEST(FullNameLookup, AsksTheControllerFirstAndTheMachineAfterIt) {
       {local, {}, "machine found", true, "田中 太郎", ""},
       {"[Accounts]\ntanaka=\n", {}, "machine without name", true, "", ""},
       {local, lost, "machine lost", false, "", ""},
+      {local, Fault("NetUserGetInfo", 0, platform::kThrows), "exception", false, "", ""},
       {joined + "tanaka=本店 太郎\n", {}, "controller found", true, "本店 太郎", "\\\\DC01"},
       {joined + "tanaka=\n", {}, "controller without name", true, "", "\\\\DC01"},
       {joined + "tanaka\n", {}, "controller found", true, "田中 太郎", ""},

@@ -36,6 +36,7 @@ TEST_F(Exclude, AMachineWithoutPrintersEmptiesTheLists) {
 TEST_F(Exclude, EachFailureHasItsRecord) {
   const std::vector<Row> rows = {
       {"printers not listed", Fault("EnumPrintersW", 1), -101},
+      {"listing throws", Fault("EnumPrintersW", 0, platform::kThrows), -101},
       {"no mutex", Fault("CreateMutexW"), -101},
       {"failed wait", Fault("WaitForSingleObject"), -101},
       {"instance refused", Gives(L"SigilCreateInstance", 1, -1), -101},

@@ -64,6 +64,7 @@ TEST_F(Notification, EachFailureHasItsResultAndRecord) {
       {"no memory for the descriptor", Fault("LocalAlloc"), -1},
       {"descriptor not initialised", Fault("InitializeSecurityDescriptor"), -1},
       {"no access list", Fault("SetSecurityDescriptorDacl"), -1},
+      {"exception", Fault("CreateFileW", 0, platform::kThrows), 0},
       {"pipe busy", Fault("CreateFileW", 0, ERROR_PIPE_BUSY), -2},
       {"server gone", Fault("WriteFile", 0, ERROR_NO_DATA), -3},
       {"pipe not closed", Fault("CloseHandle"), -4}};

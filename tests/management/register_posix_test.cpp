@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "component/operation_sigil_settings.h"
+#include "management/element_mapping.h"
 #include "management/register_watermark_info.h"
 #include "policy/watermark_policy_xml_parser.h"
 #include "tests/support/record.h"
@@ -9,17 +10,22 @@
 namespace tests {
 namespace {
 
-TEST(Register, WithoutAListNothingIsDoneAndTheReaderStays) {
+TEST(Register, WithoutAListOrARecordNothingIsDone) {
   TestMachine machine;
   {
     OperationSigilSettings settings;
     EXPECT_EQ(SigilSettingManagement::RegisterWatermarkInfo(1, L"<a/>", settings, nullptr, 0), -1);
+    GUID id{};
+    EXPECT_FALSE(SigilSettingManagement::SetHeaderFooterInfo(L"E1", nullptr, &id));
+    EXPECT_FALSE(SigilSettingManagement::SetStampInfo(L"E1", nullptr, &id));
   }
   CWatermarkPolicyXMLParser::DeleteInstance();
   ExpectRecord(R"(
 component loaded
 CoInitialize
 5 153100110 SigilSettingManagement::RegisterWatermarkInfo "プリンタ情報取得に失敗したため、全プリンタ透かし情報設定処理を中断"
+4 153100250 SigilSettingManagement::SetHeaderFooterInfo "PrinterSettingsインスタンスが無いため、フッターヘッダー設定処理中断"
+4 153100290 SigilSettingManagement::SetStampInfo "PrinterSettingsインスタンスが無いため、スタンプ設定処理中断"
 component unloaded
 CoUninitialize
 )");

@@ -74,24 +74,6 @@ TEST(ControlService, TellsEachMessageWhateverItsClientDoes) {
   EXPECT_EQ(Serve(service), "");
 }
 
-TEST(ControlService, LetsTheFirstClientGoWhenTooManyStay) {
-  const tests::TestMachine machine;
-  ControlService service;
-  std::vector<Descriptor> clients;
-  while (clients.size() < ControlService::kMaxClients) {
-    clients.push_back(Connect());
-    EXPECT_EQ(Serve(service), "");
-  }
-  Send(clients.front(), Message(L"Release"));
-  clients.push_back(Connect());
-  EXPECT_EQ(Serve(service), "Release ");
-  Send(clients.back(), Message(L"Setting"));
-  EXPECT_EQ(Serve(service), "Setting ");
-  Send(clients[1], Message(L"Setting"));
-  EXPECT_EQ(Serve(service), "Setting ");
-  EXPECT_LT(send(clients[0].Get(), "x", 1, MSG_NOSIGNAL), 0);
-}
-
 TEST(ControlService, WaitsForEventsUntilItIsStopped) {
   const tests::TestMachine machine;
   ControlService service;

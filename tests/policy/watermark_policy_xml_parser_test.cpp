@@ -4,6 +4,7 @@
 
 #include "platform/faults.h"
 #include "platform/utf.h"
+#include "tests/recorder/recorder.h"
 #include "tests/support/record.h"
 #include "tests/support/test_machine.h"
 #include "tests/support/transcript.h"
@@ -129,6 +130,18 @@ TEST_F(PolicyReader, ContainsEveryException) {
   platform::SetFault("IXMLDOMNode::get_text", 2, static_cast<DWORD>(E_OUTOFMEMORY));
   EXPECT_EQ(Reader()->GetPolicyInfo(1, ids), -101);
   EXPECT_EQ(ids.size(), 2U) << "what was read before the exception stays";
+
+  RecorderReset();
+  for (const char* call :
+       {"IXMLDOMNode::get_attributes", "IXMLDOMNode::selectSingleNode", "IXMLDOMNode::selectNodes"})
+    platform::SetFault(call, 0, platform::kThrows);
+  EXPECT_EQ(LoadDocument(), -102);
+  EXPECT_EQ(Reader()->GetPolicyInfo(1, ids), -102);
+  EXPECT_TRUE(Reader()->GetPrinterScope(1).IsEmpty());
+  EXPECT_TRUE(Reader()->GetWatermarkElement(L"E1", L"Kind").IsEmpty());
+  platform::SetFault("IXMLDOMNode::selectSingleNode", 1000, 0);
+  EXPECT_EQ(LoadDocument(), 0) << "the version is lost, no more";
+  ExpectLinesWith({"CWatermarkPolicyXMLParser"}, m_told("anything else"));
 }
 
 }  // namespace

@@ -64,17 +64,6 @@ void ExpectLinesWith(std::initializer_list<std::string_view> parts, std::string_
   Compare(expected, isShown, where);
 }
 
-std::string Fill(std::string_view text, std::initializer_list<std::string_view> arguments) {
-  std::string filled(text);
-  for (std::size_t i = arguments.size(); i > 0; --i) {
-    const std::string mark = "$" + std::to_string(i);
-    const std::string_view value = arguments.begin()[i - 1];
-    for (std::size_t at = 0; (at = filled.find(mark, at)) != std::string::npos; at += value.size())
-      filled.replace(at, mark.size(), value);
-  }
-  return filled;
-}
-
 void WatchMachine() {
   platform::SetObserver([](const char* operation) {
     if (IsWatched(operation)) RecorderAdd(platform::FromUtf8(operation).c_str());

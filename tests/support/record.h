@@ -34,9 +34,6 @@ void ExpectRecord(std::string_view expected, Hide hide = Hide::kDetails,
 void ExpectLinesWith(std::initializer_list<std::string_view> parts, std::string_view expected,
                      std::source_location where = std::source_location::current());
 
-/// `text` with each "$1", "$2", ... replaced by the argument of that place.
-std::string Fill(std::string_view text, std::initializer_list<std::string_view> arguments);
-
 /// Has the operations of the machine that matter recorded.
 void WatchMachine();
 
