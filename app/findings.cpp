@@ -1,5 +1,6 @@
 #include "app/findings.h"
 
+#include <algorithm>
 #include <fstream>
 #include <system_error>
 
@@ -83,16 +84,19 @@ std::string ExamineComponent() {
 }
 
 /// By the head of the file: a connection to a database leaves files beside it.
-std::string StateOfSettingFile(const fs::path& file) {
-  std::error_code error;
-  if (!fs::exists(file, error)) return "not there yet";
+bool IsSettingFile(const fs::path& file) {
   char head[100] = {};
   std::ifstream(file, std::ios::binary).read(head, sizeof head);
   const std::string_view text(head, sizeof head);
-  const bool isOurs =
-      text.starts_with(std::string_view("SQLite format 3\0", 16)) && text.substr(68, 4) == "SIGL";
-  return isOurs ? Bytes(static_cast<std::size_t>(fs::file_size(file, error)))
-                : "no setting file; the component can neither read nor write it";
+  return text.starts_with(std::string_view("SQLite format 3\0", 16)) &&
+         text.substr(68, 4) == "SIGL";
+}
+
+std::string StateOfSettingFile(const fs::path& file) {
+  std::error_code error;
+  if (!fs::exists(file, error)) return "not there yet";
+  return IsSettingFile(file) ? Bytes(static_cast<std::size_t>(fs::file_size(file, error)))
+                             : "no setting file; the component can neither read nor write it";
 }
 
 void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
@@ -117,6 +121,7 @@ void ExamineMachine(Findings& findings) {
   const peers::SettingPlace setting = peers::FindSettingPlace();
   ExamineUser(findings, setting.folder);
   findings.settingFile = StateOfSettingFile(setting.file);
+  findings.canSave = CanSave();
   findings.settingPath = platform::ToUtf8(setting.folder) + "\\" + setting.file.filename().string();
 }
 
@@ -125,6 +130,14 @@ DWORD AskPipe() {
   if (pipe == INVALID_HANDLE_VALUE) return GetLastError();
   CloseHandle(pipe);
   return ERROR_SUCCESS;
+}
+
+/// A pass on a setting file that is none: the switches count the printers that they failed on.
+Forecast Unsaved(const Findings& findings, const char* command, bool isSwitch) {
+  const char* const reason = "nothing is saved: the setting file is none";
+  if (isSwitch && std::ranges::any_of(*findings.printers, IsSuitePrinter))
+    return {command, "-101", reason};
+  return {command, "0", reason};
 }
 
 Forecast Pass(const Findings& findings, const char* command, bool readsPolicy, bool listsPrinters) {
@@ -136,6 +149,7 @@ Forecast Pass(const Findings& findings, const char* command, bool readsPolicy, b
     return {command, "-101", "the policy's scope is -1, which stands for none"};
   if (listsPrinters && !findings.printers)
     return {command, "-101", "the printers cannot be listed"};
+  if (!findings.canSave) return Unsaved(findings, command, readsPolicy);
   return {command, "0", ""};
 }
 
@@ -166,6 +180,12 @@ Findings Examine() {
   return findings;
 }
 
+bool CanSave() {
+  const fs::path file = peers::FindSettingPlace().file;
+  std::error_code error;
+  return !fs::exists(file, error) || IsSettingFile(file);
+}
+
 bool IsSuitePrinter(const platform::Printer& printer) {
   return printer.driver == kSuiteDriver;
 }
@@ -176,7 +196,8 @@ bool IsMonitored(const platform::Printer& printer) {
 
 std::vector<Forecast> Foresee(const Findings& findings) {
   Forecast set = ClientSwitch(findings, "set");
-  if (set.result == "0" && findings.pipeError != 0) set.reason = NotTold(findings.pipeError);
+  if (set.result == "0" && set.reason.empty() && findings.pipeError != 0)
+    set.reason = NotTold(findings.pipeError);
   Forecast release = ClientSwitch(findings, "release");
   if (release.result == "0" && findings.pipeError != 0) {
     release.result = "-2";
@@ -185,7 +206,8 @@ std::vector<Forecast> Foresee(const Findings& findings) {
   Forecast update = Pass(findings, "update", false, true);
   if (update.result == "0" && !findings.hasFullName) {
     update.result = "0 or -99";
-    update.reason = "-99 when the user's full name is not found; a policy comes with the call";
+    if (update.reason.empty())
+      update.reason = "-99 when the user's full name is not found; a policy comes with the call";
   }
   return {set,
           release,

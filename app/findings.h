@@ -35,10 +35,14 @@ struct Findings {
   std::string component;    ///< Empty when it is found and has its entry, else what is wrong.
   std::string settingFile;  ///< Its state, and below that where it is.
   std::string settingPath;
+  bool canSave = true;  ///< The setting file is not there yet or one of the component's.
   DWORD pipeError = 0;  ///< 0 when somebody serves the pipe.
 };
 
 Findings Examine();
+
+/// Whether the component can do with the setting file that is there, if there is one.
+bool CanSave();
 
 /// What decides on a printer: its driver, and the mark in its comment.
 bool IsSuitePrinter(const platform::Printer& printer);

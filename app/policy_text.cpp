@@ -1,5 +1,7 @@
 #include "app/policy_text.h"
 
+#include <cctype>
+
 #include "platform/utf.h"
 #include "platform/xml.h"
 
@@ -69,8 +71,9 @@ std::string WhyNotLoaded(const IXMLDOMDocument2Ptr& document) {
   CheckError(error->get_line(&line));
   _bstr_t reason;
   CheckError(error->get_reason(reason.GetAddress()));
-  return "no well-formed XML (line " + std::to_string(line) + ": " +
-         platform::ToUtf8(Text(reason)) + ")";
+  std::string why = platform::ToUtf8(Text(reason));
+  while (!why.empty() && std::isspace(static_cast<unsigned char>(why.back()))) why.pop_back();
+  return "no well-formed XML (line " + std::to_string(line) + ": " + why + ")";
 }
 
 PolicyText Read(const std::wstring& text) {

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "app/findings.h"
 #include "boundary/exports.h"
 
 namespace app {
@@ -26,7 +27,7 @@ std::string MeaningOf(int result) {
     case -1:
       return NotTold("no security descriptor.");
     case -2:
-      return NotTold("nobody serves its pipe.");
+      return NotTold("its pipe could not be opened.");
     case -3:
       return NotTold("writing to its pipe failed.");
     case -4:
@@ -43,7 +44,10 @@ int Report(const std::string& command, int result, const std::string& done) {
   std::cout << command << ": " << result << ". " << meaning << "\n";
   if (result == SIGIL_SETTING_NO_FULL_NAME)
     std::cerr << "sigilctl: warning: the login name stands in for the user's full name.\n";
-  return result == SIGIL_SETTING_DONE || result == SIGIL_SETTING_NO_FULL_NAME ? 0 : 1;
+  const bool isDone = result == SIGIL_SETTING_DONE || result == SIGIL_SETTING_NO_FULL_NAME;
+  if (isDone && !CanSave())
+    std::cerr << "sigilctl: warning: nothing was saved, the setting file is none; see the log.\n";
+  return isDone ? 0 : 1;
 }
 
 }  // namespace app

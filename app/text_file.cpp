@@ -42,7 +42,6 @@ std::string Read(const std::filesystem::path& file) {
     throw UsageError(error.what());
   }
   if (!bytes) throw UsageError(file.string() + ": no such file");
-  if (bytes->empty()) throw UsageError(file.string() + ": the file is empty");
   return std::move(*bytes);
 }
 
@@ -60,6 +59,7 @@ std::optional<std::wstring> DecodeText(std::string_view bytes) {
 std::wstring ReadTextFile(const std::filesystem::path& file) {
   auto text = DecodeText(Read(file));
   if (!text) throw UsageError(file.string() + ": neither UTF-8 nor UTF-16 text");
+  if (text->empty()) throw UsageError(file.string() + ": the file is empty");
   return std::move(*text);
 }
 

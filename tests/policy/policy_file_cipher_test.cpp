@@ -55,6 +55,7 @@ TEST_F(PolicyFileCipher, TheKeySourceGivesAsMuchMaterialAsItIsLong) {
   const std::string digitsOfAbc = "900150983CD24FB0D6963F7D28E17F72";
   EXPECT_EQ(Decrypted(SealPolicy("text")), "text") << "no source";
   EXPECT_TRUE(Opens("", ""));
+  EXPECT_TRUE(Opens("ab", Material("187EF4436122D1CC2F40DC2B92F0EBA0", 2)));
   for (std::size_t size = 3; size <= 33; ++size)
     EXPECT_TRUE(Opens(Padded("abc", size), Material(digitsOfAbc, size))) << size;
   EXPECT_TRUE(Opens("abc\0xyz"s, Material(digitsOfAbc, 7))) << "nothing behind a NUL is hashed";
