@@ -135,7 +135,7 @@ DWORD AskPipe() {
 /// A pass on a setting file that is none: the switches count the printers that they failed on.
 Forecast Unsaved(const Findings& findings, const char* command, bool isSwitch) {
   const char* const reason = "nothing is saved: the setting file is none";
-  if (isSwitch && std::ranges::any_of(*findings.printers, IsSuitePrinter))
+  if (isSwitch && findings.printers && std::ranges::any_of(*findings.printers, IsSuitePrinter))
     return {command, "-101", reason};
   return {command, "0", reason};
 }

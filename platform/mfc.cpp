@@ -111,10 +111,6 @@ int CString::CompareNoCase(LPCWSTR other) const {
   }
 }
 
-CString CString::Left(int count) const {
-  return CString(std::wstring_view(m_text).substr(0, Clamp(count, m_text.size())));
-}
-
 CString CString::Mid(int first) const {
   return CString(std::wstring_view(m_text).substr(Clamp(first, m_text.size())));
 }
@@ -122,20 +118,6 @@ CString CString::Mid(int first) const {
 CString CString::Mid(int first, int count) const {
   const std::size_t start = Clamp(first, m_text.size());
   return CString(std::wstring_view(m_text).substr(start, Clamp(count, m_text.size() - start)));
-}
-
-CString CString::Right(int count) const {
-  return CString(std::wstring_view(m_text).substr(m_text.size() - Clamp(count, m_text.size())));
-}
-
-int CString::Find(LPCWSTR part, int start) const {
-  if (part == nullptr || start < 0 || start > GetLength()) return -1;
-  return static_cast<int>(m_text.find(part, static_cast<std::size_t>(start)));
-}
-
-int CString::Find(wchar_t character, int start) const {
-  if (start < 0 || start > GetLength()) return -1;
-  return static_cast<int>(m_text.find(character, static_cast<std::size_t>(start)));
 }
 
 int CString::Replace(LPCWSTR from, LPCWSTR to) {

@@ -75,13 +75,8 @@ class CString {
   /// The same without regard to the case of letters.
   int CompareNoCase(LPCWSTR other) const;
 
-  CString Left(int count) const;
   CString Mid(int first) const;
   CString Mid(int first, int count) const;
-  CString Right(int count) const;
-  /// The position at or behind `start`, or -1.
-  int Find(LPCWSTR part, int start = 0) const;
-  int Find(wchar_t character, int start = 0) const;
   /// The number of places where `from` stood. An empty `from` stands nowhere.
   int Replace(LPCWSTR from, LPCWSTR to);
   /// Takes white space off both ends.
@@ -146,18 +141,8 @@ class CArray {
     m_items.push_back(item);
     return GetSize() - 1;
   }
-  /// The index of the first new element.
-  INT_PTR Append(const CArray& other) {
-    const INT_PTR first = GetSize();
-    m_items.reserve(m_items.size() + other.m_items.size());
-    for (std::size_t i = 0, count = other.m_items.size(); i < count; ++i)
-      m_items.push_back(other.m_items[i]);
-    return first;
-  }
-  void Copy(const CArray& other) { m_items = other.m_items; }
 
   const Type& GetAt(INT_PTR index) const { return m_items[Checked(index)]; }
-  void SetAt(INT_PTR index, Argument item) { m_items[Checked(index)] = item; }
   const Type& operator[](INT_PTR index) const { return m_items[Checked(index)]; }
   Type& operator[](INT_PTR index) { return m_items[Checked(index)]; }
   const Type* GetData() const { return m_items.data(); }
