@@ -201,7 +201,7 @@ std::vector<Forecast> Foresee(const Findings& findings) {
   Forecast release = ClientSwitch(findings, "release");
   if (release.result == "0" && findings.pipeError != 0) {
     release.result = "-2";
-    release.reason = NotTold(findings.pipeError);
+    if (release.reason.empty()) release.reason = NotTold(findings.pipeError);
   }
   Forecast update = Pass(findings, "update", false, true);
   if (update.result == "0" && !findings.hasFullName) {

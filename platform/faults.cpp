@@ -39,8 +39,10 @@ std::optional<DWORD> TakeFault(const char* operation) {
   const auto found = g_faults.find(std::string_view(operation));
   if (found == g_faults.end()) return std::nullopt;
   Fault& fault = found->second;
-  if (fault.goodCalls-- > 0) return std::nullopt;
-  fault.goodCalls = 0;
+  if (fault.goodCalls > 0) {
+    --fault.goodCalls;
+    return std::nullopt;
+  }
   if (fault.error == kThrows) throw std::bad_alloc();
   return fault.error;
 }
