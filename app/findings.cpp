@@ -11,7 +11,7 @@
 #include "platform/crt.h"
 #include "platform/file.h"
 #include "platform/module.h"
-#include "platform/posix/whole_file.h"
+#include "platform/posix/machine/whole_file.h"
 #include "platform/profile.h"
 #include "platform/utf.h"
 

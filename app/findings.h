@@ -10,7 +10,7 @@
 #include "app/client.h"
 #include "app/policy_text.h"
 #include "platform/base.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 namespace app {
 

@@ -12,7 +12,7 @@
 #include "app/client.h"
 #include "app/usage_error.h"
 #include "peers/descriptor.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 namespace app {
 namespace {

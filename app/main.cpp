@@ -20,7 +20,7 @@
 #include "app/show.h"
 #include "app/text_file.h"
 #include "app/usage_error.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 namespace app {
 namespace {

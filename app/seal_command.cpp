@@ -8,8 +8,8 @@
 #include "app/policy_text.h"
 #include "app/text_file.h"
 #include "app/usage_error.h"
-#include "platform/posix/machine.h"
-#include "platform/posix/whole_file.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/whole_file.h"
 #include "platform/utf.h"
 
 namespace app {

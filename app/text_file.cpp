@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "app/usage_error.h"
-#include "platform/posix/whole_file.h"
+#include "platform/posix/machine/whole_file.h"
 #include "platform/utf.h"
 
 namespace app {

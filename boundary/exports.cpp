@@ -1,8 +1,8 @@
 #include "boundary/exports.h"
 
-#include "boundary/log.h"
 #include "host/system_setting_mng.h"
 #include "host/user_information.h"
+#include "logging/log.h"
 #include "management/notification_release_mode.h"
 #include "management/set_use_content_log.h"
 #include "management/set_watermark_all_printer.h"

@@ -1,7 +1,7 @@
 #include <vector>
 
-#include "boundary/log.h"
 #include "component/operation_sigil_settings.h"
+#include "logging/log.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include <iterator>
 #include <vector>
 
-#include "boundary/log.h"
 #include "component/operation_sigil_settings.h"
 #include "component/setting_file_path.h"
 #include "component/sigil_string.h"
+#include "logging/log.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <new>
 #include <vector>
 
-#include "boundary/log.h"
 #include "component/entry_point.h"
+#include "logging/log.h"
 #include "platform/file.h"
 
 namespace {

@@ -1,6 +1,6 @@
-#include "boundary/log.h"
 #include "component/operation_sigil_settings.h"
 #include "component/watermark_list.h"
+#include "logging/log.h"
 
 namespace {
 

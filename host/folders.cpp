@@ -4,7 +4,7 @@
 #include <memory>
 #include <type_traits>
 
-#include "boundary/log.h"
+#include "logging/log.h"
 #include "platform/file.h"
 #include "platform/profile.h"
 #include "platform/shell.h"

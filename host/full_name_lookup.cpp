@@ -3,7 +3,7 @@
 #include <cwchar>
 #include <iterator>
 
-#include "boundary/log.h"
+#include "logging/log.h"
 #include "platform/netapi.h"
 
 namespace SigilSettingManagement {

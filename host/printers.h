@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "boundary/log.h"
+#include "logging/log.h"
 #include "platform/spooler.h"
 
 namespace SigilSettingManagement {

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "boundary/log.h"
 #include "host/folders.h"
+#include "logging/log.h"
 #include "platform/crt.h"
 
 namespace {

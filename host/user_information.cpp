@@ -1,8 +1,8 @@
 #include "host/user_information.h"
 
-#include "boundary/log.h"
 #include "component/operation_sigil_settings.h"
 #include "host/full_name_lookup.h"
+#include "logging/log.h"
 #include "platform/netapi.h"
 #include "platform/profile.h"
 

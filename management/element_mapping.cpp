@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cwchar>
 
-#include "boundary/log.h"
 #include "component/reference.h"
 #include "host/user_information.h"
+#include "logging/log.h"
 #include "platform/com.h"
 #include "platform/crt.h"
 #include "policy/watermark_policy_xml_parser.h"

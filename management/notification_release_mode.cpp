@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
-#include "boundary/log.h"
 #include "component/security_attributes.h"
+#include "logging/log.h"
 #include "platform/file.h"
 #include "platform/utf.h"
 

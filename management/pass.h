@@ -5,10 +5,10 @@
 // release the instance; give back what is held; destroy the handle. Nothing of it outlives the
 // pass, on no path.
 
-#include "boundary/log.h"
 #include "component/security_attributes.h"
 #include "component/setting_mutex.h"
 #include "host/printers.h"
+#include "logging/log.h"
 
 namespace SigilSettingManagement {
 

@@ -1,7 +1,7 @@
 #include "management/register_watermark_info.h"
 
-#include "boundary/log.h"
 #include "host/printers.h"
+#include "logging/log.h"
 #include "management/set_watermark_info.h"
 #include "platform/crt.h"
 #include "policy/watermark_policy_xml_parser.h"

@@ -2,9 +2,9 @@
 
 #include <vector>
 
-#include "boundary/log.h"
 #include "component/reference.h"
 #include "component/watermark_list.h"
+#include "logging/log.h"
 #include "management/element_mapping.h"
 #include "platform/crt.h"
 #include "policy/watermark_policy_xml_parser.h"

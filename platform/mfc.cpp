@@ -14,7 +14,7 @@
 #ifndef _WIN32
 #include "platform/posix/ansi.h"
 #include "platform/posix/handle.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #endif
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "boundary/log.h"
+#include "logging/log.h"
 
 namespace {
 

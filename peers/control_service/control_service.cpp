@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
 
 namespace peers {

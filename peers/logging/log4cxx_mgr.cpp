@@ -10,7 +10,7 @@
 
 #define LOG4CXX_MGR_IMPLEMENTATION
 
-#include "boundary/log4cxx_mgr.h"
+#include "logging/log4cxx_mgr.h"
 
 #include <cstdlib>
 #include <string>

@@ -9,7 +9,7 @@
 
 #include "peers/descriptor.h"
 #include "peers/logging/log_file.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 namespace logging {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "peers/descriptor.h"
 #include "peers/settings_component/database.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/shell.h"
 
 namespace peers {

@@ -10,7 +10,7 @@
 
 #include "peers/file_lock.h"
 #include "peers/settings_component/setting_file.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 namespace peers {
 

@@ -9,7 +9,7 @@
 #include <string_view>
 
 #include "platform/faults.h"
-#include "platform/posix/xml_document.h"
+#include "platform/posix/xml/xml_document.h"
 #include "platform/security.h"
 #include "platform/xml.h"
 

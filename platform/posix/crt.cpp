@@ -11,7 +11,7 @@
 #include <string>
 
 #include "platform/posix/handle.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "platform/posix/handle.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
 
 namespace platform {

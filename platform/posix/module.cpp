@@ -13,8 +13,8 @@
 #include <string_view>
 
 #include "platform/posix/handle.h"
-#include "platform/posix/letter_case.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/letter_case.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/posix/module_refusal.h"
 #include "platform/shell.h"
 #include "platform/utf.h"

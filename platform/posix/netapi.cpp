@@ -10,9 +10,9 @@
 #include <system_error>
 
 #include "platform/posix/handle.h"
-#include "platform/posix/letter_case.h"
-#include "platform/posix/machine.h"
-#include "platform/posix/password_database.h"
+#include "platform/posix/machine/letter_case.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/password_database.h"
 #include "platform/posix/record_block.h"
 #include "platform/utf.h"
 

@@ -7,9 +7,9 @@
 #include <system_error>
 
 #include "platform/posix/handle.h"
-#include "platform/posix/ini_file.h"
-#include "platform/posix/machine.h"
-#include "platform/posix/whole_file.h"
+#include "platform/posix/machine/ini_file.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/whole_file.h"
 
 namespace platform {
 

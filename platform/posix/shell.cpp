@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "platform/posix/handle.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 namespace platform {
 

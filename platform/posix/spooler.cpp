@@ -4,7 +4,7 @@
 #include <system_error>
 
 #include "platform/posix/handle.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/posix/record_block.h"
 
 namespace platform {

@@ -17,7 +17,7 @@
 #include <system_error>
 
 #include "platform/posix/handle.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
 
 // A named mutex is a file below the root with a robust pthread mutex in it, which every process

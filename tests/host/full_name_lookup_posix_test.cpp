@@ -3,7 +3,7 @@
 #include <fstream>
 
 #include "host/full_name_lookup.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
 #include "tests/support/record.h"
 #include "tests/support/test_machine.h"

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "management/notification_release_mode.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "tests/management/rows.h"
 
 namespace tests {

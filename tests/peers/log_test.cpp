@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <regex>
 
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "tests/support/test_machine.h"
 
 namespace {

@@ -13,7 +13,7 @@
 
 #include "platform/file.h"
 #include "platform/netapi.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/profile.h"
 #include "platform/utf.h"
 #include "tests/platform/calls.h"

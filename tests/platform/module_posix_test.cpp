@@ -6,7 +6,7 @@
 
 #include "platform/file.h"
 #include "platform/module.h"
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "tests/platform/calls.h"
 #include "tests/support/test_machine.h"
 

@@ -9,7 +9,7 @@
 #include <memory>
 #include <random>
 
-#include "platform/posix/xml_query.h"
+#include "platform/posix/xml/xml_query.h"
 #include "platform/utf.h"
 
 namespace platform {

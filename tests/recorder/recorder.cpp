@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "boundary/log4cxx_mgr.h"
+#include "logging/log4cxx_mgr.h"
 
 namespace {
 

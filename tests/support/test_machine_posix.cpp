@@ -2,7 +2,7 @@
 
 #include <fstream>
 
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
 #include "tests/support/test_machine.h"
 

@@ -17,7 +17,7 @@
 #include <variant>
 #include <vector>
 
-#include "platform/posix/xml_tree.h"
+#include "platform/posix/xml/xml_tree.h"
 
 namespace platform::xpath {
 

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <iterator>
 
-#include "platform/posix/xpath.h"
+#include "platform/posix/xml/xpath.h"
 
 namespace platform::xpath {
 

@@ -5,7 +5,7 @@
 #include <limits>
 #include <unordered_set>
 
-#include "platform/posix/xpath.h"
+#include "platform/posix/xml/xpath.h"
 
 namespace platform::xpath {
 

@@ -5,7 +5,7 @@
 
 #include <source_location>
 
-#include "boundary/log4cxx_mgr.h"
+#include "logging/log4cxx_mgr.h"
 #include "platform/mfc.h"
 
 struct LogMessage {

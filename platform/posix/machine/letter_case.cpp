@@ -1,4 +1,4 @@
-#include "platform/posix/letter_case.h"
+#include "platform/posix/machine/letter_case.h"
 
 #include <locale.h>
 #include <wctype.h>

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "platform/posix/xml_tree.h"
+#include "platform/posix/xml/xml_tree.h"
 
 namespace platform {
 

@@ -1,4 +1,4 @@
-#include "platform/posix/machine.h"
+#include "platform/posix/machine/machine.h"
 
 #include <unistd.h>
 
@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <system_error>
 
-#include "platform/posix/ini_file.h"
-#include "platform/posix/letter_case.h"
-#include "platform/posix/password_database.h"
-#include "platform/posix/whole_file.h"
+#include "platform/posix/machine/ini_file.h"
+#include "platform/posix/machine/letter_case.h"
+#include "platform/posix/machine/password_database.h"
+#include "platform/posix/machine/whole_file.h"
 #include "platform/utf.h"
 
 namespace platform {

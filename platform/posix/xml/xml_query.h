@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/posix/xml_tree.h"
-#include "platform/posix/xpath.h"
+#include "platform/posix/xml/xml_tree.h"
+#include "platform/posix/xml/xpath.h"
 
 namespace platform {
 

@@ -1,4 +1,4 @@
-#include "platform/posix/password_database.h"
+#include "platform/posix/machine/password_database.h"
 
 #include <pwd.h>
 

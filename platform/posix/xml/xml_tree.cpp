@@ -1,4 +1,4 @@
-#include "platform/posix/xml_tree.h"
+#include "platform/posix/xml/xml_tree.h"
 
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>

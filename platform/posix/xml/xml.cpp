@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "platform/faults.h"
-#include "platform/posix/xml_document.h"
-#include "platform/posix/xml_query.h"
+#include "platform/posix/xml/xml_document.h"
+#include "platform/posix/xml/xml_query.h"
 
 namespace platform {
 

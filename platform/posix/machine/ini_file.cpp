@@ -1,9 +1,9 @@
-#include "platform/posix/ini_file.h"
+#include "platform/posix/machine/ini_file.h"
 
 #include <algorithm>
 
 #include "platform/posix/ansi.h"
-#include "platform/posix/letter_case.h"
+#include "platform/posix/machine/letter_case.h"
 #include "platform/utf.h"
 
 namespace platform {

@@ -1,4 +1,4 @@
-#include "platform/posix/xml_query.h"
+#include "platform/posix/xml/xml_query.h"
 
 #include <algorithm>
 #include <bit>

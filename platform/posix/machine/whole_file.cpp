@@ -1,4 +1,4 @@
-#include "platform/posix/whole_file.h"
+#include "platform/posix/machine/whole_file.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
