@@ -7,7 +7,8 @@
 
 // The inverse cipher of FIPS 197 in its equivalent form (5.3.5): the rounds use the decryption key
 // schedule with the column mixing applied to it, and one table look-up does the substitution and
-// the mixing of one byte. A column is one word, its row 0 in the low byte.
+// the mixing of one byte. A column is one word, its row 0 in the low byte, so that a block is four
+// words as they lie in memory.
 
 namespace {
 
@@ -61,11 +62,12 @@ constexpr std::array<Byte, 256> MakeInverseSbox() {
 
 constexpr std::array<Byte, 256> kInverseSbox = MakeInverseSbox();
 
-using Table = std::array<Word, 256>;
+/// For each row, what each value of a byte in it adds to its column.
+using Tables = std::array<std::array<Word, 256>, 4>;
 
-/// What a byte of row `row` adds to its column when the columns are mixed back.
-constexpr std::array<Table, 4> MakeMixTables() {
-  std::array<Table, 4> tables = {};
+/// The columns are mixed back.
+constexpr Tables MakeMixTables() {
+  Tables tables = {};
   for (std::size_t value = 0; value < 256; ++value) {
     const Byte byte = static_cast<Byte>(value);
     const Word column = static_cast<Word>(Multiply(byte, 0x0E)) |
@@ -78,11 +80,11 @@ constexpr std::array<Table, 4> MakeMixTables() {
   return tables;
 }
 
-constexpr std::array<Table, 4> kMix = MakeMixTables();
+constexpr Tables kMix = MakeMixTables();
 
 /// The same for a byte that still has to be substituted back.
-constexpr std::array<Table, 4> MakeRoundTables() {
-  std::array<Table, 4> tables = {};
+constexpr Tables MakeRoundTables() {
+  Tables tables = {};
   for (std::size_t row = 0; row < 4; ++row) {
     for (std::size_t value = 0; value < 256; ++value)
       tables[row][value] = kMix[row][kInverseSbox[value]];
@@ -90,19 +92,52 @@ constexpr std::array<Table, 4> MakeRoundTables() {
   return tables;
 }
 
-constexpr std::array<Table, 4> kRound = MakeRoundTables();
+constexpr Tables kRound = MakeRoundTables();
+
+/// The last round only substitutes; each byte stays in its row.
+constexpr Tables MakeLastTables() {
+  Tables tables = {};
+  for (std::size_t row = 0; row < 4; ++row) {
+    for (std::size_t value = 0; value < 256; ++value)
+      tables[row][value] = static_cast<Word>(kInverseSbox[value]) << (8 * row);
+  }
+  return tables;
+}
+
+constexpr Tables kLast = MakeLastTables();
 
 constexpr Byte RowOf(Word column, int row) {
   return static_cast<Byte>(column >> (8 * row));
 }
 
+// The words of a block are read and written as they lie in memory.
+static_assert(std::endian::native == std::endian::little);
+
 Word LoadWord(const Byte* bytes) {
-  return static_cast<Word>(bytes[0]) | static_cast<Word>(bytes[1]) << 8 |
-         static_cast<Word>(bytes[2]) << 16 | static_cast<Word>(bytes[3]) << 24;
+  Word word;
+  std::memcpy(&word, bytes, sizeof word);
+  return word;
 }
 
-void StoreWord(Word word, Byte* bytes) {
-  for (int row = 0; row < 4; ++row) bytes[row] = RowOf(word, row);
+/// The four columns of a block.
+struct Block {
+  Word column[kColumns];
+};
+
+Block LoadBlock(const Byte* bytes) {
+  Block block;
+  std::memcpy(&block, bytes, kBlockSize);
+  return block;
+}
+
+void StoreBlock(const Block& block, Byte* bytes) {
+  std::memcpy(bytes, &block, kBlockSize);
+}
+
+Block operator^(const Block& left, const Block& right) {
+  Block both;
+  for (std::size_t i = 0; i < kColumns; ++i) both.column[i] = left.column[i] ^ right.column[i];
+  return both;
 }
 
 Word SubstituteWord(Word word) {
@@ -116,72 +151,50 @@ Word MixBack(Word word) {
          kMix[3][RowOf(word, 3)];
 }
 
-/// The rounds of a context, or 0 when it has no key.
-std::size_t RoundsOf(const AesContext& context) {
-  const std::size_t mark = context.roundsMark;
-  return mark == 160 || mark == 192 || mark == 224 ? mark / 16 : 0;
+/// The round keys of a context, from the first up to the last one; null when it has no key.
+struct RoundKeys {
+  explicit RoundKeys(const AesContext& context) {
+    const std::size_t mark = context.roundsMark;
+    if (mark != 160 && mark != 192 && mark != 224) return;
+    first = context.roundKeys;
+    last = first + mark / 16 * kColumns;
+  }
+
+  const Word* first = nullptr;
+  const Word* last = nullptr;
+};
+
+/// One round. Shifting the rows back brings each byte of a column from another column.
+inline Block Round(const Tables& of, const Block& block, const Word* key) {
+  const auto [a, b, c, d] = block.column;
+  return {
+      of[0][RowOf(a, 0)] ^ of[1][RowOf(d, 1)] ^ of[2][RowOf(c, 2)] ^ of[3][RowOf(b, 3)] ^ key[0],
+      of[0][RowOf(b, 0)] ^ of[1][RowOf(a, 1)] ^ of[2][RowOf(d, 2)] ^ of[3][RowOf(c, 3)] ^ key[1],
+      of[0][RowOf(c, 0)] ^ of[1][RowOf(b, 1)] ^ of[2][RowOf(a, 2)] ^ of[3][RowOf(d, 3)] ^ key[2],
+      of[0][RowOf(d, 0)] ^ of[1][RowOf(c, 1)] ^ of[2][RowOf(b, 2)] ^ of[3][RowOf(a, 3)] ^ key[3]};
 }
 
-/// Decrypts `Count` independent blocks side by side: their look-ups overlap in the processor, where
-/// those of one block wait for each other from round to round.
+/// Decrypts `Count` blocks side by side: their look-ups overlap in the processor, where those of
+/// one block wait for each other from round to round. `chain` is the cipher block before them and
+/// becomes their last one. All input is read before any output is written.
 template <std::size_t Count>
-inline void DecryptBlocks(Word (&state)[Count][kColumns], const Word* keys, std::size_t rounds) {
-  for (auto& block : state) {
-    for (std::size_t column = 0; column < kColumns; ++column) block[column] ^= keys[column];
+inline void DecryptChained(const Byte* input, Byte* output, Block& chain, const RoundKeys& keys) {
+  Block cipher[Count];
+  Block plain[Count];
+  for (std::size_t i = 0; i < Count; ++i) {
+    cipher[i] = LoadBlock(input + i * kBlockSize);
+    for (std::size_t j = 0; j < kColumns; ++j)
+      plain[i].column[j] = cipher[i].column[j] ^ keys.first[j];
   }
-  for (std::size_t round = 1; round < rounds; ++round) {
-    keys += kColumns;
-    for (auto& s : state) {
-      const Word c0 = kRound[0][RowOf(s[0], 0)] ^ kRound[1][RowOf(s[3], 1)] ^
-                      kRound[2][RowOf(s[2], 2)] ^ kRound[3][RowOf(s[1], 3)] ^ keys[0];
-      const Word c1 = kRound[0][RowOf(s[1], 0)] ^ kRound[1][RowOf(s[0], 1)] ^
-                      kRound[2][RowOf(s[3], 2)] ^ kRound[3][RowOf(s[2], 3)] ^ keys[1];
-      const Word c2 = kRound[0][RowOf(s[2], 0)] ^ kRound[1][RowOf(s[1], 1)] ^
-                      kRound[2][RowOf(s[0], 2)] ^ kRound[3][RowOf(s[3], 3)] ^ keys[2];
-      const Word c3 = kRound[0][RowOf(s[3], 0)] ^ kRound[1][RowOf(s[2], 1)] ^
-                      kRound[2][RowOf(s[1], 2)] ^ kRound[3][RowOf(s[0], 3)] ^ keys[3];
-      s[0] = c0;
-      s[1] = c1;
-      s[2] = c2;
-      s[3] = c3;
-    }
+  const Word* key = keys.first + kColumns;
+  for (; key != keys.last; key += kColumns) {
+    for (Block& block : plain) block = Round(kRound, block, key);
   }
-  keys += kColumns;
-  for (auto& block : state) {
-    Word last[kColumns];
-    for (std::size_t column = 0; column < kColumns; ++column) {
-      Word word = 0;
-      for (std::size_t row = 0; row < 4; ++row) {
-        const Word source = block[(column + kColumns - row) % kColumns];
-        word |= static_cast<Word>(kInverseSbox[RowOf(source, static_cast<int>(row))]) << (8 * row);
-      }
-      last[column] = word ^ keys[column];
-    }
-    std::memcpy(block, last, sizeof(last));
+  for (Block& block : plain) block = Round(kLast, block, key);
+  for (std::size_t i = 0; i < Count; ++i) {
+    StoreBlock(plain[i] ^ chain, output + i * kBlockSize);
+    chain = cipher[i];
   }
-}
-
-/// Decrypts `Count` blocks of a chain whose block before them is `iv`, which becomes their last
-/// one.
-template <std::size_t Count>
-inline void DecryptChained(const Byte* input, Byte* output, Byte* iv, const AesContext& context,
-                           std::size_t rounds) {
-  Word cipher[Count][kColumns];
-  Word state[Count][kColumns];
-  for (std::size_t block = 0; block < Count; ++block) {
-    for (std::size_t column = 0; column < kColumns; ++column)
-      cipher[block][column] = LoadWord(input + block * kBlockSize + column * 4);
-  }
-  std::memcpy(state, cipher, sizeof(state));
-  DecryptBlocks(state, context.roundKeys, rounds);
-  for (std::size_t block = 0; block < Count; ++block) {
-    for (std::size_t column = 0; column < kColumns; ++column) {
-      const Word before = block == 0 ? LoadWord(iv + column * 4) : cipher[block - 1][column];
-      StoreWord(state[block][column] ^ before, output + block * kBlockSize + column * 4);
-    }
-  }
-  for (std::size_t column = 0; column < kColumns; ++column)
-    StoreWord(cipher[Count - 1][column], iv + column * 4);
 }
 
 }  // namespace
@@ -222,10 +235,10 @@ int AesSetDecryptKey(const std::uint8_t* key, int keyLength, AesContext* context
 }
 
 int AesDecryptBlock(const std::uint8_t* input, std::uint8_t* output, const AesContext* context) {
-  const std::size_t rounds = RoundsOf(*context);
-  if (rounds == 0) return 1;
-  Byte noChain[kBlockSize] = {};
-  DecryptChained<1>(input, output, noChain, *context, rounds);
+  const RoundKeys keys(*context);
+  if (keys.first == nullptr) return 1;
+  Block noChain = {};
+  DecryptChained<1>(input, output, noChain, keys);
   return 0;
 }
 
@@ -233,16 +246,18 @@ int AesCbcDecrypt(const std::uint8_t* input, std::uint8_t* output, int length, s
                   const AesContext* context) {
   if (length < 0 || static_cast<std::size_t>(length) % kBlockSize != 0) return 1;
   if (length == 0) return 0;
-  const std::size_t rounds = RoundsOf(*context);
-  if (rounds == 0) return 1;
+  const RoundKeys keys(*context);
+  if (keys.first == nullptr) return 1;
 
   constexpr std::size_t kAtOnce = 2;
+  Block chain = LoadBlock(iv);
   std::size_t blocks = static_cast<std::size_t>(length) / kBlockSize;
   for (; blocks >= kAtOnce; blocks -= kAtOnce) {
-    DecryptChained<kAtOnce>(input, output, iv, *context, rounds);
+    DecryptChained<kAtOnce>(input, output, chain, keys);
     input += kAtOnce * kBlockSize;
     output += kAtOnce * kBlockSize;
   }
-  if (blocks != 0) DecryptChained<1>(input, output, iv, *context, rounds);
+  if (blocks != 0) DecryptChained<1>(input, output, chain, keys);
+  StoreBlock(chain, iv);
   return 0;
 }
