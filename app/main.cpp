@@ -14,6 +14,7 @@
 #include "app/init.h"
 #include "app/library.h"
 #include "app/log_view.h"
+#include "app/page/preview.h"
 #include "app/result.h"
 #include "app/seal_command.h"
 #include "app/serve.h"
@@ -39,6 +40,7 @@ struct Arguments {
   bool json = false;
   bool brief = false;
   bool follow = false;
+  PreviewOptions preview;
   std::function<int()> run;
 };
 
@@ -91,6 +93,13 @@ int Show(const Arguments& arguments) {
   return 0;
 }
 
+/// What the machine would hold after the policy of FILE, or what it holds.
+peers::SettingFileContent Rehearsed(const Arguments& arguments) {
+  if (!arguments.file.empty())
+    throw UsageError("preview: FILE cannot be tried yet; `sigilctl update` it on a sample machine");
+  return ReadSettings();
+}
+
 void AddCommands(CLI::App& program, Arguments& arguments) {
   const auto add = [&](const char* name, const char* description, const std::function<int()>& run) {
     CLI::App* const command = program.add_subcommand(name, description);
@@ -136,6 +145,17 @@ void AddCommands(CLI::App& program, Arguments& arguments) {
       add("show", "Shows what the setting file holds", [&] { return Show(arguments); });
   show->add_flag("--json", arguments.json, "As one JSON object");
   show->add_flag("--brief", arguments.brief, "Without the watermarks");
+
+  CLI::App* const preview = add("preview", "Draws the page with its watermarks as a picture", [&] {
+    Preview(std::cout, Rehearsed(arguments), arguments.preview);
+    return 0;
+  });
+  preview->add_option("FILE", arguments.file, "A policy to try (else what the machine holds)");
+  preview->add_option("--printer", arguments.preview.printer, "Whose page (the default entry's)");
+  preview->add_option("-o,--output", arguments.preview.picture, "The picture: a .svg, .pdf or .png")
+      ->required();
+  preview->add_option("--paper", arguments.preview.paper, "A3, A4 or Letter (A4)");
+  preview->add_flag("--landscape", arguments.preview.isLandscape, "The paper's long side lies");
 
   add("log", "Prints the log file", [&] {
     if (arguments.follow) FollowLog(LogFile());

@@ -1,0 +1,28 @@
+#pragma once
+
+// Draws a laid-out page with Pango and Cairo, in its real size: the paper with its marks, and below
+// it a caption.
+
+#include <string>
+#include <vector>
+
+#include "app/page/layout.h"
+
+namespace app::page {
+
+/// What a text covers in the font that this machine has for it.
+Size MeasureText(const peers::WatermarkRecord& record);
+
+/// For each font that a page asks for and this machine has not, or not with all characters, what
+/// stands in.
+std::vector<Note> FontNotes(const Page& page);
+
+enum class Format { kSvg, kPdf, kPng };
+
+inline constexpr int kPixelsPerMillimeter = 5;  // of a PNG
+inline constexpr int kBorder = 10;              // around the paper, in millimetres
+
+/// The bytes of the picture. std::runtime_error when it cannot be drawn.
+std::string Draw(const Page& page, const std::vector<std::string>& caption, Format format);
+
+}  // namespace app::page

@@ -1,0 +1,82 @@
+#pragma once
+
+// Where the watermarks of a page stand: from an entry's records and a paper to placed marks. All
+// lengths are millimetres, counted from the paper's upper left corner to the right and down.
+//
+// The Settings component decides what its numbers mean on paper. This layout is a stand-in for it,
+// and what it takes them to mean is written in kMeaning, which stands under each picture and in
+// docs/policy.md. What a text measures is asked of the caller, so nothing here knows of fonts.
+//
+// No record makes a page without end: numbers are pulled into the ranges that the library itself
+// keeps, texts are cut, and copies are left out from a number on. A note tells of each.
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "peers/settings_component/setting_file.h"
+
+namespace app::page {
+
+struct Size {
+  double width = 0;
+  double height = 0;
+};
+
+struct Point {
+  double x = 0;
+  double y = 0;
+};
+
+struct Paper {
+  std::string name;
+  Size size;
+};
+
+/// A3, A4 or Letter; nothing for any other name.
+std::optional<Paper> FindPaper(std::string_view name, bool isLandscape);
+
+enum class Alignment { kLeft, kCenter, kRight };
+
+/// One watermark, with all its copies on the page.
+struct Mark {
+  peers::WatermarkRecord record;  ///< Its text and numbers as they are drawn, within their ranges.
+  Alignment lines = Alignment::kLeft;  ///< How the lines of a text of several stand.
+  double points = 0;                   ///< The size of the text, fitted or as the record says.
+  Size box;                            ///< What the turned text covers.
+  std::vector<Point> centers;          ///< The middle of each copy's box.
+};
+
+/// What the one who looks at the picture has to know.
+struct Note {
+  std::string watermark;  ///< The name of the one that it is about; empty for the whole page.
+  std::string text;
+};
+
+struct Page {
+  Paper paper;
+  std::vector<Mark> marks;  ///< In the order of their drawing.
+  std::vector<Note> notes;
+};
+
+/// What the text of the record covers upright, lines as they are, at a size of one point.
+using Measure = std::function<Size(const peers::WatermarkRecord& record)>;
+
+/// The page of an entry: the watermarks that its last setting lists, if that is switched on.
+Page LayOut(const peers::EntryRecord& entry, const Paper& paper, const Measure& measure);
+
+inline constexpr std::string_view kMeaning[] = {
+    "Drawn are the watermarks that the entry's last setting lists, if it is switched on.",
+    "Positions 0 to 8 are the 3 by 3 places of the page, row by row from the upper left; a text "
+    "lies at its place's edges of the paper.",
+    "An X offset moves it right, a Y offset down, in millimetres.",
+    "Sizes are in points; a fitted text is as large as the page lets it be, whatever its size "
+    "says.",
+    "It is turned anticlockwise, in degrees. Colours are red, green, blue; opacity is in percent.",
+    "Copies along the first axis go across the page, along the second down the page, both ways "
+    "from the text's place; a space is what lies between two, in millimetres.",
+};
+
+}  // namespace app::page
