@@ -19,7 +19,7 @@ std::vector<Note> FontNotes(const Page& page);
 
 enum class Format { kSvg, kPdf, kPng };
 
-inline constexpr int kPixelsPerMillimeter = 5;  // of a PNG
+inline constexpr int kPixelsPerMillimeter = 4;  // of a PNG
 inline constexpr int kBorder = 10;              // around the paper, in millimetres
 
 /// The bytes of the picture. std::runtime_error when it cannot be drawn.

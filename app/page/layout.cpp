@@ -26,7 +26,7 @@ struct Room {
 
 std::string Number(double number) {
   char text[32];
-  std::snprintf(text, sizeof text, "%.4g", number);
+  std::snprintf(text, sizeof text, std::abs(number) < 1000 ? "%.4g" : "%.0f", number);
   return text;
 }
 
@@ -86,13 +86,16 @@ Copies CopiesAlong(double middle, double extent, double step, double length) {
           static_cast<int>(std::floor((length + extent / 2 - middle) / step))};
 }
 
-std::string RunsOver(double middle, double extent, double length, const char* low,
-                     const char* high) {
+/// What of a box lies beyond the two ends of a length, and whether that is all of it.
+struct Beyond {
+  double before = 0;
+  double behind = 0;
+  bool isWhole = false;
+};
+
+Beyond BeyondPage(double middle, double extent, double length) {
   const double before = extent / 2 - middle, behind = middle + extent / 2 - length;
-  std::string text;
-  if (before > kTolerance) text += " " + Number(before) + " mm at the " + low + ",";
-  if (behind > kTolerance) text += " " + Number(behind) + " mm at the " + high + ",";
-  return text;
+  return {before, behind, before >= extent || behind >= extent};
 }
 
 /// Lays out one watermark after the other and takes notes on the way.
@@ -104,41 +107,47 @@ class Setter {
   }
 
   void Add(const peers::WatermarkRecord& record) {
+    if (m_room.bytes <= 0 || m_room.area <= 0) {
+      ++m_left;
+      return;
+    }
     Mark mark;
     mark.record = WithinRanges(record);
     m_name = mark.record.name;
-    TellOddities(record);
-    mark.lines = static_cast<Alignment>(mark.record.printPos % 3);
+    if (!IsSeen(record)) return;
+    m_room.bytes -= static_cast<double>(mark.record.text.size());
     const Size one = Turned(m_measure(mark.record), mark.record.rotate);
-    if (mark.record.text.empty() || !(one.width > 0 && one.height > 0)) {
-      Tell("has no text, so nothing of it is seen");
-      return;
-    }
+    if (!(one.width > 0 && one.height > 0)) return;
     const Size page = m_page.paper.size;
     mark.points = mark.record.fit ? std::min(page.width / one.width, page.height / one.height)
                                   : mark.record.fontSize;
     mark.box = {one.width * mark.points, one.height * mark.points};
+    mark.lines = static_cast<Alignment>(mark.record.printPos % 3);
     PlaceCopies(mark);
-    m_page.marks.push_back(std::move(mark));
+    if (!mark.centers.empty()) m_page.marks.push_back(std::move(mark));
   }
 
   void Tell(std::string text) { m_page.notes.push_back({m_name, std::move(text)}); }
 
   Page Finish() {
     m_name.clear();
-    if (m_left > 0) Tell(std::to_string(m_left) + " more watermarks have no room in the picture");
+    if (m_left > 0) Tell(std::to_string(m_left) + " more have no room in the picture");
     return std::move(m_page);
   }
 
  private:
-  void TellOddities(const peers::WatermarkRecord& record) {
+  /// Tells also of what is not drawn as it stands in the record.
+  bool IsSeen(const peers::WatermarkRecord& record) {
+    if (record.text.empty()) Tell("has no text, so nothing of it is seen");
+    if (record.opacity <= 0) Tell("has opacity 0, so nothing of it is seen");
+    if (record.text.empty() || record.opacity <= 0) return false;
     if (record.text.size() > kMostText)
       Tell("has a text of " + std::to_string(record.text.size()) + " bytes; its first " +
            std::to_string(kMostText) + " are drawn");
-    if (record.opacity <= 0) Tell("has opacity 0, so nothing of it is seen");
     if (record.positionOption != 0)
       Tell("has position option " + std::to_string(record.positionOption) +
            ", which is drawn as 0");
+    return true;
   }
 
   void PlaceCopies(Mark& mark) {
@@ -152,10 +161,10 @@ class Setter {
     const bool hasColumns = HasCopies(record.repeatFirstAxis, across, "first");
     const bool hasRows = HasCopies(record.repeatSecondAxis, down, "second");
 
-    std::string over;
-    if (!hasColumns) over += RunsOver(own.x, mark.box.width, page.width, "left", "right");
-    if (!hasRows) over += RunsOver(own.y, mark.box.height, page.height, "top", "bottom");
-    if (!over.empty()) Tell("runs off the page:" + over.substr(0, over.size() - 1));
+    const Beyond x = hasColumns ? Beyond{} : BeyondPage(own.x, mark.box.width, page.width);
+    const Beyond y = hasRows ? Beyond{} : BeyondPage(own.y, mark.box.height, page.height);
+    TellBeyond(x, y);
+    if (x.isWhole || y.isWhole) return;
 
     Copies columns, rows;
     if (hasColumns) columns = CopiesAlong(own.x, mark.box.width, across, page.width);
@@ -166,6 +175,22 @@ class Setter {
         mark.centers.push_back({own.x + column * columns.step, own.y + row * rows.step});
   }
 
+  void TellBeyond(const Beyond& x, const Beyond& y) {
+    if (x.isWhole || y.isWhole) {
+      Tell("lies off the page, so nothing of it is seen");
+      return;
+    }
+    std::string sides;
+    const auto add = [&](double length, const char* side) {
+      if (length > kTolerance) sides += ", " + Number(length) + " mm at the " + side;
+    };
+    add(x.before, "left");
+    add(x.behind, "right");
+    add(y.before, "top");
+    add(y.behind, "bottom");
+    if (!sides.empty()) Tell("runs off the page" + sides);
+  }
+
   bool HasCopies(bool isRepeated, double step, const char* axis) {
     if (isRepeated && step < kLeastStep)
       Tell("is not repeated along the " + std::string(axis) +
@@ -173,24 +198,21 @@ class Setter {
     return isRepeated && step >= kLeastStep;
   }
 
+  /// One copy has room in any case. What is left out is left out at the edges.
   void KeepToRoom(const Mark& mark, Copies& columns, Copies& rows) {
     const auto bytes = static_cast<double>(mark.record.text.size());
     const Size page = m_page.paper.size;
     const double area =
         std::min(mark.box.width, page.width) * std::min(mark.box.height, page.height);
     const auto count = [&] { return static_cast<double>(columns.Count()) * rows.Count(); };
-    // One that is alone is drawn whatever it covers, as long as there is room at all.
     const double most =
-        m_room.bytes < bytes || m_room.area <= 0
-            ? 0
-            : std::max(1.0, std::floor(std::min(m_room.bytes / bytes, m_room.area / area)));
+        1 + std::floor(std::max(0.0, std::min(m_room.bytes / bytes, m_room.area / area)));
     const double wanted = count();
-    if (wanted > 0 && most == 0) ++m_left;
     while (count() > most) (columns.Count() > rows.Count() ? columns : rows).Shorten();
-    if (most > 0 && wanted > most)
+    if (wanted > most)
       Tell("has " + Number(wanted) + " copies on the page; " + Number(count()) +
            " in the middle are drawn");
-    m_room.bytes -= count() * bytes;
+    m_room.bytes -= (count() - 1) * bytes;
     m_room.area -= count() * area;
   }
 

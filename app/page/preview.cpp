@@ -17,6 +17,7 @@ namespace app {
 namespace {
 
 constexpr std::size_t kNameWidth = 60;
+constexpr std::size_t kNoteWidth = 160;
 constexpr std::size_t kMostNotes = 12;
 
 page::Format FormatOf(const std::filesystem::path& picture) {
@@ -64,8 +65,10 @@ const peers::EntryRecord& EntryOf(const peers::SettingFileContent& content,
   throw UsageError("no policy has been applied yet, so there is nothing to draw");
 }
 
-/// One line for each, as far as they are worth reading.
-std::vector<std::string> Lines(const std::vector<page::Note>& notes) {
+/// One line for each, as far as they are worth reading; those on the whole page come first.
+std::vector<std::string> Lines(std::vector<page::Note> notes) {
+  std::stable_partition(notes.begin(), notes.end(),
+                        [](const page::Note& note) { return note.watermark.empty(); });
   std::vector<std::string> lines;
   for (const page::Note& note : notes) {
     if (lines.size() == kMostNotes) {
@@ -74,7 +77,7 @@ std::vector<std::string> Lines(const std::vector<page::Note>& notes) {
     }
     const std::string name =
         note.watermark.empty() ? "" : OneLine(note.watermark, kNameWidth) + " ";
-    lines.push_back(name + OneLine(note.text, 160));
+    lines.push_back(name + OneLine(note.text, kNoteWidth));
   }
   return lines;
 }
@@ -92,17 +95,20 @@ void Preview(std::ostream& out, const peers::SettingFileContent& content,
 
   const std::string subject =
       (entry.printer == "*" ? "the default entry" : OneLine(entry.printer, kNameWidth)) + " on " +
-      paper.name + (options.isLandscape ? " landscape" : "") +
-      ", watermarks drawn: " + std::to_string(page.marks.size()) + " of " +
-      std::to_string(entry.watermarks.size());
+      paper.name + (options.isLandscape ? " landscape" : "");
+  const std::string count = std::to_string(page.marks.size()) + " of " +
+                            std::to_string(entry.watermarks.size()) + " watermarks";
   const std::vector<std::string> notes = Lines(page.notes);
-  std::vector<std::string> caption = {subject};
+  std::vector<std::string> caption = {count + " of " + subject};
   caption.insert(caption.end(), notes.begin(), notes.end());
+  caption.emplace_back();
   caption.insert(caption.end(), std::begin(page::kMeaning), std::end(page::kMeaning));
 
   const std::string picture = page::Draw(page, caption, format);
-  platform::ChangeWholeFile(options.picture, [&](const auto&) { return picture; });
-  out << "preview: " << options.picture.string() << " shows " << subject << ".\n";
+  platform::ChangeWholeFile(std::filesystem::absolute(options.picture),
+                            [&](const auto&) { return picture; });
+  out << "preview: " << options.picture.string() << " shows " << count << " of " << subject
+      << ".\n";
   for (const std::string& note : notes) out << "  " << note << "\n";
 }
 
