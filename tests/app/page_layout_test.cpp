@@ -1,0 +1,203 @@
+// Layout by numbers: a text of one point is 10 mm wide and 5 mm high, whatever its letters.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "app/page/layout.h"
+
+namespace {
+
+using namespace app::page;
+using peers::EntryRecord;
+using peers::WatermarkRecord;
+using testing::DoubleNear;
+
+const Size kOnePoint = {10, 5};
+
+WatermarkRecord Text(int printPos, double fontSize = 2) {
+  WatermarkRecord record;
+  record.id = record.name = "W";
+  record.text = "text";
+  record.fontSize = fontSize;
+  record.opacity = 100;
+  record.printPos = printPos;
+  return record;
+}
+
+EntryRecord Entry(const std::vector<WatermarkRecord>& records) {
+  EntryRecord entry;
+  entry.watermarks = records;
+  entry.lastSetting.enabled = true;
+  for (const WatermarkRecord& record : records) entry.lastSetting.watermarks.push_back(record.id);
+  return entry;
+}
+
+Page LayOutOn(std::string_view paper, const std::vector<WatermarkRecord>& records) {
+  return LayOut(Entry(records), *FindPaper(paper, false), [](const auto&) { return kOnePoint; });
+}
+
+std::string Told(const Page& page) {
+  std::string told;
+  for (const Note& note : page.notes) told += note.watermark + ": " + note.text + "\n";
+  return told;
+}
+
+void ExpectCenter(const Mark& mark, double x, double y) {
+  ASSERT_EQ(mark.centers.size(), 1U);
+  EXPECT_THAT(mark.centers[0].x, DoubleNear(x, 1e-9));
+  EXPECT_THAT(mark.centers[0].y, DoubleNear(y, 1e-9));
+}
+
+TEST(PageLayout, PutsTextsOfAnyTurnInTheirPlaces) {
+  const double slant =
+      (20 + 10) / std::sqrt(2.0);  // what a box of 20 by 10 covers when turned by 45
+  const struct {
+    int rotate;
+    Size box;
+  } kTurns[] = {
+      {0, {20, 10}}, {90, {10, 20}}, {180, {20, 10}}, {45, {slant, slant}}, {315, {slant, slant}}};
+  for (const auto& turn : kTurns) {
+    for (int place = 0; place < 9; ++place) {
+      SCOPED_TRACE(testing::Message() << "place " << place << ", turned by " << turn.rotate);
+      WatermarkRecord record = Text(place);
+      record.rotate = turn.rotate;
+      record.xOffset = place % 3 == 0 ? 7.5 : place % 3 == 1 ? 0 : -7.5;
+      record.yOffset = 3 - place / 3 * 3;
+      const Page page = LayOutOn("A4", {record});
+      ASSERT_EQ(page.marks.size(), 1U);
+      const double w = turn.box.width, h = turn.box.height;
+      const double x[] = {w / 2 + 7.5, 105, 210 - w / 2 - 7.5};
+      const double y[] = {h / 2 + 3, 148.5, 297 - h / 2 - 3};
+      ExpectCenter(page.marks[0], x[place % 3], y[place / 3]);
+      EXPECT_EQ(Told(page), "");
+    }
+  }
+}
+
+TEST(PageLayout, FitsATextToThePageAsItIsTurned) {
+  const struct {
+    int rotate;
+    double points;
+  } kTurns[] = {{0, 21}, {90, 29.7}, {45, 210 * std::sqrt(2.0) / 15}};
+  for (const auto& turn : kTurns) {
+    WatermarkRecord record = Text(4, 99);
+    record.fit = true;
+    record.rotate = turn.rotate;
+    const Page page = LayOutOn("A4", {record});
+    EXPECT_THAT(page.marks.at(0).points, DoubleNear(turn.points, 1e-9));
+    ExpectCenter(page.marks[0], 105, 148.5);
+    EXPECT_EQ(Told(page), "");
+  }
+}
+
+// All copies that touch the page, each a step from the next, and the text in its own place is one.
+TEST(PageLayout, RepeatsOverTheWholePage) {
+  const auto copies = [](bool first, bool second, int across, int down) {
+    WatermarkRecord record = Text(4);
+    record.repeatFirstAxis = first;
+    record.repeatSecondAxis = second;
+    record.repeatHSpace = across;
+    record.repeatVSpace = down;
+    std::string places;
+    for (const Point& center : LayOutOn("A4", {record}).marks.at(0).centers)
+      places += std::to_string(std::lround(center.x * 2)) + "/" +
+                std::to_string(std::lround(center.y * 2)) + " ";
+    return places;  // in halves of a millimetre
+  };
+  EXPECT_EQ(copies(true, false, 30, 60), "10/297 110/297 210/297 310/297 410/297 ");
+  EXPECT_EQ(copies(false, true, 30, 60), "210/17 210/157 210/297 210/437 210/577 ");
+  EXPECT_EQ(copies(true, true, 80, 130),
+            "10/17 210/17 410/17 10/297 210/297 410/297 10/577 210/577 410/577 ");
+  EXPECT_EQ(copies(true, false, -10, 0).size(), 23U * 8 - 5 - 5)
+      << "copies may overlap; the first have two digits less";
+}
+
+TEST(PageLayout, DrawsWhatTheLastSettingListsWhileItIsOn) {
+  WatermarkRecord other = Text(0);
+  other.id = "unlisted";
+  EntryRecord entry = Entry({Text(0), Text(8)});
+  entry.watermarks.push_back(other);
+  entry.lastSetting.watermarks.push_back("gone since");
+  entry.customSettings = {{"HLMimosaOption", true, {"unlisted"}}};
+  const auto measure = [](const auto&) { return kOnePoint; };
+  Page page = LayOut(entry, *FindPaper("A3", true), measure);
+  EXPECT_EQ(page.marks.size(), 2U);
+  ExpectCenter(page.marks.at(1), 410, 292);
+  EXPECT_EQ(Told(page), ": 1 watermarks are not listed by the last setting\n");
+
+  entry.lastSetting.enabled = false;
+  page = LayOut(entry, *FindPaper("Letter", false), measure);
+  EXPECT_EQ(page.marks.size(), 0U);
+  EXPECT_EQ(Told(page), ": the watermarks of this entry are switched off: it prints none\n");
+  EXPECT_FALSE(FindPaper("a4", false));
+}
+
+// What cannot be drawn as it stands is told, and nothing runs on without end.
+TEST(PageLayout, TellsWhatIsNotDrawnAsItStands) {
+  const auto told = [](void (*change)(WatermarkRecord&)) {
+    WatermarkRecord record = Text(4);
+    change(record);
+    const Page page = LayOutOn("A4", {record});
+    double bytes = 0;
+    for (const Mark& mark : page.marks)
+      bytes += static_cast<double>(mark.centers.size() * mark.record.text.size());
+    EXPECT_LE(bytes, 50'000 + 4000);
+    return Told(page);
+  };
+  const std::string first =
+      "W: is not repeated along the first axis: its space leaves no step from one copy to the "
+      "next\n";
+  EXPECT_EQ(told([](auto& record) { record.text.clear(); }),
+            "W: has no text, so nothing of it is seen\n");
+  EXPECT_EQ(told([](auto& record) { record.opacity = 0; }),
+            "W: has opacity 0, so nothing of it is seen\n");
+  EXPECT_EQ(told([](auto& record) { record.xOffset = 100; }),
+            "W: runs off the page, 5 mm at the right\n");
+  EXPECT_EQ(told([](auto& record) { record.yOffset = -1000; }),
+            "W: lies off the page, so nothing of it is seen\n");
+  EXPECT_EQ(told([](auto& record) { record.positionOption = 3; }),
+            "W: has position option 3, which is drawn as 0\n");
+  EXPECT_EQ(told([](auto& record) {
+              record.repeatFirstAxis = true;
+              record.repeatHSpace = -20;
+            }),
+            first);
+  EXPECT_EQ(told([](auto& record) {
+              record.fontSize = 200;  // 2 m wide, so that a step is left
+              record.repeatFirstAxis = record.repeatSecondAxis = true;
+              record.repeatHSpace = record.repeatVSpace = -999;
+            }),
+            "");
+  EXPECT_EQ(told([](auto& record) {
+              record.repeatFirstAxis = record.repeatSecondAxis = true;
+              record.repeatHSpace = -19;
+              record.repeatVSpace = -9;
+            }),
+            "W: has 70917 copies on the page; 12432 in the middle are drawn\n");
+  EXPECT_EQ(told([](auto& record) { record.text = "x" + std::string(700'000, '\xE2'); }),
+            "W: has a text of 700001 bytes; its first 4000 are drawn\n");
+}
+
+// A file that others wrote may hold any number.
+TEST(PageLayout, PullsNumbersIntoTheirRanges) {
+  WatermarkRecord record = Text(99, std::numeric_limits<double>::infinity());
+  record.rotate = std::numeric_limits<int>::min();
+  record.opacity = 1000;
+  record.xOffset = std::numeric_limits<double>::quiet_NaN();
+  record.repeatFirstAxis = record.repeatSecondAxis = true;
+  record.repeatHSpace = std::numeric_limits<int>::max();
+  record.repeatVSpace = std::numeric_limits<int>::min();
+  const Page page = LayOutOn("A4", {record, record});
+  for (const Mark& mark : page.marks) {
+    EXPECT_EQ(mark.points, 200);
+    EXPECT_EQ(mark.record.opacity, 100);
+    EXPECT_GE(mark.record.rotate, 0);
+  }
+  const std::vector<WatermarkRecord> many(60'000, Text(4));
+  EXPECT_EQ(Told(LayOutOn("A4", many)), ": 47500 more have no room in the picture\n");
+}
+
+}  // namespace
