@@ -86,7 +86,8 @@ std::string Policy(const std::vector<std::string>& elements, const std::string& 
 /// The watermarks of these elements, which must all be there, by their numbers.
 std::map<std::size_t, json> Watermarks(const std::vector<std::string>& elements) {
   std::map<std::size_t, json> marks;
-  for (const json& mark : Applied(Policy(elements))["entries"][0]["watermarks"])
+  const json all = Applied(Policy(elements));
+  for (const json& mark : all["entries"][0]["watermarks"])
     marks[std::stoul(mark["name"].get<std::string>())] = mark;
   return marks;
 }
@@ -113,7 +114,9 @@ TEST(PolicyPage, ItsScopesSwitchWhatItSays) {
   for (const Row& row : Table("| PrinterScope |")) {
     const Row scope = Quoted(row[0]);
     const std::string node = scope.empty() ? "" : "<PrinterScope>" + scope[0] + "</PrinterScope>";
-    for (const json& entry : Applied(Policy({"<Text>t</Text>"}, node))["entries"])
+    const json all = Applied(Policy({"<Text>t</Text>"}, node));
+    EXPECT_EQ(all["entries"].size(), 3U);
+    for (const json& entry : all["entries"])
       EXPECT_EQ(entry["lastSetting"]["enabled"], row[entry["printer"] == "*" ? 1 : 2] == "on")
           << row[0] << " " << entry["printer"];
   }
