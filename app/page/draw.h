@@ -10,13 +10,6 @@
 
 namespace app::page {
 
-/// What a text covers in the font that this machine has for it.
-Size MeasureText(const peers::WatermarkRecord& record);
-
-/// For each font that a page asks for and this machine has not, or not with all characters, what
-/// stands in.
-std::vector<Note> FontNotes(const Page& page);
-
 enum class Format { kSvg, kPdf, kPng };
 
 inline constexpr int kPixelsPerMillimeter = 4;  // of a PNG

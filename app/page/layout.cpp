@@ -14,15 +14,14 @@ constexpr std::size_t kMostText = 4000;  // bytes of one text
 constexpr double kLeastStep = 1;         // from one copy to the next
 constexpr double kTolerance = 0.05;
 
-/// What a page has room for. Texts on a page are counted in bytes, and the ground that they cover
-/// in as many layers over the whole page.
-constexpr double kMostBytes = 50'000;
-constexpr double kMostLayers = 100;
-
+/// What a page still has room for: watermarks, the bytes of their texts in all copies, and the
+/// ground that these cover, which is so many layers over the whole page.
 struct Room {
-  double bytes = kMostBytes;
+  int watermarks = 500;
+  double bytes = 50'000;
   double area = 0;
 };
+constexpr double kMostLayers = 100;
 
 std::string Number(double number) {
   char text[32];
@@ -107,10 +106,11 @@ class Setter {
   }
 
   void Add(const peers::WatermarkRecord& record) {
-    if (m_room.bytes <= 0 || m_room.area <= 0) {
+    if (m_room.watermarks == 0 || m_room.bytes <= 0 || m_room.area <= 0) {
       ++m_left;
       return;
     }
+    --m_room.watermarks;
     Mark mark;
     mark.record = WithinRanges(record);
     m_name = mark.record.name;

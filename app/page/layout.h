@@ -68,17 +68,14 @@ using Measure = std::function<Size(const peers::WatermarkRecord& record)>;
 Page LayOut(const peers::EntryRecord& entry, const Paper& paper, const Measure& measure);
 
 inline constexpr std::string_view kMeaning[] = {
-    "This is how a stand-in for the printing component reads the records; the printer's own may "
-    "differ.",
+    "This is a stand-in's reading of the records; the component that prints may differ.",
     "Drawn are the watermarks that the entry's last setting lists, if it is switched on.",
-    "Positions 0 to 8 are the 3 by 3 places of the page, row by row from the upper left; a text "
-    "lies at its place's edges of the paper.",
-    "An X offset moves it right, a Y offset down, in millimetres.",
-    "Sizes are in points; a fitted text is as large as the page lets it be, whatever its size "
-    "says.",
+    "Positions 0 to 8 are the 3 by 3 places of the paper, row by row from the upper left.",
+    "A text lies at its place's edges; an X offset moves it right, a Y offset down, in mm.",
+    "Sizes are in points; a fitted text is as large as the page lets it be, whatever its size.",
     "Rotation is anticlockwise, in degrees. Colours are red, green, blue; opacity is in percent.",
-    "Copies along the first axis go across the page, along the second down the page, both ways "
-    "from the text's place; a space is what lies between two, in millimetres.",
+    "Copies along the first axis go across the page, along the second down the page, both ways.",
+    "A space is what lies between two copies, in mm; below 0 they overlap.",
 };
 
 }  // namespace app::page

@@ -1,12 +1,14 @@
 #include "app/page/preview.h"
 
 #include <algorithm>
+#include <optional>
 #include <ostream>
 #include <system_error>
 #include <vector>
 
 #include "app/page/draw.h"
 #include "app/page/layout.h"
+#include "app/page/set_text.h"
 #include "app/table.h"
 #include "app/usage_error.h"
 #include "platform/posix/machine/machine.h"
@@ -106,7 +108,7 @@ void Preview(std::ostream& out, const peers::SettingFileContent& content,
 
   const std::string picture = page::Draw(page, caption, format);
   platform::ChangeWholeFile(std::filesystem::absolute(options.picture),
-                            [&](const auto&) { return picture; });
+                            [&](const auto&) { return std::optional(picture); });
   out << "preview: " << options.picture.string() << " shows " << count << " of " << subject
       << ".\n";
   for (const std::string& note : notes) out << "  " << note << "\n";

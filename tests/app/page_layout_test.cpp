@@ -199,7 +199,7 @@ TEST(PageLayout, PullsNumbersIntoTheirRanges) {
     EXPECT_GE(mark.record.rotate, 0);
   }
   const std::vector<WatermarkRecord> many(60'000, Text(4));
-  EXPECT_EQ(Told(LayOutOn("A4", many)), ": 47500 more have no room in the picture\n");
+  EXPECT_EQ(Told(LayOutOn("A4", many)), ": 59500 more have no room in the picture\n");
 }
 
 }  // namespace
