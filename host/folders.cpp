@@ -4,7 +4,6 @@
 #include <memory>
 #include <type_traits>
 
-#include "logging/log.h"
 #include "platform/file.h"
 #include "platform/profile.h"
 #include "platform/shell.h"
@@ -13,19 +12,6 @@ namespace {
 
 constexpr wchar_t kDefaultCommonData[] = L"C:\\ProgramData";
 constexpr wchar_t kDefaultEmsFolder[] = L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\EMS";
-constexpr wchar_t kClientIni[] = L"\\config\\Client.ini";
-
-constexpr wchar_t kGetEmsFolder[] = L"SigilSettingManagement::GetEMSFolderPath";
-
-constexpr LogMessage kNotSet = {4, 153100320, kGetEmsFolder,
-                                L"配信先ディレクトリが、設定されていません。"};
-constexpr LogMessage kBlank = {4, 153100330, kGetEmsFolder,
-                               L"設定値が異常です。[配信先ディレクトリ] 設定値:[%s]"};
-constexpr LogMessage kNoDirectory = {
-    5, 153100340, kGetEmsFolder,
-    L"ディレクトリの存在確認及び、作成処理に失敗しました。[配信先ディレクトリ] 設定値:[%s]"};
-constexpr LogMessage kThrown = {4, 153100490, kGetEmsFolder,
-                                L"配信フォルダパス取得処理に異常が発生しました。"};
 
 struct ReleaseAllocator {
   void operator()(IMalloc* allocator) const { allocator->Release(); }
@@ -38,7 +24,7 @@ struct FreeItemList {
 
 CString ConfiguredEmsFolder() {
   wchar_t value[1024] = {};
-  const CString clientIni = GetCommonDataPath() + kClientFolder + kClientIni;
+  const CString clientIni = GetCommonDataPath() + kClientFolder + kClientIniName;
   GetPrivateProfileStringW(L"Setting", L"EMSDir", L"", value, static_cast<DWORD>(std::size(value)),
                            clientIni);
   return value;
@@ -62,32 +48,14 @@ CString GetCommonDataPath() {
   return path;
 }
 
-namespace SigilSettingManagement {
-
-bool GetEMSFolderPath(CString& folder) {
-  try {
-    const CString value = ConfiguredEmsFolder();
-    folder = kDefaultEmsFolder;
-    if (value.IsEmpty()) {
-      Log(kNotSet);
-      return false;
-    }
-    CString trimmed = value;
-    trimmed.Trim();
-    if (trimmed.IsEmpty()) {
-      Log(kBlank, value);
-      return false;
-    }
-    if (!PathIsDirectoryW(trimmed)) {
-      Log(kNoDirectory, value);
-      return false;
-    }
-    folder = trimmed;
-    return true;
-  } catch (...) {
-    Log(kThrown);
-    return false;
-  }
+EMSFolder FindEMSFolder(CString& folder, CString& value) {
+  value = ConfiguredEmsFolder();
+  folder = kDefaultEmsFolder;
+  if (value.IsEmpty()) return EMSFolder::kNotSet;
+  CString trimmed = value;
+  trimmed.Trim();
+  if (trimmed.IsEmpty()) return EMSFolder::kBlank;
+  if (!PathIsDirectoryW(trimmed)) return EMSFolder::kNoDirectory;
+  folder = trimmed;
+  return EMSFolder::kConfigured;
 }
-
-}  // namespace SigilSettingManagement

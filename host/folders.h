@@ -1,20 +1,30 @@
 #pragma once
 
-// Where the client's files lie. Both folders are found anew at every call.
+// Where the client's files lie, and what they are called. Both folders are found anew at every
+// call, and nothing here logs.
 
 #include "platform/mfc.h"
 
-/// The client's own folder, to be appended to the common data folder.
+/// The client's own folder, to be appended to the common data folder, and files below it.
 constexpr wchar_t kClientFolder[] = L"\\KBR-LTD\\QuietMIMOSA\\HarborLedge";
+constexpr wchar_t kClientIniName[] = L"\\config\\Client.ini";
+constexpr wchar_t kKeySourceName[] = L"\\config\\data.dat";
+
+/// Files of the delivery folder, to be appended to it.
+constexpr wchar_t kPolicyFileName[] = L"\\WmPolicy.dat";
+constexpr wchar_t kSystemSettingName[] = L"\\SystemSetting.csv";
 
 /// The machine-wide data folder, without a trailing backslash; "C:\ProgramData" when the shell does
 /// not tell.
 CString GetCommonDataPath();
 
-namespace SigilSettingManagement {
+/// How the delivery folder was found.
+enum class EMSFolder {
+  kConfigured,   ///< It is the existing directory that Client.ini names, in all else the default:
+  kNotSet,       ///< Client.ini names none,
+  kBlank,        ///< only white space
+  kNoDirectory,  ///< or no directory.
+};
 
-/// The client's delivery folder. True: `folder` is the existing directory that Client.ini names.
-/// False: it is the default folder, and the log says why.
-bool GetEMSFolderPath(CString& folder);
-
-}  // namespace SigilSettingManagement
+/// `folder` becomes the client's delivery folder and `value` what Client.ini says, as it was read.
+EMSFolder FindEMSFolder(CString& folder, CString& value);

@@ -1,12 +1,9 @@
 #include "host/printers.h"
 
-#include <cwchar>
+#include "host/printer_kind.h"
 
 namespace SigilSettingManagement {
 namespace {
-
-constexpr wchar_t kSuiteDriver[] = L"QuietMIMOSA Harbor Ledge Driver";
-constexpr wchar_t kMonitoredMark[] = L"[監視対象プリンタ]";
 
 constexpr wchar_t kList[] = L"SigilSettingManagement::GetPrinterInfoList";
 
@@ -40,20 +37,23 @@ int GetPrinterInfoList(PRINTER_INFO_2W** list, DWORD* count) {
 }
 
 bool IsSuitePrinter(const PRINTER_INFO_2W& printer) {
-  return CString(printer.pDriverName).Compare(kSuiteDriver) == 0;
+  return KindOf(printer) == PrinterKind::kSuite;
 }
 
 bool IsExcludedPrinter(const PRINTER_INFO_2W& printer, const ExclusionMessages& messages) {
-  if (IsSuitePrinter(printer)) return false;
-  if (printer.pComment == nullptr) {
-    Log(messages.noComment);
-    return true;
+  switch (KindOf(printer)) {
+    case PrinterKind::kSuite:
+      return false;
+    case PrinterKind::kNoComment:
+      Log(messages.noComment);
+      return true;
+    case PrinterKind::kNotMarked:
+      Log(messages.notMonitored);
+      return true;
+    case PrinterKind::kMonitored:
+      Log(messages.monitored);
+      return false;
   }
-  if (std::wcsstr(printer.pComment, kMonitoredMark) == nullptr) {
-    Log(messages.notMonitored);
-    return true;
-  }
-  Log(messages.monitored);
   return false;
 }
 

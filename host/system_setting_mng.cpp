@@ -2,13 +2,14 @@
 
 #include <memory>
 
+#include "host/ems_folder.h"
 #include "host/folders.h"
+#include "host/setting_row.h"
 #include "logging/log.h"
 #include "platform/crt.h"
 
 namespace {
 
-constexpr wchar_t kWatermarkKey[] = L"63";
 constexpr wchar_t kImageLogKey[] = L"500";
 
 constexpr wchar_t kConstruct[] = L"CSystemSettingMng::CSystemSettingMng";
@@ -83,37 +84,9 @@ int CSystemSettingMng::ReadCSV() {
     Log(kEmptyRow);
     return 0;
   }
-  // A quote left open does not reach into the next line: the same line is scanned again, and its
-  // odd number of quotes closes it.
-  CString field;
-  if (ScanLine(line, false, field)) ScanLine(line, true, field);
-  m_aryFields.Add(field);
+  SplitRow(line, m_aryFields);
   Log(End(kReadCsv));
   return 1;
-}
-
-// Adds the fields that end in the line; what follows the last of them is in `field`. Gives whether
-// a quote is open at the end.
-bool CSystemSettingMng::ScanLine(const CString& line, bool inQuotes, CString& field) {
-  const int length = line.GetLength();
-  for (int i = 0; i < length; ++i) {
-    const wchar_t character = line[i];
-    const wchar_t next = i + 1 < length ? line[i + 1] : L'\0';
-    if (character == L'"' && inQuotes && next == L'"') {
-      field += L'"';
-      ++i;
-    } else if (character == L'"') {
-      inQuotes = !inQuotes;
-      // A quote inside a field belongs to its text.
-      if (i >= 3 && i + 1 < length && next != L',' && line[i - 1] != L',') field += L'"';
-    } else if (character == L',' && !inQuotes) {
-      m_aryFields.Add(field);
-      field.Empty();
-    } else {
-      field += character;
-    }
-  }
-  return inQuotes;
 }
 
 CString CSystemSettingMng::GetDataStr(int index) {
@@ -140,7 +113,7 @@ int IsWatermarkFuncSetting() {
   try {
     CString folder;
     GetEMSFolderPath(folder);
-    file = std::make_unique<CSystemSettingMng>(folder + L"\\SystemSetting.csv");
+    file = std::make_unique<CSystemSettingMng>(folder + kSystemSettingName);
     if (file->LoadFile() < 0) {
       file.reset();
       Log(kFileUnread);

@@ -27,7 +27,6 @@ class CSystemSettingMng : public CStdioFile {
 
  private:
   bool HasField(int index) const { return index >= 0 && index < m_aryFields.GetSize(); }
-  bool ScanLine(const CString& line, bool inQuotes, CString& field);
 
   CString m_strFilePath;
   UINT m_nOpenFlags = typeText | modeRead;

@@ -1,6 +1,7 @@
 #include "management/set_watermark_all_printer.h"
 
 #include "component/operation_sigil_settings.h"
+#include "host/ems_folder.h"
 #include "host/folders.h"
 #include "management/pass.h"
 #include "platform/crt.h"
@@ -48,7 +49,7 @@ constexpr LogMessage kThrown = {5, 153100100, kPass,
 int ReadScope() {
   CString path;
   GetEMSFolderPath(path);
-  path += L"\\WmPolicy.dat";
+  path += kPolicyFileName;
   if (!PathFileExistsW(path)) {
     Log(kNoPolicyFile);
     return kNoScope;

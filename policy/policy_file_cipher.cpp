@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr INT_PTR kChunkSize = 0x100000;
 constexpr INT_PTR kKeySize = 32;
 constexpr INT_PTR kVectorSize = 16;
 constexpr INT_PTR kDigestSize = 16;
@@ -27,7 +26,7 @@ struct CloseStream {
 INT_PTR ReadChunk(std::FILE* file, CByteArray& chunk) {
   BYTE* const bytes = chunk.GetData();
   INT_PTR count = 0;
-  for (; count < kChunkSize; ++count) {
+  for (; count < CPolicyFileCipher::kChunkSize; ++count) {
     const int byte = std::fgetc(file);
     if (byte == EOF) break;
     bytes[count] = static_cast<BYTE>(byte);
@@ -78,7 +77,7 @@ void Fold(const CByteArray& material, INT_PTR size, CByteArray& target) {
 }  // namespace
 
 CPolicyFileCipher::CPolicyFileCipher()
-    : m_strKeySourcePath(CString(kClientFolder) + L"\\config\\data.dat") {}
+    : m_strKeySourcePath(CString(kClientFolder) + kKeySourceName) {}
 
 int CPolicyFileCipher::DecryptFile(const CString& path, CString& text) const {
   CFileStatus status;
@@ -107,12 +106,9 @@ CString CPolicyFileCipher::DecryptChunk(const CByteArray& cipher) const {
 }
 
 void CPolicyFileCipher::DecryptChunkToBytes(const CByteArray& cipher, CByteArray& plain) const {
-  CByteArray material;
-  BuildKeyMaterial(material);
   CByteArray key;
-  Fold(material, kKeySize, key);
   CByteArray vector;
-  Fold(material, kVectorSize, vector);
+  BuildKey(key, vector);
 
   AesContext context;
   AesSetDecryptKey(key.GetData(), static_cast<int>(kKeySize), &context);
@@ -120,6 +116,13 @@ void CPolicyFileCipher::DecryptChunkToBytes(const CByteArray& cipher, CByteArray
   plain.SetSize(cipher.GetSize());
   AesCbcDecrypt(cipher.GetData(), plain.GetData(), static_cast<int>(cipher.GetSize()),
                 vector.GetData(), &context);
+}
+
+void CPolicyFileCipher::BuildKey(CByteArray& key, CByteArray& vector) const {
+  CByteArray material;
+  BuildKeyMaterial(material);
+  Fold(material, kKeySize, key);
+  Fold(material, kVectorSize, vector);
 }
 
 void CPolicyFileCipher::FoldBytes(const CByteArray& source, CByteArray& target) {

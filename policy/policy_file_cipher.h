@@ -13,6 +13,9 @@
 
 class CPolicyFileCipher {
  public:
+  /// Bytes of a chunk; the last one of a file may have fewer.
+  static constexpr INT_PTR kChunkSize = 0x100000;
+
   CPolicyFileCipher();
 
   /// Appends the clear text of the file at the full path `path` to `text`. 0: read to its end; 1:
@@ -23,6 +26,9 @@ class CPolicyFileCipher {
   CString DecryptChunk(const CByteArray& cipher) const;
   /// `plain` gets the length of `cipher`.
   void DecryptChunkToBytes(const CByteArray& cipher, CByteArray& plain) const;
+
+  /// The key of 32 bytes and the initial vector of 16 that every chunk goes by.
+  void BuildKey(CByteArray& key, CByteArray& vector) const;
 
   /// As many bytes as the key source has, none when it cannot be read.
   void BuildKeyMaterial(CByteArray& material) const;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/ems_folder.h"
 #include "platform/faults.h"
 #include "platform/utf.h"
 #include "tests/recorder/recorder.h"

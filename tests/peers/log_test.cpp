@@ -54,12 +54,14 @@ TEST_F(Log, KeepsEachCallInOneLine) {
   plain(3, 153100270, L"A::B", 87, L"設定処理完了 {} %s \U0001F600");
   withCode(5, 153100420, L"A::C", 9, -2, L"パイプ");
   withLabel(0, 0, L"A::D", 1, L"500", L"1");
-  plain(9, -1, nullptr, -3, L"1\r\n2\t\x1B[2J\x85\x2028\xD83D \\n");
+  plain(9, -1, nullptr, -3, L"1\r\n2\t\x1B[2J\x7F\x85\x2028\x202E\x2066\xFEFF\xD83D \\n");
   EXPECT_EQ(Lines(),
             "STAMP 3 153100270 A::B(87) 設定処理完了 {} %s \U0001F600\n"
             "STAMP 5 153100420 A::C(9) パイプ (code -2)\n"
             "STAMP 0 0 A::D(1) 500=1\n"
-            "STAMP 9 -1 (null)(-3) 1\\r\\n2\\t\\u001B[2J\\u0085\\u2028\xEF\xBF\xBD \\n\n");
+            "STAMP 9 -1 (null)(-3) "
+            "1\\r\\n2\\t\\u001B[2J\\u007F\\u0085\\u2028\\u202E\\u2066\\uFEFF\xEF\xBF\xBD "
+            "\\n\n");
 }
 
 TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentAndDropsWhatItCannotWrite) {

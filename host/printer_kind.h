@@ -1,0 +1,18 @@
+#pragma once
+
+// What a printer is to the system, by its driver and its comment. Nothing here logs.
+
+#include "platform/spooler.h"
+
+namespace SigilSettingManagement {
+
+enum class PrinterKind {
+  kSuite,      ///< It uses the suite's own driver and has watermarks of its own.
+  kNoComment,  ///< It has no comment and is excluded from watermarking,
+  kNotMarked,  ///< or a comment without the mark, and is excluded.
+  kMonitored,  ///< Its comment marks it as monitored: it goes by the default entry.
+};
+
+PrinterKind KindOf(const PRINTER_INFO_2W& printer);
+
+}  // namespace SigilSettingManagement
