@@ -1,21 +1,84 @@
 #include "peers/settings_component/database.h"
 
+#include <utility>
+
 namespace peers {
 
+namespace {
+
+/// Work of one query beside that for the file's size: lists that have just been made are read too.
+constexpr std::int64_t kFreeWork = 64'000'000;
+/// Work for each byte of the file. The component's own records take less than two.
+constexpr std::int64_t kWorkOfByte = 8;
+/// A row costs this beside its text and the steps to it, which stands for the memory it takes.
+constexpr std::int64_t kWorkOfRow = 256;
+constexpr int kStepsBetweenLooks = 1000;
+
+/// A name as it stands in a URI (RFC 3986).
+std::string Encoded(const std::string& name) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string encoded;
+  for (const char character : name) {
+    const auto byte = static_cast<unsigned char>(character);
+    const bool isPlain = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                         (byte >= '0' && byte <= '9') || character == '/' || character == '.';
+    if (isPlain)
+      encoded += character;
+    else
+      encoded += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
+  }
+  return encoded;
+}
+
+}  // namespace
+
 Database::Database(const std::filesystem::path& file, int flags) {
+  Open(file.string(), flags);
+}
+
+Database::Database(const std::filesystem::path& file, AsItLies) {
+  Open("file:" + Encoded(file.string()) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+}
+
+void Database::Open(const std::string& name, int flags) {
   sqlite3* connection = nullptr;
   const int result =
-      sqlite3_open_v2(file.c_str(), &connection, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+      sqlite3_open_v2(name.c_str(), &connection, flags | SQLITE_OPEN_NOMUTEX, nullptr);
   m_connection.reset(connection);
   if (!connection) throw std::bad_alloc();
-  if (result != SQLITE_OK) throw DatabaseError(file.string() + ": " + sqlite3_errmsg(connection));
+  if (result != SQLITE_OK) throw DatabaseError(sqlite3_errmsg(connection));
   Check(sqlite3_busy_timeout(connection, kBusyMilliseconds));
+  Restrain();
+}
+
+void Database::Restrain() {
+  sqlite3* const connection = m_connection.get();
+  constexpr std::pair<int, int> kSwitches[] = {{SQLITE_DBCONFIG_DEFENSIVE, 1},
+                                               {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+                                               {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
+                                               {SQLITE_DBCONFIG_ENABLE_VIEW, 0}};
+  for (const auto& [name, value] : kSwitches)
+    Check(sqlite3_db_config(connection, name, value, nullptr));
+  constexpr std::pair<int, int> kLimits[] = {{SQLITE_LIMIT_LENGTH, 16 * 1024 * 1024},
+                                             {SQLITE_LIMIT_SQL_LENGTH, 10000},
+                                             {SQLITE_LIMIT_COLUMN, 32},
+                                             {SQLITE_LIMIT_EXPR_DEPTH, 16},
+                                             {SQLITE_LIMIT_ATTACHED, 0}};
+  for (const auto& [name, value] : kLimits) sqlite3_limit(connection, name, value);
+  const auto look = [](void* database) {
+    return static_cast<Database*>(database)->Spend(kStepsBetweenLooks) ? 0 : 1;
+  };
+  sqlite3_progress_handler(connection, kStepsBetweenLooks, look, this);
+  m_budget = kFreeWork;
+  Execute("PRAGMA cell_size_check = ON; PRAGMA mmap_size = 0");
+  m_budget += kWorkOfByte * Number("PRAGMA page_count") * Number("PRAGMA page_size");
 }
 
 std::string Database::Row::Text(int column) const {
   const unsigned char* text = sqlite3_column_text(m_statement, column);
   const int size = sqlite3_column_bytes(m_statement, column);
   if (text == nullptr) return {};
+  m_database.Require(m_database.Spend(size));
   return {reinterpret_cast<const char*>(text), static_cast<std::size_t>(size)};
 }
 
@@ -26,6 +89,7 @@ std::int64_t Database::Number(const char* sql) {
 }
 
 void Database::Execute(const char* sql) {
+  m_spent = 0;
   Check(sqlite3_exec(m_connection.get(), sql, nullptr, nullptr, nullptr));
 }
 
@@ -59,10 +123,17 @@ void Database::Bind(sqlite3_stmt* statement, int place, double number) {
 bool Database::Step(sqlite3_stmt* statement) {
   const int result = sqlite3_step(statement);
   if (result != SQLITE_ROW && result != SQLITE_DONE) Check(result);
+  if (result == SQLITE_ROW) Require(Spend(kWorkOfRow));
   return result == SQLITE_ROW;
 }
 
+void Database::Require(bool isWithinBudget) const {
+  if (!isWithinBudget)
+    throw DatabaseError("it takes more work than a setting file of its size has to");
+}
+
 void Database::Check(int result) const {
+  Require(result != SQLITE_INTERRUPT);
   if (result != SQLITE_OK) throw DatabaseError(sqlite3_errmsg(m_connection.get()));
 }
 

@@ -1,6 +1,11 @@
 #include "peers/settings_component/setting_file.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <iterator>
 #include <mutex>
+#include <set>
 #include <system_error>
 #include <tuple>
 #include <utility>
@@ -19,9 +24,10 @@ constexpr char kDefaultEntry[] = "*";
 constexpr std::int64_t kApplicationId = 0x5349474C;
 constexpr std::int64_t kVersion = 1;
 
-constexpr char kSchema[] = R"(
-  CREATE TABLE entry(id INTEGER PRIMARY KEY AUTOINCREMENT, printer TEXT NOT NULL UNIQUE);
-  CREATE TABLE watermark(
+/// The file holds these and nothing else, to the letter: a change here is another version.
+constexpr const char* kTables[] = {
+    R"(CREATE TABLE entry(id INTEGER PRIMARY KEY AUTOINCREMENT, printer TEXT NOT NULL UNIQUE))",
+    R"(CREATE TABLE watermark(
     entry INTEGER NOT NULL REFERENCES entry ON DELETE CASCADE, position INTEGER NOT NULL,
     id TEXT NOT NULL, name TEXT NOT NULL, text TEXT NOT NULL, fontSize REAL NOT NULL,
     fontName TEXT NOT NULL, color INTEGER NOT NULL, bold INTEGER NOT NULL, italic INTEGER NOT NULL,
@@ -29,22 +35,22 @@ constexpr char kSchema[] = R"(
     rotate INTEGER NOT NULL, printPos INTEGER NOT NULL, positionOption INTEGER NOT NULL,
     xOffset REAL NOT NULL, yOffset REAL NOT NULL, repeatFirstAxis INTEGER NOT NULL,
     repeatSecondAxis INTEGER NOT NULL, repeatHSpace INTEGER NOT NULL,
-    repeatVSpace INTEGER NOT NULL, PRIMARY KEY(entry, position)) WITHOUT ROWID;
-  CREATE TABLE setting(
+    repeatVSpace INTEGER NOT NULL, PRIMARY KEY(entry, position)) WITHOUT ROWID)",
+    R"(CREATE TABLE setting(
     entry INTEGER NOT NULL REFERENCES entry ON DELETE CASCADE, position INTEGER NOT NULL,
-    name TEXT NOT NULL, enabled INTEGER NOT NULL, PRIMARY KEY(entry, position)) WITHOUT ROWID;
-  CREATE TABLE active(
+    name TEXT NOT NULL, enabled INTEGER NOT NULL, PRIMARY KEY(entry, position)) WITHOUT ROWID)",
+    R"(CREATE TABLE active(
     entry INTEGER NOT NULL REFERENCES entry ON DELETE CASCADE, setting INTEGER NOT NULL,
     position INTEGER NOT NULL, watermark TEXT NOT NULL,
-    PRIMARY KEY(entry, setting, position)) WITHOUT ROWID;
-  CREATE TABLE driver(id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE);
-  CREATE TABLE excluded(id TEXT NOT NULL UNIQUE, name TEXT NOT NULL);
-  CREATE TABLE second_exclude(id TEXT NOT NULL UNIQUE, name TEXT NOT NULL);
-  CREATE TABLE switch(content_log INTEGER NOT NULL);
-  INSERT INTO switch VALUES(0);
-  PRAGMA application_id = 0x5349474C;
-  PRAGMA user_version = 1;
-)";
+    PRIMARY KEY(entry, setting, position)) WITHOUT ROWID)",
+    R"(CREATE TABLE driver(id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE))",
+    R"(CREATE TABLE excluded(id TEXT NOT NULL UNIQUE, name TEXT NOT NULL))",
+    R"(CREATE TABLE second_exclude(id TEXT NOT NULL UNIQUE, name TEXT NOT NULL))",
+    R"(CREATE TABLE switch(content_log INTEGER NOT NULL))"};
+/// SQLite's own, for AUTOINCREMENT.
+constexpr char kSequence[] = "CREATE TABLE sqlite_sequence(name,seq)";
+
+constexpr std::uintmax_t kGreatestFile = 256 * 1024 * 1024;
 
 /// Built beside its place and linked to it when complete; where two do so at once, one file stays.
 void Create(const fs::path& file) {
@@ -54,7 +60,10 @@ void Create(const fs::path& file) {
     Database database(draft, SQLITE_OPEN_READWRITE);
     database.Execute("PRAGMA journal_mode = WAL");
     Transaction transaction(database);
-    database.Execute(kSchema);
+    for (const char* table : kTables) database.Execute(table);
+    database.Execute(
+        "INSERT INTO switch VALUES(0);"
+        "PRAGMA application_id = 0x5349474C; PRAGMA user_version = 1");
     transaction.Commit();
   } catch (...) {
     unlink(draft.c_str());
@@ -66,13 +75,55 @@ void Create(const fs::path& file) {
   if (linked != 0 && error != EEXIST) ThrowSystemError(file.string(), error);
 }
 
+void RequireOrdinaryFile(const fs::path& file) {
+  if (!fs::is_regular_file(file)) throw DatabaseError("not a regular file");
+  if (fs::file_size(file) > kGreatestFile) throw DatabaseError("more than 256 MiB");
+}
+
+/// So that a refusal of the system is told as one.
+void RequireReadable(const fs::path& file) {
+  if (faccessat(AT_FDCWD, file.c_str(), R_OK, AT_EACCESS) != 0) ThrowSystemError(file.string());
+}
+
+/// A table, an index or anything else that is not the component's own could mean anything.
+void RequireSchema(Database& database) {
+  if (database.Number("PRAGMA application_id") != kApplicationId ||
+      database.Number("PRAGMA user_version") != kVersion)
+    throw DatabaseError("not a setting file");
+  std::multiset<std::string> expected(std::begin(kTables), std::end(kTables));
+  expected.insert(kSequence);
+  std::multiset<std::string> found;
+  database.Query("SELECT type, name, sql FROM sqlite_schema", [&](const Database::Row& row) {
+    // An index without a text is that of a table's own key.
+    const bool isKey = row.Text(0) == "index" && row.Text(2).empty();
+    if (!isKey) found.insert(row.Text(2));
+    if (!isKey && !expected.contains(row.Text(2)))
+      throw DatabaseError("not a setting file: " + row.Text(0) + " \"" + row.Text(1) +
+                          "\" in it is none of the component's");
+  });
+  if (found != expected) throw DatabaseError("not a setting file: a table is missing");
+}
+
+bool MayWrite(const fs::path& path) {
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
 /// Always to write, where the file allows that: only a writer takes the files beside it away again.
+/// Where it doesn't, a reader without a log file beside it can do with the file alone.
+std::unique_ptr<Database> OpenDatabase(const fs::path& file, SettingFile::Access access) {
+  if (access != SettingFile::Access::kRead || (MayWrite(file) && MayWrite(file.parent_path())))
+    return std::make_unique<Database>(file, SQLITE_OPEN_READWRITE);
+  std::error_code missing;
+  const auto waiting = fs::file_size(fs::path(file) += "-wal", missing);
+  if (missing || waiting == 0) return std::make_unique<Database>(file, Database::AsItLies());
+  return std::make_unique<Database>(file, SQLITE_OPEN_READONLY);
+}
+
 std::unique_ptr<Database> Open(const fs::path& file, SettingFile::Access access) {
   if (access == SettingFile::Access::kCreate && !fs::exists(file)) Create(file);
-  auto database = std::make_unique<Database>(file, SQLITE_OPEN_READWRITE);
-  if (database->Number("PRAGMA application_id") != kApplicationId ||
-      database->Number("PRAGMA user_version") != kVersion)
-    throw DatabaseError(file.string() + ": not a setting file");
+  RequireOrdinaryFile(file);
+  auto database = OpenDatabase(file, access);
+  RequireSchema(*database);
   database->Execute("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON");
   if (access == SettingFile::Access::kRead) database->Execute("PRAGMA query_only = ON");
   return database;
@@ -269,7 +320,15 @@ SettingPlace FindSettingPlace() {
 
 SettingFileContent ReadSettingFile(const fs::path& file) {
   if (!fs::exists(file)) return {};
+  RequireReadable(file);
   return SettingFile(file, SettingFile::Access::kRead).ReadAll();
+}
+
+void CheckSettingFile(const fs::path& file) {
+  RequireReadable(file);
+  RequireOrdinaryFile(file);
+  Database database(file, Database::AsItLies());
+  RequireSchema(database);
 }
 
 }  // namespace peers

@@ -20,6 +20,10 @@
 // holds it whole or not at all. Only Apply also waits for the disk, and with that for everything
 // before it; a power failure may take back what came after the last Apply, in whole transactions.
 //
+// The file is read as data: with a table, an index, a view or a trigger in it that is not one of
+// these, to the letter, or with more than 256 MiB, it is no setting file. Neither is one whose
+// reading takes more work than a sound file of its size (see database.h).
+//
 // All failures are thrown: DatabaseError, or std::system_error for the file itself. A file that is
 // no setting file is left as it is.
 
@@ -143,7 +147,12 @@ struct SettingPlace {
 };
 SettingPlace FindSettingPlace();
 
-/// Everything in the setting file `file`, without changing it; a missing file reads as empty.
+/// Everything in the setting file `file`, without changing it; a missing file reads as empty. It
+/// takes no right to write.
 SettingFileContent ReadSettingFile(const std::filesystem::path& file);
+
+/// Throws what the component would fail on with this file, as far as its head and its tables tell.
+/// Makes no file beside it.
+void CheckSettingFile(const std::filesystem::path& file);
 
 }  // namespace peers
