@@ -1,32 +1,53 @@
 #include "app/client.h"
 
-#include "platform/crt.h"
-#include "platform/file.h"
-#include "platform/profile.h"
+#include "host/folders.h"
 #include "platform/utf.h"
 
 namespace app {
 namespace {
 
-std::wstring Trimmed(std::wstring text) {
-  while (!text.empty() && crt::iswspace(text.back()) != 0) text.pop_back();
-  std::size_t first = 0;
-  while (first < text.size() && crt::iswspace(text[first]) != 0) ++first;
-  return text.substr(first);
+std::wstring InClientFolder(const wchar_t* name) {
+  return (GetCommonDataPath() + kClientFolder + name).GetString();
+}
+
+std::string Origin(EMSFolder found, const CString& value) {
+  switch (found) {
+    case EMSFolder::kConfigured:
+      return "EMSDir of Client.ini";
+    case EMSFolder::kNotSet:
+      return "the default: Client.ini names no EMSDir";
+    case EMSFolder::kBlank:
+      return "the default: the EMSDir of Client.ini is blank";
+    case EMSFolder::kNoDirectory:
+      break;
+  }
+  return "the default: the EMSDir of Client.ini, " + platform::ToUtf8(value.GetString()) +
+         ", is no folder";
 }
 
 }  // namespace
 
+std::wstring ClientIni() {
+  return InClientFolder(kClientIniName);
+}
+
+std::wstring KeySource() {
+  return InClientFolder(kKeySourceName);
+}
+
+std::wstring DeliveryFolder::PolicyFile() const {
+  return path + kPolicyFileName;
+}
+
+std::wstring DeliveryFolder::SystemSetting() const {
+  return path + kSystemSettingName;
+}
+
 DeliveryFolder FindDeliveryFolder() {
-  constexpr DWORD kCapacity = 1024;
-  wchar_t value[kCapacity] = {};
-  GetPrivateProfileStringW(L"Setting", L"EMSDir", L"", value, kCapacity, kClientIni);
-  const std::wstring folder = Trimmed(value);
-  if (folder.empty()) return {kDefaultDelivery, "the default: Client.ini names no EMSDir"};
-  if (!PathIsDirectoryW(folder.c_str()))
-    return {kDefaultDelivery, "the default: the EMSDir of Client.ini, " + platform::ToUtf8(folder) +
-                                  ", is no folder"};
-  return {folder, "EMSDir of Client.ini"};
+  CString folder;
+  CString value;
+  const EMSFolder found = FindEMSFolder(folder, value);
+  return {folder.GetString(), Origin(found, value)};
 }
 
 }  // namespace app

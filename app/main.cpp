@@ -10,18 +10,20 @@
 #include <functional>
 #include <iostream>
 
-#include "app/doctor.h"
+#include "app/delivery/seal.h"
+#include "app/delivery/unseal.h"
 #include "app/init.h"
+#include "app/inventory/doctor.h"
+#include "app/inventory/log_view.h"
+#include "app/inventory/show.h"
 #include "app/library.h"
-#include "app/log_view.h"
 #include "app/page/preview.h"
 #include "app/result.h"
-#include "app/seal_command.h"
 #include "app/serve.h"
-#include "app/show.h"
 #include "app/text_file.h"
 #include "app/usage_error.h"
 #include "platform/posix/machine/machine.h"
+#include "platform/visible_text.h"
 
 namespace app {
 namespace {
@@ -34,13 +36,16 @@ struct Arguments {
   std::string root;
   std::string newRoot;
   std::string file;
+  std::string output;
   std::string policyId = "1";
   std::string onOff;
   bool resetName = false;
   bool json = false;
-  bool brief = false;
   bool follow = false;
   PreviewOptions preview;
+  std::string level;
+  std::string since;
+  ShowOptions show;
   std::function<int()> run;
 };
 
@@ -72,25 +77,17 @@ int SetContentLog(const Arguments& arguments) {
                 on ? "The content log is on." : "The content log is off.");
 }
 
-/// A failure tells which file it is about.
-peers::SettingFileContent ReadSettings() {
-  const auto file = peers::FindSettingPlace().file;
-  try {
-    return peers::ReadSettingFile(file);
-  } catch (const std::exception& error) {
-    const std::string_view reason = error.what();
-    if (reason.starts_with(file.native())) throw;
-    throw std::runtime_error(file.string() + ": " + error.what());
-  }
+int PrintLog(const Arguments& arguments) {
+  const LogFilter filter = ParseLogFilter(arguments.level, arguments.since);
+  if (arguments.follow) FollowLog(LogFile(), filter);
+  PrintLog(LogFile(), filter);
+  return 0;
 }
 
-int Show(const Arguments& arguments) {
-  const auto content = ReadSettings();
-  if (arguments.json)
-    ShowJson(std::cout, content);
-  else
-    ShowTables(std::cout, content, arguments.brief ? Detail::kBrief : Detail::kWhole);
-  return 0;
+int Doctor(const Arguments& arguments) {
+  const Diagnosis diagnosis = Diagnose();
+  arguments.json ? PrintDiagnosisJson(std::cout, diagnosis) : PrintDiagnosis(std::cout, diagnosis);
+  return diagnosis.IsGood() ? 0 : kFailed;
 }
 
 /// What the machine would hold after the policy of FILE, or what it holds.
@@ -141,11 +138,6 @@ void AddCommands(CLI::App& program, Arguments& arguments) {
       ->add_option("STATE", arguments.onOff, "on or off")
       ->required();
 
-  CLI::App* const show =
-      add("show", "Shows what the setting file holds", [&] { return Show(arguments); });
-  show->add_flag("--json", arguments.json, "As one JSON object");
-  show->add_flag("--brief", arguments.brief, "Without the watermarks");
-
   CLI::App* const preview = add("preview", "Draws the page with its watermarks as a picture", [&] {
     Preview(std::cout, Rehearsed(arguments), arguments.preview);
     return 0;
@@ -157,28 +149,41 @@ void AddCommands(CLI::App& program, Arguments& arguments) {
   preview->add_option("--paper", arguments.preview.paper, "A3, A4 or Letter (A4)");
   preview->add_flag("--landscape", arguments.preview.isLandscape, "The paper's long side lies");
 
-  add("log", "Prints the log file", [&] {
-    if (arguments.follow) FollowLog(LogFile());
-    PrintLog(LogFile());
+  CLI::App* const show = add("show", "Shows what the setting file holds", [&] {
+    Show(std::cout, arguments.show);
     return 0;
-  })->add_flag("--follow", arguments.follow, "And goes on as it grows");
+  });
+  CLI::Option* const json = show->add_flag("--json", arguments.show.json, "As one JSON object");
+  show->add_flag("--no-ids", arguments.show.noIds, "JSON without IDs, for comparing")->needs(json);
+  show->add_flag("--brief", arguments.show.brief, "Without the watermarks");
+  show->add_option("--printer", arguments.show.printer, "One entry alone (*: the default entry)");
 
-  add("seal", "Makes the delivered policy file of a policy text",
-      [&] {
-        SealPolicy(arguments.file);
-        return 0;
-      })
-      ->add_option("FILE", arguments.file, "The policy, UTF-8 or UTF-16 text")
-      ->required();
+  CLI::App* const log = add("log", "Prints the log file", [&] { return PrintLog(arguments); });
+  log->add_flag("--follow", arguments.follow, "And goes on as it grows");
+  log->add_option("--level", arguments.level, "Lines of this level and above: 0 to 5 or its word");
+  log->add_option("--since", arguments.since, "Lines since: 2025-03-31, '2025-03-31 09:12', 10m");
+
+  CLI::App* const seal = add("seal", "Makes the delivered policy file of a policy text", [&] {
+    SealPolicy(arguments.file, arguments.output);
+    return 0;
+  });
+  seal->add_option("FILE", arguments.file, "The policy, UTF-8 or UTF-16 text")->required();
+  seal->add_option("-o,--output", arguments.output, "Another place for it");
+
+  CLI::App* const unseal = add("unseal", "Gives the text of a delivered policy file back", [&] {
+    UnsealPolicy(arguments.file, arguments.output);
+    return 0;
+  });
+  unseal->add_option("FILE", arguments.file, "The sealed file (the delivered one)");
+  unseal->add_option("-o,--output", arguments.output, "A file for the text");
 
   add("serve", "Runs the control service and prints its events", [] {
     Serve();
     return 0;
   });
-  add("doctor", "Tells what an export would meet on this machine; changes nothing", [] {
-    PrintDiagnosis(std::cout);
-    return 0;
-  });
+  add("doctor", "Tells what an export would meet on this machine; changes nothing", [&] {
+    return Doctor(arguments);
+  })->add_flag("--json", arguments.json, "As one JSON object");
 }
 
 /// Nothing is to appear in a folder that was misspelt.
@@ -221,10 +226,10 @@ int main(int argc, char** argv) {
   try {
     return app::Run(argc, argv);
   } catch (const app::UsageError& error) {
-    std::cerr << "sigilctl: " << error.what() << "\n";
+    std::cerr << "sigilctl: " << platform::Visible(error.what()) << "\n";
     return app::kMisused;
   } catch (const std::exception& error) {
-    std::cerr << "sigilctl: " << error.what() << "\n";
+    std::cerr << "sigilctl: " << platform::Visible(error.what()) << "\n";
     return app::kFailed;
   }
 }

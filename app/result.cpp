@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "app/findings.h"
+#include "app/inventory/setting_state.h"
 #include "boundary/exports.h"
 
 namespace app {

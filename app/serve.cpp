@@ -7,9 +7,9 @@
 #include <iostream>
 #include <thread>
 
-#include "app/table.h"
 #include "peers/control_service/control_service.h"
 #include "platform/utf.h"
+#include "platform/visible_text.h"
 
 namespace app {
 namespace {
@@ -55,7 +55,7 @@ std::string Stamp(std::chrono::system_clock::time_point time) {
 
 void Print(const peers::PipeEvent& event) {
   std::cout << Stamp(event.time) << " "
-            << (event.text ? OneLine(platform::ToUtf8(*event.text))
+            << (event.text ? platform::ToUtf8(platform::Visible(*event.text))
                            : "malformed message of " + std::to_string(event.size) + " bytes")
             << std::endl;
 }

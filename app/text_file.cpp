@@ -1,10 +1,10 @@
 #include "app/text_file.h"
 
-#include <system_error>
+#include <stdexcept>
 #include <utility>
 
+#include "app/input_file.h"
 #include "app/usage_error.h"
-#include "platform/posix/machine/whole_file.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -37,9 +37,9 @@ std::optional<std::wstring> FromUtf16Be(std::string_view bytes) {
 std::string Read(const std::filesystem::path& file) {
   std::optional<std::string> bytes;
   try {
-    bytes = platform::ReadWholeFile(file);
-  } catch (const std::system_error& error) {
-    throw UsageError(error.what());
+    bytes = ReadInput(file, kGreatestPolicy);
+  } catch (const std::runtime_error& error) {
+    throw UsageError(file.string() + ": " + error.what());
   }
   if (!bytes) throw UsageError(file.string() + ": no such file");
   return std::move(*bytes);

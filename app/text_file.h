@@ -14,7 +14,8 @@ namespace app {
 /// what is ill-formed in its encoding or holds a NUL.
 std::optional<std::wstring> DecodeText(std::string_view bytes);
 
-/// The text of a file, which is not empty. UsageError for any other.
+/// The text of a file of at most kGreatestPolicy bytes, which is not empty. UsageError for any
+/// other.
 std::wstring ReadTextFile(const std::filesystem::path& file);
 
 }  // namespace app

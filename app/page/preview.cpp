@@ -6,10 +6,10 @@
 #include <system_error>
 #include <vector>
 
+#include "app/inventory/table.h"
 #include "app/page/draw.h"
 #include "app/page/layout.h"
 #include "app/page/set_text.h"
-#include "app/table.h"
 #include "app/usage_error.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/whole_file.h"

@@ -12,6 +12,10 @@
 
 namespace logging {
 
+/// As a Windows path.
+inline constexpr wchar_t kLogFile[] =
+    L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
+
 /// Appends one line, whole: local time with milliseconds, the process's number, then `text`, UTF-8
 /// without a line end. A line that cannot be written is dropped. May throw for want of memory.
 ///

@@ -16,9 +16,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr wchar_t kLogFile[] =
-    L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
-
 std::string Variable(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? "" : value;

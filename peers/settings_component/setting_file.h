@@ -60,6 +60,8 @@ struct WatermarkRecord {
   bool repeatSecondAxis = false;
   std::int32_t repeatHSpace = 0;
   std::int32_t repeatVSpace = 0;
+
+  bool operator==(const WatermarkRecord&) const = default;
 };
 
 /// A last setting or a custom setting: which watermarks are active, and whether they are at all.

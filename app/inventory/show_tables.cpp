@@ -2,8 +2,9 @@
 #include <cstdio>
 #include <ostream>
 
-#include "app/show.h"
-#include "app/table.h"
+#include "app/inventory/position.h"
+#include "app/inventory/show.h"
+#include "app/inventory/table.h"
 
 namespace app {
 namespace {
@@ -28,7 +29,7 @@ std::string Color(std::int32_t color) {
 }
 
 std::string NameOf(const peers::EntryRecord& entry) {
-  return entry.printer == "*" ? "* (default entry)" : OneLine(entry.printer);
+  return entry.printer == "*" ? "* (default entry)" : entry.printer;
 }
 
 std::string Style(const peers::WatermarkRecord& mark) {
@@ -77,44 +78,86 @@ void ShowLists(std::ostream& out, const peers::SettingFileContent& content) {
   if (!content.drivers.empty()) list("Drivers with settings of their own", content.drivers);
 }
 
-void ShowEntries(std::ostream& out, const std::vector<peers::EntryRecord>& entries) {
-  if (entries.empty()) {
-    out << "Entries: none\n";
-    return;
-  }
+void ShowEntries(std::ostream& out, const std::vector<const peers::EntryRecord*>& entries) {
   std::vector<Row> rows = {{"Entry", "Setting", "Switch", "Active watermarks"}};
-  for (const peers::EntryRecord& entry : entries) {
-    const peers::ActiveRecord& last = entry.lastSetting;
-    rows.push_back({NameOf(entry), "last", OnOff(last.enabled), Active(last, entry)});
-    for (const peers::ActiveRecord& custom : entry.customSettings)
+  for (const peers::EntryRecord* entry : entries) {
+    const peers::ActiveRecord& last = entry->lastSetting;
+    rows.push_back({NameOf(*entry), "last", OnOff(last.enabled), Active(last, *entry)});
+    for (const peers::ActiveRecord& custom : entry->customSettings)
       rows.push_back({"", "custom " + OneLine(custom.name, kNameWidth), OnOff(custom.enabled),
-                      Active(custom, entry)});
+                      Active(custom, *entry)});
   }
-  out << "Entries:\n";
+  out << "Entries, of which the last setting is in effect:\n";
   PrintTable(out, rows);
 }
 
-void ShowWatermarks(std::ostream& out, const peers::EntryRecord& entry) {
-  out << "\nWatermarks of " << NameOf(entry) << (entry.watermarks.empty() ? ": none\n" : ":\n");
-  if (entry.watermarks.empty()) return;
+/// Whether the two hold the same watermarks, but for their IDs.
+bool HaveTheSame(const peers::EntryRecord& left, const peers::EntryRecord& right) {
+  return std::ranges::equal(left.watermarks, right.watermarks,
+                            [](peers::WatermarkRecord one, const peers::WatermarkRecord& other) {
+                              one.id = other.id;
+                              return one == other;
+                            });
+}
+
+using Group = std::vector<const peers::EntryRecord*>;
+
+std::vector<Group> Grouped(const Group& entries) {
+  std::vector<Group> groups;
+  for (const peers::EntryRecord* entry : entries) {
+    const auto same = std::ranges::find_if(
+        groups, [&](const Group& group) { return HaveTheSame(*group[0], *entry); });
+    if (same == groups.end())
+      groups.push_back({entry});
+    else
+      same->push_back(entry);
+  }
+  return groups;
+}
+
+std::string NamesOf(const Group& group) {
+  constexpr std::size_t kGreatestList = 8;
+  std::string names;
+  for (std::size_t i = 0; i < std::min(group.size(), kGreatestList); ++i)
+    names += (i == 0 ? "" : ", ") + OneLine(NameOf(*group[i]));
+  if (group.size() > kGreatestList)
+    names += " and " + std::to_string(group.size() - kGreatestList) + " more";
+  return names;
+}
+
+void ShowWatermarks(std::ostream& out, const Group& group) {
+  const std::vector<peers::WatermarkRecord>& watermarks = group[0]->watermarks;
+  out << "\nWatermarks of " << NamesOf(group) << (watermarks.empty() ? ": none\n" : ":\n");
+  if (watermarks.empty()) return;
   std::vector<Row> rows = {{"Name", "Text", "Font", "Size", "Color", "Style", "Opacity", "Rotate",
                             "Position", "Offset", "Repeat"}};
-  for (const peers::WatermarkRecord& mark : entry.watermarks)
+  for (const peers::WatermarkRecord& mark : watermarks)
     rows.push_back({OneLine(mark.name, kNameWidth), OneLine(mark.text, kTextWidth),
                     OneLine(mark.fontName, kNameWidth), Number(mark.fontSize), Color(mark.color),
                     Style(mark), std::to_string(mark.opacity), std::to_string(mark.rotate),
-                    std::to_string(mark.printPos),
-                    Number(mark.xOffset) + ", " + Number(mark.yOffset), Repeat(mark)});
+                    PositionText(mark.printPos), Number(mark.xOffset) + ", " + Number(mark.yOffset),
+                    Repeat(mark)});
   PrintTable(out, rows);
 }
 
 }  // namespace
 
-void ShowTables(std::ostream& out, const peers::SettingFileContent& content, Detail detail) {
+void ShowTables(std::ostream& out, const peers::SettingFileContent& content, bool isBrief) {
   ShowLists(out, content);
-  ShowEntries(out, content.entries);
-  if (detail == Detail::kBrief) return;
-  for (const peers::EntryRecord& entry : content.entries) ShowWatermarks(out, entry);
+  Group entries;
+  for (const peers::EntryRecord& entry : content.entries) entries.push_back(&entry);
+  if (entries.empty()) {
+    out << "Entries: none\n";
+    return;
+  }
+  ShowEntries(out, entries);
+  if (isBrief) return;
+  for (const Group& group : Grouped(entries)) ShowWatermarks(out, group);
+}
+
+void ShowEntry(std::ostream& out, const peers::EntryRecord& entry, bool isBrief) {
+  ShowEntries(out, {&entry});
+  if (!isBrief) ShowWatermarks(out, {&entry});
 }
 
 }  // namespace app

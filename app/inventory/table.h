@@ -14,14 +14,18 @@ namespace app {
 /// The places that UTF-8 text takes on a terminal.
 std::size_t DisplayWidth(std::string_view text);
 
-/// The same text in one line, with control characters as \n, \t or \uXXXX; cut, with an ellipsis,
-/// to `width` places.
+/// The text in one line, its controls made visible (platform/visible_text.h); cut, with an
+/// ellipsis, to `width` places.
 std::string OneLine(std::string_view text, std::size_t width = std::string_view::npos);
+
+/// The places in a line of standard output: the environment variable COLUMNS, where it is exported,
+/// else the terminal's. Without limit where there is no terminal.
+std::size_t TerminalWidth();
 
 using Row = std::vector<std::string>;
 
 /// Prints the rows, of which the first holds the headings, two places apart, each line behind
-/// `indent`.
+/// `indent` and each cell as OneLine shows it. The widest columns are cut to the terminal's width.
 void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_view indent = "  ");
 
 }  // namespace app

@@ -1,18 +1,27 @@
 #pragma once
 
 // What an export would meet on this machine, found out without changing anything: no file is made
-// or written, no line logged.
+// or written, no line logged. What it makes of it stands in forecast.h.
 
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "app/client.h"
+#include "app/inventory/setting_state.h"
 #include "app/policy_text.h"
+#include "host/printer_kind.h"
 #include "platform/base.h"
-#include "platform/posix/machine/machine.h"
 
 namespace app {
+
+using SigilSettingManagement::PrinterKind;
+
+struct PrinterFinding {
+  std::wstring name;
+  std::wstring driver;
+  PrinterKind kind;
+};
 
 struct Findings {
   DeliveryFolder delivery;
@@ -30,30 +39,16 @@ struct Findings {
   bool hasFullName = false;  ///< The user information file has one.
 
   /// Nothing when the spooler has no list.
-  std::optional<std::vector<platform::Printer>> printers;
+  std::optional<std::vector<PrinterFinding>> printers;
 
-  std::string component;    ///< Empty when it is found and has its entry, else what is wrong.
-  std::string settingFile;  ///< Its state, and below that where it is.
-  std::string settingPath;
-  bool canSave = true;  ///< The setting file is not there yet or one of the component's.
+  std::string component;  ///< Empty when it is found and has its entry, else what is wrong.
+  SettingState settingFile;
+  std::string mutex;    ///< Empty when the passes can have their mutex, else what is wrong.
+  std::string log;      ///< The state of the log file, and where it is.
+  std::string logFile;  ///< A path of the host.
   DWORD pipeError = 0;  ///< 0 when somebody serves the pipe.
 };
 
 Findings Examine();
-
-/// Whether the component can do with the setting file that is there, if there is one.
-bool CanSave();
-
-/// What decides on a printer: its driver, and the mark in its comment.
-bool IsSuitePrinter(const platform::Printer& printer);
-bool IsMonitored(const platform::Printer& printer);
-
-/// What an export would give now, and why.
-struct Forecast {
-  std::string command;
-  std::string result;
-  std::string reason;
-};
-std::vector<Forecast> Foresee(const Findings& findings);
 
 }  // namespace app

@@ -1,0 +1,60 @@
+#include "app/delivery/seal.h"
+
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+
+#include "app/client.h"
+#include "app/delivery/output_file.h"
+#include "app/delivery/policy_file.h"
+#include "app/input_file.h"
+#include "app/policy_text.h"
+#include "app/text_file.h"
+#include "app/usage_error.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/utf.h"
+#include "platform/visible_text.h"
+
+namespace app {
+namespace {
+
+void RequireKey() {
+  const KeyState key = ExamineKey();
+  if (!key.isThere || !key.gives)
+    throw UsageError(platform::ToUtf8(KeySource()) + ": " + key.source);
+}
+
+std::string SealedText(const std::wstring& text, const std::string& file) {
+  std::string sealed = Seal(platform::ToUtf8(text));
+  try {
+    RequireSize(sealed.size(), kGreatestSealedPolicy);
+  } catch (const std::runtime_error& error) {
+    throw UsageError(file + ": sealed, " + error.what());
+  }
+  return sealed;
+}
+
+void Tell(std::size_t size, const std::string& place) {
+  std::cout << "seal: " << size << " bytes in " << platform::Visible(place) << ".\n";
+}
+
+}  // namespace
+
+void SealPolicy(const std::string& file, const std::string& output) {
+  const std::wstring text = ReadTextFile(file);
+  RequireKey();
+  const std::string sealed = SealedText(text, file);
+  if (output.empty()) {
+    const DeliveryFolder delivery = FindDeliveryFolder();
+    WriteOutput(platform::HostPath(delivery.PolicyFile()), sealed);
+    Tell(sealed.size(), platform::ToUtf8(delivery.PolicyFile()) + " (" + delivery.origin + ")");
+  } else {
+    WriteOutput(output, sealed);
+    Tell(sealed.size(), output);
+  }
+  if (const PolicyText policy = ReadPolicy(text); !policy.refusal.empty())
+    std::cerr << "sigilctl: warning: the passes will refuse this policy: "
+              << platform::Visible(policy.refusal) << "\n";
+}
+
+}  // namespace app

@@ -1,0 +1,72 @@
+#include "app/delivery/unseal.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <iostream>
+#include <sstream>
+#include <stdexcept>
+
+#include "app/client.h"
+#include "app/delivery/output_file.h"
+#include "app/delivery/policy_file.h"
+#include "app/policy_text.h"
+#include "app/usage_error.h"
+#include "platform/utf.h"
+#include "platform/visible_text.h"
+
+namespace app {
+namespace {
+
+Unsealed Read(const std::wstring& path, const std::string& name) {
+  const KeyState key = ExamineKey();
+  if (!key.gives) throw UsageError(platform::ToUtf8(KeySource()) + ": " + key.source);
+  std::optional<Unsealed> unsealed;
+  try {
+    unsealed = Unseal(path);
+  } catch (const std::runtime_error& error) {
+    throw UsageError(name + ": " + error.what());
+  }
+  if (!unsealed) throw UsageError(name + ": no such file");
+  return std::move(*unsealed);
+}
+
+/// What another key gives is noise, which is hardly ever text without a fault.
+bool IsNoise(const std::wstring& text, const PolicyText& policy) {
+  return text.empty() || (!policy.refusal.empty() && text.find(L'\uFFFD') != std::wstring::npos);
+}
+
+void PrintVisible(const std::string& text) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.ends_with('\r')) line.pop_back();
+    std::cout << platform::Visible(line) << "\n";
+  }
+}
+
+}  // namespace
+
+void UnsealPolicy(const std::string& file, const std::string& output) {
+  const std::wstring path = file.empty()
+                                ? FindDeliveryFolder().PolicyFile()
+                                : platform::FromUtf8(std::filesystem::absolute(file).string());
+  const std::string name = file.empty() ? platform::ToUtf8(path) : file;
+  const std::wstring text = Read(path, name).text;
+  const PolicyText policy = ReadPolicy(text);
+  if (IsNoise(text, policy))
+    throw UsageError(name + ": no text comes of it under the key of this machine");
+  const std::string bytes = platform::ToUtf8(text);
+  if (!output.empty()) {
+    WriteOutput(output, bytes);
+    std::cout << "unseal: " << bytes.size() << " bytes in " << platform::Visible(output) << ".\n";
+  } else if (isatty(STDOUT_FILENO) != 0) {
+    PrintVisible(bytes);
+  } else {
+    std::cout << bytes;
+  }
+  if (!policy.refusal.empty())
+    std::cerr << "sigilctl: warning: the passes refuse this policy: "
+              << platform::Visible(policy.refusal) << "\n";
+}
+
+}  // namespace app

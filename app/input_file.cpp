@@ -1,0 +1,43 @@
+#include "app/input_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+#include <system_error>
+
+#include "peers/descriptor.h"
+
+namespace app {
+namespace {
+
+[[noreturn]] void Refuse() {
+  throw std::runtime_error(std::generic_category().message(errno));
+}
+
+}  // namespace
+
+void RequireSize(std::size_t size, std::size_t greatest) {
+  if (size > greatest)
+    throw std::runtime_error("more than " + std::to_string(greatest / 1024) + " KiB");
+}
+
+std::optional<std::string> ReadInput(const std::filesystem::path& file, std::size_t greatest) {
+  const peers::Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+  if (!opened && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
+  struct stat status = {};
+  if (!opened || fstat(opened.Get(), &status) != 0) Refuse();
+  if (!S_ISREG(status.st_mode)) throw std::runtime_error("not a regular file");
+  std::string bytes;
+  char block[0x10000];
+  for (ssize_t step; (step = read(opened.Get(), block, sizeof block)) != 0;) {
+    if (step < 0 && errno != EINTR) Refuse();
+    if (step > 0) bytes.append(block, static_cast<std::size_t>(step));
+    RequireSize(bytes.size(), greatest);
+  }
+  return bytes;
+}
+
+}  // namespace app

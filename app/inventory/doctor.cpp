@@ -1,0 +1,75 @@
+#include "app/inventory/doctor.h"
+
+#include <ostream>
+
+#include "app/inventory/table.h"
+
+namespace app {
+namespace {
+
+constexpr std::size_t kElementsWidth = 60;
+constexpr std::size_t kGreatestList = 20;
+
+/// A table of at most kGreatestList records, each made a row of by `rowOf`.
+template <class Record, class RowOf>
+void PrintList(std::ostream& out, const Row& headings, const std::vector<Record>& records,
+               RowOf rowOf) {
+  std::vector<Row> rows = {headings};
+  for (const Record& record : records) {
+    if (rows.size() > kGreatestList) break;
+    rows.push_back(rowOf(record));
+  }
+  PrintTable(out, rows);
+  if (records.size() > kGreatestList)
+    out << "  and " << records.size() - kGreatestList << " more\n";
+}
+
+std::string Listed(const std::vector<std::string>& ids) {
+  std::string list;
+  for (const std::string& id : ids) {
+    if (list.size() > kElementsWidth)
+      return OneLine(list, kElementsWidth) + " (" + std::to_string(ids.size()) + ")";
+    list += (list.empty() ? "" : " ") + id;
+  }
+  return OneLine(list, kElementsWidth);
+}
+
+void PrintPolicy(std::ostream& out, const Diagnosis& diagnosis) {
+  if (!diagnosis.scope) return;
+  out << "\nDelivered policy; set goes by number 1, whose scope is " << *diagnosis.scope << ": "
+      << diagnosis.scopeMeaning << "\n";
+  PrintList(out, {"Policy", "Scope", "Elements"}, diagnosis.policies,
+            [](const Diagnosis::PolicyRow& each) {
+              return Row{each.id, each.scope, Listed(each.elements)};
+            });
+  PrintList(out, {"Element", "Kind", "Name"}, diagnosis.elements,
+            [](const Diagnosis::ElementRow& each) {
+              return Row{each.id, each.kind, each.name};
+            });
+}
+
+void PrintPrinters(std::ostream& out, const Diagnosis& diagnosis) {
+  out << "\nPrinters" << (diagnosis.printers ? "" : " cannot be listed") << "\n";
+  if (!diagnosis.printers) return;
+  PrintList(out, {"Printer", "Driver", "What becomes of it"}, *diagnosis.printers,
+            [](const Diagnosis::PrinterRow& each) {
+              return Row{each.name, each.driver, each.fate};
+            });
+}
+
+}  // namespace
+
+void PrintDiagnosis(std::ostream& out, const Diagnosis& diagnosis) {
+  out << "Machine " << OneLine(diagnosis.machine) << "\n";
+  PrintList(out, {"Part", "State", "Place"}, diagnosis.parts, [](const Diagnosis::Part& each) {
+    return Row{each.name, each.state, each.place};
+  });
+  PrintPolicy(out, diagnosis);
+  PrintPrinters(out, diagnosis);
+  out << "\nWhat an export would give now\n";
+  PrintList(out, {"Command", "Result", "Reason"}, diagnosis.forecasts, [](const Forecast& each) {
+    return Row{each.command, each.result, each.reason};
+  });
+}
+
+}  // namespace app

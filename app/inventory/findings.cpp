@@ -1,0 +1,132 @@
+#include "app/inventory/findings.h"
+
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+#include "app/delivery/policy_file.h"
+#include "app/inventory/function_switch.h"
+#include "app/inventory/log_view.h"
+#include "app/library.h"
+#include "peers/settings_component/setting_file.h"
+#include "platform/crt.h"
+#include "platform/file.h"
+#include "platform/module.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/profile.h"
+#include "platform/utf.h"
+
+namespace app {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The first scope that a policy with the number 1 gives; 0 without any, as the passes take it.
+int ScopeOf(const PolicyText& policy) {
+  for (const Policy& each : policy.policies)
+    if (each.id == L"1" && each.scope) return _wtoi(each.scope->c_str());
+  return 0;
+}
+
+void ExaminePolicy(Findings& findings) {
+  const KeyState key = ExamineKey();
+  findings.keySource = key.source;
+  if (!key.gives) {
+    findings.policyFile = "not opened, without a key";
+    return;
+  }
+  std::optional<Unsealed> unsealed;
+  try {
+    unsealed = Unseal(findings.delivery.PolicyFile());
+  } catch (const std::runtime_error& error) {
+    findings.policyFile = std::string("unreadable: ") + error.what();
+    return;
+  }
+  findings.policyFile = unsealed ? std::to_string(unsealed->size) + " bytes" : "missing";
+  if (!unsealed) return;
+  PolicyText policy = ReadPolicy(unsealed->text);
+  if (!policy.refusal.empty()) {
+    findings.policyFile += "; under this key, " + policy.refusal;
+    return;
+  }
+  findings.policyFile += ", readable";
+  findings.scope = ScopeOf(policy);
+  findings.policy = std::move(policy);
+}
+
+std::string ExamineComponent() {
+  const std::wstring path = BesideHost(L"SigilUtil_x86.dll");
+  const HMODULE component = LoadLibraryW(path.c_str());
+  if (component == nullptr)
+    return "cannot be loaded (error " + std::to_string(GetLastError()) + ")";
+  const bool hasEntry = GetProcAddress(component, "SigilCreateInstance") != nullptr;
+  FreeLibrary(component);
+  return hasEntry ? "" : "has no SigilCreateInstance";
+}
+
+PrinterFinding Kinded(platform::Printer& printer) {
+  PRINTER_INFO_2W record{};
+  record.pDriverName = printer.driver.data();
+  record.pComment = printer.comment ? printer.comment->data() : nullptr;
+  const PrinterKind kind = SigilSettingManagement::KindOf(record);
+  return {printer.name, printer.driver, kind};
+}
+
+void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
+  const std::wstring file = settingFolder + L"\\UserInfoWM.ini";
+  findings.hasFullName = GetPrivateProfileIntW(L"User", L"GetUserState", 0, file.c_str()) != 0;
+  wchar_t name[256] = {};
+  GetPrivateProfileStringW(L"User", L"UserFullName", L"", name, 256, file.c_str());
+  findings.user += findings.hasFullName ? ", full name " + platform::ToUtf8(name)
+                                        : ", full name not obtained yet";
+}
+
+void ExamineMachine(Findings& findings) {
+  try {
+    platform::Machine machine = platform::LoadMachine();
+    findings.user = platform::ToUtf8(machine.user);
+    findings.printers.emplace();
+    for (platform::Printer& printer : machine.printers)
+      findings.printers->push_back(Kinded(printer));
+  } catch (const std::system_error& error) {
+    findings.user = "unknown: machine.ini is unreadable, " + error.code().message();
+    findings.settingFile.state = "unknown, without a user";
+    return;
+  }
+  ExamineUser(findings, peers::FindSettingPlace().folder);
+  findings.settingFile = ExamineSettingFile();
+}
+
+void ExamineLog(Findings& findings) {
+  const fs::path file = LogFile();
+  std::error_code error;
+  findings.logFile = file.string();
+  findings.log = fs::exists(file, error) ? std::to_string(fs::file_size(file, error)) + " bytes"
+                                         : "not there yet";
+  const std::string closed = WhyNotWritable(file.parent_path());
+  if (!closed.empty()) findings.log += "; lines get lost: " + closed;
+}
+
+DWORD AskPipe() {
+  const HANDLE pipe = CreateFileW(kPipe, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  if (pipe == INVALID_HANDLE_VALUE) return GetLastError();
+  CloseHandle(pipe);
+  return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+Findings Examine() {
+  Findings findings;
+  findings.delivery = FindDeliveryFolder();
+  ExaminePolicy(findings);
+  findings.functionSwitch = ReadFunctionSwitch(findings.delivery.SystemSetting());
+  ExamineMachine(findings);
+  findings.component = ExamineComponent();
+  findings.mutex = WhyNotWritable(platform::MachineRoot() / "mutex");
+  ExamineLog(findings);
+  findings.pipeError = AskPipe();
+  return findings;
+}
+
+}  // namespace app

@@ -1,0 +1,102 @@
+#include "app/inventory/setting_state.h"
+
+#include <fcntl.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+#include <system_error>
+
+#include "peers/settings_component/setting_file.h"
+#include "platform/utf.h"
+
+namespace app {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What a pass writes to a new machine, with its log, takes less.
+constexpr std::uintmax_t kNeeded = 512 * 1024;
+
+std::string Reason(int error) {
+  return std::generic_category().message(error);
+}
+
+/// Empty when the path, which is there, can be written by this process.
+std::string WhyClosed(const fs::path& path) {
+  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? "" : Reason(errno);
+}
+
+fs::path NearestThatExists(fs::path folder) {
+  std::error_code error;
+  while (!fs::exists(folder, error) && folder.has_relative_path()) folder = folder.parent_path();
+  return folder;
+}
+
+/// Empty when there is room for what a pass writes.
+std::string WhyFull(const fs::path& folder) {
+  struct statvfs disk = {};
+  if (statvfs(folder.c_str(), &disk) != 0) return "";
+  const std::uintmax_t left = std::uintmax_t{disk.f_bavail} * disk.f_frsize;
+  if (left < kNeeded) return "the disk is full, " + std::to_string(left) + " bytes are left";
+  if (disk.f_files != 0 && disk.f_favail == 0) return "the disk is full, no file more can be made";
+  return "";
+}
+
+/// Empty when the component can do with the file that is there.
+std::string WhyDamaged(const fs::path& file) {
+  try {
+    peers::CheckSettingFile(file);
+    return "";
+  } catch (const std::system_error& error) {
+    return "unreadable: " + error.code().message();
+  } catch (const std::runtime_error& error) {
+    return std::string("damaged: ") + error.what();
+  }
+}
+
+std::string WhyUnsaved(const fs::path& file) {
+  // The component writes these too, where they are there.
+  for (const char* ending : {"", ".lock", "-wal", "-shm"}) {
+    const fs::path each = fs::path(file) += ending;
+    std::error_code error;
+    const std::string closed = fs::exists(each, error) ? WhyClosed(each) : "";
+    if (!closed.empty()) return each.filename().string() + " cannot be written: " + closed;
+  }
+  return WhyNotWritable(file.parent_path());
+}
+
+}  // namespace
+
+std::string WhyNotWritable(const fs::path& folder) {
+  const fs::path nearest = NearestThatExists(folder);
+  const std::string closed = WhyClosed(nearest);
+  if (!closed.empty()) return "the folder cannot be written: " + closed;
+  return WhyFull(nearest);
+}
+
+SettingState ExamineSettingFile() {
+  const peers::SettingPlace setting = peers::FindSettingPlace();
+  SettingState state;
+  state.place = platform::ToUtf8(setting.folder) + "\\" + setting.file.filename().string();
+  state.unstored = WhyNotWritable(setting.file.parent_path());
+  std::error_code error;
+  const bool isThere = fs::exists(fs::symlink_status(setting.file, error));
+  const std::string damage = isThere ? WhyDamaged(setting.file) : "";
+  state.unsaved = damage.empty() ? WhyUnsaved(setting.file) : "the setting file is " + damage;
+  if (!isThere)
+    state.state = "not there yet";
+  else if (damage.empty())
+    state.state = std::to_string(fs::file_size(setting.file, error)) + " bytes";
+  else
+    state.state = damage + "; the component can neither read nor write it";
+  if (damage.empty() && !state.unsaved.empty()) state.state += "; " + state.unsaved;
+  return state;
+}
+
+bool CanSave() {
+  return ExamineSettingFile().unsaved.empty();
+}
+
+}  // namespace app

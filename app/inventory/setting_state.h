@@ -1,0 +1,27 @@
+#pragma once
+
+// Whether the Settings component can read and write its file here, found out without changing
+// anything.
+
+#include <filesystem>
+#include <string>
+
+namespace app {
+
+struct SettingState {
+  std::string state;     ///< For people.
+  std::string place;     ///< Where the file is, as a Windows path.
+  std::string unsaved;   ///< Why nothing would be saved; empty when all is well.
+  std::string unstored;  ///< Why a new file would not be made beside it; empty when it would.
+};
+
+SettingState ExamineSettingFile();
+
+/// Whether what a pass does would be saved, as far as it can be told beforehand.
+bool CanSave();
+
+/// Why a file could not be made or replaced in `folder`, or in the nearest one above it that there
+/// is: permissions or a full disk. Empty when it could.
+std::string WhyNotWritable(const std::filesystem::path& folder);
+
+}  // namespace app

@@ -1,0 +1,129 @@
+#include "app/inventory/table.h"
+
+#include <locale.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+#include <wchar.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ostream>
+
+#include "platform/utf.h"
+#include "platform/visible_text.h"
+
+namespace app {
+namespace {
+
+/// The C library's knowledge of all characters, whatever the process's locale.
+class UnicodeLocale {
+ public:
+  UnicodeLocale() : m_before(uselocale(Get())) {}
+  ~UnicodeLocale() { uselocale(m_before); }
+  UnicodeLocale(const UnicodeLocale&) = delete;
+  UnicodeLocale& operator=(const UnicodeLocale&) = delete;
+
+ private:
+  static locale_t Get() {
+    static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    return unicode;  // without it the current one stays
+  }
+
+  locale_t m_before;
+};
+
+/// Whole characters, one in each wchar_t.
+std::wstring Characters(std::string_view text) {
+  std::wstring characters;
+  for (const wchar_t unit : platform::FromUtf8(text)) {
+    if (unit >= 0xDC00 && unit <= 0xDFFF)
+      characters.back() = 0x10000 + ((characters.back() - 0xD800) << 10) + (unit - 0xDC00);
+    else
+      characters += unit;
+  }
+  return characters;
+}
+
+std::size_t Width(wchar_t character) {
+  const int width = wcwidth(character);
+  return width < 0 ? 1 : static_cast<std::size_t>(width);
+}
+
+std::size_t Width(std::wstring_view characters) {
+  std::size_t width = 0;
+  for (const wchar_t character : characters) width += Width(character);
+  return width;
+}
+
+/// What `limit` leaves of each of the widths, in sum.
+std::size_t Total(const std::vector<std::size_t>& widths, std::size_t limit) {
+  std::size_t total = 0;
+  for (const std::size_t width : widths) total += std::min(width, limit);
+  return total;
+}
+
+/// Cuts the widest columns to the greatest width with which the rows fit into `room`, but none to
+/// less than can be read.
+void Fit(std::vector<std::size_t>& widths, std::size_t room) {
+  constexpr std::size_t kLeast = 8;
+  std::size_t limit = *std::max_element(widths.begin(), widths.end());
+  while (limit > kLeast && Total(widths, limit) > room) --limit;
+  // One place more for the first ones, as far as there is room.
+  std::size_t left = room - std::min(room, Total(widths, limit));
+  for (std::size_t& width : widths) {
+    if (width <= limit) continue;
+    width = limit + (left > 0 ? 1 : 0);
+    if (left > 0) --left;
+  }
+}
+
+}  // namespace
+
+std::size_t DisplayWidth(std::string_view text) {
+  const UnicodeLocale locale;
+  return Width(Characters(text));
+}
+
+std::string OneLine(std::string_view text, std::size_t width) {
+  const UnicodeLocale locale;
+  const std::string visible = platform::Visible(text);
+  std::wstring line = Characters(visible);
+  if (Width(line) <= width) return visible;
+  std::size_t end = 0;
+  for (std::size_t left = width - 1; Width(line[end]) <= left; ++end) left -= Width(line[end]);
+  line.resize(end);
+  line += L'…';
+  return platform::ToUtf8(line);
+}
+
+std::size_t TerminalWidth() {
+  const char* const exported = std::getenv("COLUMNS");
+  if (const int columns = exported == nullptr ? 0 : std::atoi(exported); columns > 0)
+    return static_cast<std::size_t>(columns);
+  winsize size = {};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  return std::string_view::npos;
+}
+
+void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_view indent) {
+  constexpr std::size_t kGap = 2;
+  std::vector<std::size_t> widths;
+  for (const Row& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t i = 0; i < row.size(); ++i)
+      widths[i] = std::max(widths[i], DisplayWidth(OneLine(row[i])));
+  }
+  const std::size_t taken = indent.size() + kGap * (widths.size() - 1);
+  Fit(widths, TerminalWidth() - std::min(TerminalWidth(), taken));
+  for (const Row& row : rows) {
+    std::string line(indent);
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      const std::string cell = OneLine(row[i], widths[i]);
+      line += cell + std::string(widths[i] - DisplayWidth(cell) + kGap, ' ');
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    out << line << "\n";
+  }
+}
+
+}  // namespace app
