@@ -27,11 +27,19 @@ std::string SwitchMeaning(const std::optional<int>& value) {
   return (*value == 0 ? "off: " : "on: ") + number;
 }
 
-std::string KindMeaning(const std::wstring& kind) {
-  const int number = _wtoi(kind.c_str());
-  if (number == 0) return "header or footer";
-  if (number == 1) return "stamp";
-  return "unknown (" + std::to_string(number) + "), not registered";
+Diagnosis::ElementRow Registered(const PolicyElement& element) {
+  const int kind = _wtoi(element.kind.c_str());
+  const std::string meaning = kind == 0 ? "header or footer"
+                              : kind == 1
+                                  ? "stamp"
+                                  : "unknown (" + std::to_string(kind) + "), not registered";
+  return {ToUtf8(element.id), meaning, ToUtf8(element.name), kind != 0 && kind != 1};
+}
+
+/// It reads as an element that is all empty, and registers as such.
+Diagnosis::ElementRow Missing(const std::wstring& id) {
+  if (id.empty()) return {"", "an ID without text, not registered", "", true};
+  return {ToUtf8(id), "no such element: an empty header or footer is registered", "", true};
 }
 
 std::string Fate(PrinterKind kind) {
@@ -76,22 +84,15 @@ void AddPolicies(Diagnosis& diagnosis, const PolicyText& policy) {
   }
 }
 
-/// An ID that is listed without an element reads as one that is all empty, and registers as such.
 void AddElements(Diagnosis& diagnosis, const PolicyText& policy) {
   std::set<std::wstring> told;
   for (const PolicyElement& element : policy.elements) {
     told.insert(element.id);
-    diagnosis.elements.push_back(
-        {ToUtf8(element.id), KindMeaning(element.kind), ToUtf8(element.name)});
+    diagnosis.elements.push_back(Registered(element));
   }
   for (const Policy& each : policy.policies)
     for (const std::wstring& id : each.elementIds)
-      if (told.insert(id).second)
-        diagnosis.elements.push_back(
-            {ToUtf8(id),
-             id.empty() ? "an ID without text, not registered"
-                        : "no such element: an empty header or footer is registered",
-             ""});
+      if (told.insert(id).second) diagnosis.elements.push_back(Missing(id));
 }
 
 }  // namespace

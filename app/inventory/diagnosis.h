@@ -25,6 +25,7 @@ struct Diagnosis {
     std::string id;
     std::string kind;  ///< And what becomes of it.
     std::string name;
+    bool isOdd;  ///< It is listed without an element, or of no kind that is registered.
   };
   struct PrinterRow {
     std::string name;

@@ -1,5 +1,6 @@
 #include "app/inventory/doctor.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include "app/inventory/table.h"
@@ -42,10 +43,13 @@ void PrintPolicy(std::ostream& out, const Diagnosis& diagnosis) {
             [](const Diagnosis::PolicyRow& each) {
               return Row{each.id, each.scope, Listed(each.elements)};
             });
-  PrintList(out, {"Element", "Kind", "Name"}, diagnosis.elements,
-            [](const Diagnosis::ElementRow& each) {
-              return Row{each.id, each.kind, each.name};
-            });
+  // What is no watermark as it is meant comes first where not all is shown.
+  std::vector<Diagnosis::ElementRow> elements = diagnosis.elements;
+  if (elements.size() > kGreatestList)
+    std::ranges::stable_partition(elements, &Diagnosis::ElementRow::isOdd);
+  PrintList(out, {"Element", "Kind", "Name"}, elements, [](const Diagnosis::ElementRow& each) {
+    return Row{each.id, each.kind, each.name};
+  });
 }
 
 void PrintPrinters(std::ostream& out, const Diagnosis& diagnosis) {

@@ -103,8 +103,8 @@ void ExamineLog(Findings& findings) {
   findings.logFile = file.string();
   findings.log = fs::exists(file, error) ? std::to_string(fs::file_size(file, error)) + " bytes"
                                          : "not there yet";
-  const std::string closed = WhyNotWritable(file.parent_path());
-  if (!closed.empty()) findings.log += "; lines get lost: " + closed;
+  for (const std::string& why : {WhyClosed(file.parent_path()), WhyFull(file.parent_path())})
+    if (!why.empty()) findings.log += "; lines get lost: " + why;
 }
 
 DWORD AskPipe() {
@@ -123,7 +123,7 @@ Findings Examine() {
   findings.functionSwitch = ReadFunctionSwitch(findings.delivery.SystemSetting());
   ExamineMachine(findings);
   findings.component = ExamineComponent();
-  findings.mutex = WhyNotWritable(platform::MachineRoot() / "mutex");
+  findings.mutex = WhyClosed(platform::MachineRoot() / "mutex");
   ExamineLog(findings);
   findings.pipeError = AskPipe();
   return findings;

@@ -29,6 +29,10 @@ namespace fs = std::filesystem;
 
 constexpr const char* kLevels[] = {"trace", "detail", "progress", "info", "warning", "error"};
 
+/// The number of a line that only tells that a place in the code was reached. The library gives it
+/// the level of a warning.
+constexpr std::string_view kTraceOfPath = "99999999 ";
+
 /// The parts of a line that are looked at.
 struct Line {
   std::string_view stamp;  ///< Date and time.
@@ -62,7 +66,7 @@ std::optional<Line> Parse(std::string_view text) {
   const std::string_view process = Cut(text);
   const auto level = Number(Cut(text));
   if (!Number(process) || !level) return std::nullopt;
-  return Line{stamp, process, *level, text};
+  return Line{stamp, process, text.starts_with(kTraceOfPath) ? 0 : *level, text};
 }
 
 std::string Word(int level) {

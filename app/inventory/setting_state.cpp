@@ -19,29 +19,16 @@ namespace fs = std::filesystem;
 /// What a pass writes to a new machine, with its log, takes less.
 constexpr std::uintmax_t kNeeded = 512 * 1024;
 
-std::string Reason(int error) {
-  return std::generic_category().message(error);
-}
-
 /// Empty when the path, which is there, can be written by this process.
-std::string WhyClosed(const fs::path& path) {
-  return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? "" : Reason(errno);
+std::string WhyNotWritten(const fs::path& path) {
+  if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0) return "";
+  return "cannot be written: " + std::generic_category().message(errno);
 }
 
 fs::path NearestThatExists(fs::path folder) {
   std::error_code error;
   while (!fs::exists(folder, error) && folder.has_relative_path()) folder = folder.parent_path();
   return folder;
-}
-
-/// Empty when there is room for what a pass writes.
-std::string WhyFull(const fs::path& folder) {
-  struct statvfs disk = {};
-  if (statvfs(folder.c_str(), &disk) != 0) return "";
-  const std::uintmax_t left = std::uintmax_t{disk.f_bavail} * disk.f_frsize;
-  if (left < kNeeded) return "the disk is full, " + std::to_string(left) + " bytes are left";
-  if (disk.f_files != 0 && disk.f_favail == 0) return "the disk is full, no file more can be made";
-  return "";
 }
 
 /// Empty when the component can do with the file that is there.
@@ -56,31 +43,43 @@ std::string WhyDamaged(const fs::path& file) {
   }
 }
 
+std::string WhyNotMade(const fs::path& folder) {
+  const std::string closed = WhyClosed(folder);
+  return closed.empty() ? WhyFull(folder) : closed;
+}
+
 std::string WhyUnsaved(const fs::path& file) {
   // The component writes these too, where they are there.
   for (const char* ending : {"", ".lock", "-wal", "-shm"}) {
     const fs::path each = fs::path(file) += ending;
     std::error_code error;
-    const std::string closed = fs::exists(each, error) ? WhyClosed(each) : "";
-    if (!closed.empty()) return each.filename().string() + " cannot be written: " + closed;
+    const std::string closed = fs::exists(each, error) ? WhyNotWritten(each) : "";
+    if (!closed.empty()) return each.filename().string() + " " + closed;
   }
-  return WhyNotWritable(file.parent_path());
+  return WhyNotMade(file.parent_path());
 }
 
 }  // namespace
 
-std::string WhyNotWritable(const fs::path& folder) {
-  const fs::path nearest = NearestThatExists(folder);
-  const std::string closed = WhyClosed(nearest);
-  if (!closed.empty()) return "the folder cannot be written: " + closed;
-  return WhyFull(nearest);
+std::string WhyClosed(const fs::path& folder) {
+  const std::string closed = WhyNotWritten(NearestThatExists(folder));
+  return closed.empty() ? "" : "the folder " + closed;
+}
+
+std::string WhyFull(const fs::path& folder) {
+  struct statvfs disk = {};
+  if (statvfs(NearestThatExists(folder).c_str(), &disk) != 0) return "";
+  const std::uintmax_t left = std::uintmax_t{disk.f_bavail} * disk.f_frsize;
+  if (left < kNeeded) return "the disk is full, " + std::to_string(left) + " bytes are left";
+  if (disk.f_files != 0 && disk.f_favail == 0) return "the disk is full, no file more can be made";
+  return "";
 }
 
 SettingState ExamineSettingFile() {
   const peers::SettingPlace setting = peers::FindSettingPlace();
   SettingState state;
   state.place = platform::ToUtf8(setting.folder) + "\\" + setting.file.filename().string();
-  state.unstored = WhyNotWritable(setting.file.parent_path());
+  state.unstored = WhyNotMade(setting.file.parent_path());
   std::error_code error;
   const bool isThere = fs::exists(fs::symlink_status(setting.file, error));
   const std::string damage = isThere ? WhyDamaged(setting.file) : "";

@@ -20,8 +20,9 @@ SettingState ExamineSettingFile();
 /// Whether what a pass does would be saved, as far as it can be told beforehand.
 bool CanSave();
 
-/// Why a file could not be made or replaced in `folder`, or in the nearest one above it that there
-/// is: permissions or a full disk. Empty when it could.
-std::string WhyNotWritable(const std::filesystem::path& folder);
+/// Why a file could not be made in `folder`, or in the nearest one above it that there is: what
+/// keeps this account from it, and what is missing on the disk. Empty when nothing does.
+std::string WhyClosed(const std::filesystem::path& folder);
+std::string WhyFull(const std::filesystem::path& folder);
 
 }  // namespace app

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <ostream>
 
 #include "app/inventory/position.h"
@@ -91,26 +92,18 @@ void ShowEntries(std::ostream& out, const std::vector<const peers::EntryRecord*>
   PrintTable(out, rows);
 }
 
-/// Whether the two hold the same watermarks, but for their IDs.
-bool HaveTheSame(const peers::EntryRecord& left, const peers::EntryRecord& right) {
-  return std::ranges::equal(left.watermarks, right.watermarks,
-                            [](peers::WatermarkRecord one, const peers::WatermarkRecord& other) {
-                              one.id = other.id;
-                              return one == other;
-                            });
-}
-
 using Group = std::vector<const peers::EntryRecord*>;
 
+/// Those that hold the same watermarks, but for their IDs, in the order of their first ones.
 std::vector<Group> Grouped(const Group& entries) {
   std::vector<Group> groups;
+  std::map<std::vector<peers::WatermarkRecord>, std::size_t> places;
   for (const peers::EntryRecord* entry : entries) {
-    const auto same = std::ranges::find_if(
-        groups, [&](const Group& group) { return HaveTheSame(*group[0], *entry); });
-    if (same == groups.end())
-      groups.push_back({entry});
-    else
-      same->push_back(entry);
+    std::vector<peers::WatermarkRecord> watermarks = entry->watermarks;
+    for (peers::WatermarkRecord& mark : watermarks) mark.id.clear();
+    const auto [place, isNew] = places.emplace(std::move(watermarks), groups.size());
+    if (isNew) groups.emplace_back();
+    groups[place->second].push_back(entry);
   }
   return groups;
 }

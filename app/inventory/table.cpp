@@ -8,12 +8,16 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ostream>
+#include <utility>
 
 #include "platform/utf.h"
 #include "platform/visible_text.h"
 
 namespace app {
 namespace {
+
+/// Blanks between two cells.
+constexpr std::size_t kGap = 2;
 
 /// The C library's knowledge of all characters, whatever the process's locale.
 class UnicodeLocale {
@@ -62,18 +66,55 @@ std::size_t Total(const std::vector<std::size_t>& widths, std::size_t limit) {
   return total;
 }
 
-/// Cuts the widest columns to the greatest width with which the rows fit into `room`, but none to
-/// less than can be read.
-void Fit(std::vector<std::size_t>& widths, std::size_t room) {
-  constexpr std::size_t kLeast = 8;
+/// Cuts the widest columns to the greatest width with which the rows fit into `room`. False when
+/// that would leave too little to be read.
+bool Fit(std::vector<std::size_t>& widths, std::size_t room) {
+  constexpr std::size_t kLeast = 12;
   std::size_t limit = *std::max_element(widths.begin(), widths.end());
-  while (limit > kLeast && Total(widths, limit) > room) --limit;
+  while (Total(widths, limit) > room)
+    if (limit-- <= kLeast) return false;
   // One place more for the first ones, as far as there is room.
-  std::size_t left = room - std::min(room, Total(widths, limit));
+  std::size_t left = room - Total(widths, limit);
   for (std::size_t& width : widths) {
     if (width <= limit) continue;
     width = limit + (left > 0 ? 1 : 0);
     if (left > 0) --left;
+  }
+  return true;
+}
+
+void PrintLine(std::ostream& out, std::string line) {
+  line.erase(line.find_last_not_of(' ') + 1);
+  out << line << "\n";
+}
+
+void PrintColumns(std::ostream& out, const std::vector<Row>& rows, std::string_view indent,
+                  const std::vector<std::size_t>& widths) {
+  for (const Row& row : rows) {
+    std::string line(indent);
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      const std::string cell = OneLine(row[i], widths[i]);
+      line += cell + std::string(widths[i] - DisplayWidth(cell) + kGap, ' ');
+    }
+    PrintLine(out, line);
+  }
+}
+
+/// Each row as the first cell and, below it, the others behind their headings, broken to lines.
+void PrintRecords(std::ostream& out, const std::vector<Row>& rows, std::string_view indent,
+                  std::size_t width) {
+  const std::string margin = std::string(indent) + "  ";
+  for (std::size_t row = 1; row < rows.size(); ++row) {
+    if (!rows[row][0].empty()) PrintLine(out, std::string(indent) + OneLine(rows[row][0]));
+    std::string line = margin;
+    for (std::size_t i = 1; i < rows[row].size(); ++i) {
+      if (rows[row][i].empty()) continue;
+      const std::string item = OneLine(rows[0][i] + ": " + rows[row][i]);
+      if (line != margin && DisplayWidth(line) + DisplayWidth(item) > width)
+        PrintLine(out, std::exchange(line, margin));
+      line += item + std::string(kGap, ' ');
+    }
+    if (line != margin) PrintLine(out, line);
   }
 }
 
@@ -106,24 +147,18 @@ std::size_t TerminalWidth() {
 }
 
 void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_view indent) {
-  constexpr std::size_t kGap = 2;
   std::vector<std::size_t> widths;
   for (const Row& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
     for (std::size_t i = 0; i < row.size(); ++i)
       widths[i] = std::max(widths[i], DisplayWidth(OneLine(row[i])));
   }
+  const std::size_t width = TerminalWidth();
   const std::size_t taken = indent.size() + kGap * (widths.size() - 1);
-  Fit(widths, TerminalWidth() - std::min(TerminalWidth(), taken));
-  for (const Row& row : rows) {
-    std::string line(indent);
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      const std::string cell = OneLine(row[i], widths[i]);
-      line += cell + std::string(widths[i] - DisplayWidth(cell) + kGap, ' ');
-    }
-    line.erase(line.find_last_not_of(' ') + 1);
-    out << line << "\n";
-  }
+  if (Fit(widths, width - std::min(width, taken)))
+    PrintColumns(out, rows, indent, widths);
+  else
+    PrintRecords(out, rows, indent, width);
 }
 
 }  // namespace app

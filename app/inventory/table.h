@@ -25,7 +25,8 @@ std::size_t TerminalWidth();
 using Row = std::vector<std::string>;
 
 /// Prints the rows, of which the first holds the headings, two places apart, each line behind
-/// `indent` and each cell as OneLine shows it. The widest columns are cut to the terminal's width.
+/// `indent` and each cell as OneLine shows it. The widest columns are cut to the terminal's width;
+/// where too little would be left of them, each row becomes a paragraph of its cells.
 void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_view indent = "  ");
 
 }  // namespace app

@@ -96,36 +96,47 @@ void RequireSchema(Database& database) {
   database.Query("SELECT type, name, sql FROM sqlite_schema", [&](const Database::Row& row) {
     // An index without a text is that of a table's own key.
     const bool isKey = row.Text(0) == "index" && row.Text(2).empty();
-    if (!isKey) found.insert(row.Text(2));
-    if (!isKey && !expected.contains(row.Text(2)))
-      throw DatabaseError("not a setting file: " + row.Text(0) + " \"" + row.Text(1) +
-                          "\" in it is none of the component's");
+    if (isKey) return;
+    if (!expected.contains(row.Text(2)))
+      throw DatabaseError("foreign " + row.Text(0) + " \"" + row.Text(1) + "\" in it");
+    found.insert(row.Text(2));
   });
-  if (found != expected) throw DatabaseError("not a setting file: a table is missing");
+  if (found != expected) throw DatabaseError("a table is missing in it");
 }
 
 bool MayWrite(const fs::path& path) {
   return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
 }
 
-/// Always to write, where the file allows that: only a writer takes the files beside it away again.
-/// Where it doesn't, a reader without a log file beside it can do with the file alone.
-std::unique_ptr<Database> OpenDatabase(const fs::path& file, SettingFile::Access access) {
-  if (access != SettingFile::Access::kRead || (MayWrite(file) && MayWrite(file.parent_path())))
-    return std::make_unique<Database>(file, SQLITE_OPEN_READWRITE);
+std::unique_ptr<Database> Checked(std::unique_ptr<Database> database) {
+  RequireSchema(*database);
+  return database;
+}
+
+/// To write, where that can be had: only a writer takes the files beside the file away again. Where
+/// it can't, or the disk has no room for them, a file without changes in a log file beside it is
+/// read alone.
+std::unique_ptr<Database> OpenToRead(const fs::path& file) {
   std::error_code missing;
   const auto waiting = fs::file_size(fs::path(file) += "-wal", missing);
-  if (missing || waiting == 0) return std::make_unique<Database>(file, Database::AsItLies());
-  return std::make_unique<Database>(file, SQLITE_OPEN_READONLY);
+  const bool isAlone = missing || waiting == 0;
+  if (MayWrite(file) && MayWrite(file.parent_path())) {
+    try {
+      return Checked(std::make_unique<Database>(file, SQLITE_OPEN_READWRITE));
+    } catch (const DatabaseError&) {
+      if (!isAlone) throw;
+    }
+  }
+  if (isAlone) return Checked(std::make_unique<Database>(file, Database::AsItLies()));
+  return Checked(std::make_unique<Database>(file, SQLITE_OPEN_READONLY));
 }
 
 std::unique_ptr<Database> Open(const fs::path& file, SettingFile::Access access) {
   if (access == SettingFile::Access::kCreate && !fs::exists(file)) Create(file);
   RequireOrdinaryFile(file);
-  auto database = OpenDatabase(file, access);
-  RequireSchema(*database);
+  if (access == SettingFile::Access::kRead) return OpenToRead(file);
+  auto database = Checked(std::make_unique<Database>(file, SQLITE_OPEN_READWRITE));
   database->Execute("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON");
-  if (access == SettingFile::Access::kRead) database->Execute("PRAGMA query_only = ON");
   return database;
 }
 
@@ -327,8 +338,7 @@ SettingFileContent ReadSettingFile(const fs::path& file) {
 void CheckSettingFile(const fs::path& file) {
   RequireReadable(file);
   RequireOrdinaryFile(file);
-  Database database(file, Database::AsItLies());
-  RequireSchema(database);
+  Checked(std::make_unique<Database>(file, Database::AsItLies()));
 }
 
 }  // namespace peers

@@ -27,6 +27,7 @@
 // All failures are thrown: DatabaseError, or std::system_error for the file itself. A file that is
 // no setting file is left as it is.
 
+#include <compare>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -61,7 +62,7 @@ struct WatermarkRecord {
   std::int32_t repeatHSpace = 0;
   std::int32_t repeatVSpace = 0;
 
-  bool operator==(const WatermarkRecord&) const = default;
+  auto operator<=>(const WatermarkRecord&) const = default;
 };
 
 /// A last setting or a custom setting: which watermarks are active, and whether they are at all.
