@@ -7,6 +7,8 @@
 // - Changes live in the object. Commit settles them, Save(0) writes what is settled; changes after
 //   the last Commit are not written, and what is not saved goes with the object. A Save that failed
 //   can be repeated. Any other mode is refused.
+// - An entry's last setting is the one in effect: whether its printer prints watermarks, and which.
+//   A custom setting has no effect of its own; it keeps a choice under its name.
 // - PrinterSettings::Save replaces that one entry, in one transaction. Settings::Save writes the
 //   exclude lists and the content-log switch, each change for itself, so that what others have
 //   saved in between stays.
