@@ -127,7 +127,7 @@ std::size_t DisplayWidth(std::string_view text) {
 
 std::string OneLine(std::string_view text, std::size_t width) {
   const UnicodeLocale locale;
-  const std::string visible = platform::Visible(text);
+  std::string visible = platform::Visible(text);
   std::wstring line = Characters(visible);
   if (Width(line) <= width) return visible;
   std::size_t end = 0;
