@@ -7,6 +7,8 @@
 
 #include "app/inventory/table.h"
 #include "app/usage_error.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/utf.h"
 
 namespace app {
 namespace {
@@ -16,6 +18,12 @@ bool IsExcluded(const peers::SettingFileContent& content, const std::string& pri
     return std::ranges::find(list, printer, &peers::ExcludeRecord::name) != list.end();
   };
   return isOn(content.excluded) || isOn(content.secondExcluded);
+}
+
+bool IsPrinter(const std::string& name) {
+  const auto printers = platform::LoadMachine().printers;
+  return std::ranges::any_of(printers,
+                             [&](const auto& each) { return platform::ToUtf8(each.name) == name; });
 }
 
 void KeepOnly(peers::SettingFileContent& content, const std::string& printer) {
@@ -28,10 +36,14 @@ void ShowPrinter(std::ostream& out, const peers::SettingFileContent& content,
   const auto entry =
       std::ranges::find(content.entries, options.printer, &peers::EntryRecord::printer);
   const bool isExcluded = IsExcluded(content, options.printer);
-  if (entry == content.entries.end() && !isExcluded)
-    throw UsageError("show: no entry for '" + options.printer + "', and it is on no exclude list");
+  const bool hasEntry = entry != content.entries.end();
+  if (!hasEntry && !isExcluded && !IsPrinter(options.printer))
+    throw UsageError("show: '" + options.printer + "' is no printer of this machine");
   if (isExcluded) out << OneLine(options.printer) << " is on the exclude list.\n";
-  if (entry != content.entries.end()) ShowEntry(out, *entry, options.brief);
+  if (hasEntry)
+    ShowEntry(out, *entry, options.brief);
+  else if (!isExcluded)
+    out << OneLine(options.printer) << " has no entry of its own: it goes by the default entry.\n";
 }
 
 }  // namespace
