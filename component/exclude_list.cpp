@@ -17,9 +17,9 @@ constexpr LogMessage kAdded = {3, 153400150, kAdd, L"除外プリンタ追加実
 
 /// One of the component's two lists, by its operations.
 struct ExcludeList {
-  std::int32_t (Sigil::Settings::*count)();
-  std::int32_t (Sigil::Settings::*get)(std::int32_t, GUID*, wchar_t*, std::uint32_t*);
-  std::int32_t (Sigil::Settings::*remove)(const GUID*);
+  std::int32_t (Sigil::Settings::*pfnCount)();
+  std::int32_t (Sigil::Settings::*pfnGet)(std::int32_t, GUID*, wchar_t*, std::uint32_t*);
+  std::int32_t (Sigil::Settings::*pfnDelete)(const GUID*);
 };
 
 constexpr ExcludeList kPrinters = {&Sigil::Settings::GetExcludePrinterCount,
@@ -31,13 +31,13 @@ constexpr ExcludeList kSecond = {&Sigil::Settings::GetSecondExcludeCount,
 
 void Empty(Sigil::Settings& settings, const ExcludeList& list) {
   std::vector<GUID> entries;
-  const std::int32_t count = (settings.*list.count)();
+  const std::int32_t count = (settings.*list.pfnCount)();
   for (std::int32_t index = 0; index < count; ++index) {
     GUID guid = {};
     std::uint32_t length = 0;
-    if ((settings.*list.get)(index, &guid, nullptr, &length) == 0) entries.push_back(guid);
+    if ((settings.*list.pfnGet)(index, &guid, nullptr, &length) == 0) entries.push_back(guid);
   }
-  for (const GUID& guid : entries) (settings.*list.remove)(&guid);
+  for (const GUID& guid : entries) (settings.*list.pfnDelete)(&guid);
 }
 
 }  // namespace

@@ -26,9 +26,9 @@ constexpr LogMessage kEnd = {1, 153400270, kClear,
 
 /// One kind of individual settings, by the component's operations and our messages.
 struct Kind {
-  std::int32_t (Sigil::Settings::*count)();
-  std::int32_t (Sigil::Settings::*name)(std::int32_t, wchar_t*, std::uint32_t*);
-  std::int32_t (Sigil::Settings::*remove)(const wchar_t*, const wchar_t*);
+  std::int32_t (Sigil::Settings::*pfnCount)();
+  std::int32_t (Sigil::Settings::*pfnName)(std::int32_t, wchar_t*, std::uint32_t*);
+  std::int32_t (Sigil::Settings::*pfnDelete)(const wchar_t*, const wchar_t*);
   const LogMessage& deleted;
   const LogMessage& notDeleted;
 };
@@ -43,23 +43,25 @@ constexpr Kind kDrivers = {
 using Names = std::vector<Sigil::CSigilString>;
 
 void ListNames(Sigil::Settings& settings, const Kind& kind, Names& names) {
-  const std::int32_t count = (settings.*kind.count)();
+  const std::int32_t count = (settings.*kind.pfnCount)();
   for (std::int32_t index = 0; index < count; ++index) {
     wchar_t buffer[256] = {};
     auto length = static_cast<std::uint32_t>(std::size(buffer));
-    if (Sigil::Failed((settings.*kind.name)(index, buffer, &length))) continue;
+    if (Sigil::Failed((settings.*kind.pfnName)(index, buffer, &length))) continue;
     buffer[std::size(buffer) - 1] = L'\0';
-    names.push_back(Sigil::CSigilString(buffer));
+    Sigil::CSigilString name(buffer);
+    names.push_back(name);
+    name.Release();
   }
 }
 
 void DeleteNamed(Sigil::Settings& settings, const Kind& kind, const wchar_t* path,
                  const Names& names) {
   for (const Sigil::CSigilString& listed : names) {
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the component gets a copy.
-    const Sigil::CSigilString name(listed);
-    const std::int32_t result = (settings.*kind.remove)(path, name.GetText());
+    Sigil::CSigilString name(listed);
+    const std::int32_t result = (settings.*kind.pfnDelete)(path, name.GetText());
     Log(Sigil::Failed(result) ? kind.notDeleted : kind.deleted, name.GetDisplayText());
+    name.Release();
   }
 }
 
@@ -90,5 +92,7 @@ bool OperationSigilSettings::AllDeletePrinterSetting() {
     result = false;
   }
   Log(kEnd);
+  for (Names* names : {&printers, &drivers})
+    for (Sigil::CSigilString& name : *names) name.Release();
   return result;
 }

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cwchar>
-#include <iterator>
 #include <new>
 #include <vector>
 
 #include "component/entry_point.h"
 #include "logging/log.h"
 #include "platform/file.h"
+#include "platform/owner.h"
 
 namespace {
 
@@ -43,35 +43,43 @@ constexpr LogMessage kFolderGot = {1, 153400301, kGetFolder,
 
 using Entry = void (*)();
 
+constexpr auto kFreeLibrary = [](HMODULE module) { FreeLibrary(module); };
+
 }  // namespace
 
 /// The loaded component; nulls where the library or an entry is missing.
 struct ComponentRecord {
-  ~ComponentRecord() {
-    if (hModule != nullptr) FreeLibrary(hModule);
-  }
-
-  HMODULE hModule = nullptr;
+  Owner<HMODULE, kFreeLibrary> hModule;
   Sigil::CreateInstanceFunction pfnCreateInstance = nullptr;
   Entry pfnMergeUserStoreWatermarks = nullptr;
   Entry pfnGetVersionDate = nullptr;
 };
 
-OperationSigilSettings::OperationSigilSettings() {
-  wchar_t folder[MAX_PATH] = {};
-  GetModuleFileNameW(nullptr, folder, static_cast<DWORD>(std::size(folder)));
-  folder[std::size(folder) - 1] = L'\0';
-  PathRemoveFileSpecW(folder);
+namespace {
 
-  m_pComponent.reset(new (std::nothrow) ComponentRecord);
-  if (!m_pComponent) return;
-
+/// Null when the component is not there. The host's path counts only whole: the system cuts one
+/// that is too long, and the folder of a cut path is another one, further up.
+HMODULE LoadComponent() {
   wchar_t path[1024] = {};
-  std::copy(std::begin(folder), std::end(folder), path);
+  const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
+  if (length == 0 || length >= MAX_PATH) return nullptr;
+  PathRemoveFileSpecW(path);
   PathAppendW(path, Sigil::kComponentFile);
   const HMODULE module = LoadLibraryW(path);
-  if (!IsLoaded(module)) return;
-  m_pComponent->hModule = module;
+  return IsLoaded(module) ? module : nullptr;
+}
+
+}  // namespace
+
+OperationSigilSettings::OperationSigilSettings() {
+  try {
+    m_pComponent = std::make_shared<ComponentRecord>();
+  } catch (const std::bad_alloc&) {
+    return;
+  }
+  const HMODULE module = LoadComponent();
+  if (module == nullptr) return;
+  *m_pComponent->hModule.Out() = module;
   m_pComponent->pfnCreateInstance =
       EntryPoint<Sigil::CreateInstanceFunction>(module, Sigil::kCreateInstanceName);
   m_pComponent->pfnMergeUserStoreWatermarks =
@@ -79,14 +87,12 @@ OperationSigilSettings::OperationSigilSettings() {
   m_pComponent->pfnGetVersionDate = EntryPoint<Entry>(module, "SigilGetVersionDate");
 }
 
-OperationSigilSettings::~OperationSigilSettings() = default;
-
 bool OperationSigilSettings::CreateInstance() {
   if (!m_pComponent) return false;
-  const auto create = m_pComponent->pfnCreateInstance;
-  if (create == nullptr ||
-      create(&Sigil::kSettingsFirstIdentity, &Sigil::kSettingsSecondIdentity,
-             reinterpret_cast<void**>(m_pSettings.Out())) != 0 ||
+  const auto pfnCreate = m_pComponent->pfnCreateInstance;
+  if (pfnCreate == nullptr ||
+      pfnCreate(&Sigil::kSettingsFirstIdentity, &Sigil::kSettingsSecondIdentity,
+                reinterpret_cast<void**>(m_pSettings.Out())) != 0 ||
       !m_pSettings) {
     Log(kNoInstance);
     return false;
@@ -143,15 +149,16 @@ std::uint32_t OperationSigilSettings::GetSettingFileDirPath(wchar_t* folder) {
   if (Sigil::Failed(m_pSettings->GetSettingFileDir(nullptr, &length))) Log(kNoFolderLength);
 
   length = std::min(length, kLongestPath);
-  std::vector<wchar_t> text(length + 1);
+  std::vector<wchar_t> text(std::max(length, kFolderCapacity) + 1);
   const std::int32_t result = m_pSettings->GetSettingFileDir(text.data(), &length);
   text.back() = L'\0';
-  const std::size_t copied = std::wcslen(text.data()) + 1;
-  if (Sigil::Failed(result) || length > kFolderCapacity || copied > length) {
+  // The text itself tells its length: some components count the terminator, and some do not.
+  const auto copied = static_cast<std::uint32_t>(std::wcslen(text.data())) + 1;
+  if (Sigil::Failed(result) || copied > kFolderCapacity) {
     Log(kNoFolder);
     return 0;
   }
   std::wmemcpy(folder, text.data(), copied);
   Log(kFolderGot, folder);
-  return length;
+  return copied;
 }

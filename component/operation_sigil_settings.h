@@ -1,11 +1,5 @@
 #pragma once
 
-// The component handle: it loads the Settings component from the host executable's folder, gets the
-// root interface and gives both back. One lives on the stack of the operation that needs it, for
-// one pass, and is never kept. It takes no lock by itself; whoever changes settings holds the
-// system-wide mutex (setting_mutex.h) around the handle's life and the component's lock around the
-// changes.
-
 #include <memory>
 
 #include "component/reference.h"
@@ -13,16 +7,28 @@
 
 struct ComponentRecord;
 
+/// The component handle: it loads the Settings component from the host executable's folder, gets
+/// the root interface and gives both back. One lives on the stack of the operation that needs it,
+/// for one pass, and is never kept.
+///
+/// It takes no lock by itself: whoever changes settings holds the system-wide mutex
+/// (setting_mutex.h) around the handle's life and the component's lock around the changes. What the
+/// component throws goes to the caller, where nothing else is said.
 class OperationSigilSettings {
  public:
   /// Loads the component. Never fails outwardly: CreateInstance tells.
   OperationSigilSettings();
 
   /// Releases the root interface if it is still held, then unloads the component.
-  ~OperationSigilSettings();
+  ~OperationSigilSettings() noexcept(false) = default;
 
   OperationSigilSettings(const OperationSigilSettings&) = delete;
   OperationSigilSettings& operator=(const OperationSigilSettings&) = delete;
+
+  /// Keeps the component loaded beside the handle. An exception of the component's own class needs
+  /// the component's code until it has ended, so who catches what passes by the handle holds this
+  /// from before and gives it back behind the catch clause.
+  std::shared_ptr<const ComponentRecord> Component() const { return m_pComponent; }
 
   /// Gets the root interface. All operations below need it, but for those that say otherwise.
   bool CreateInstance();
@@ -45,8 +51,8 @@ class OperationSigilSettings {
   /// Sets (1) or clears (0) the content-log switch and commits. SaveCfg makes it lasting.
   void SetUseContentLog(BYTE flag);
 
-  /// The setting file's folder into `folder`, of kFolderCapacity characters. Gives the length that
-  /// the component reports, terminator included; 0 is failure, also for a path that does not fit.
+  /// The setting file's folder into `folder`, of kFolderCapacity characters. Gives its length with
+  /// the terminator. 0: the component gave none, or one that does not fit, which is never cut.
   static constexpr std::uint32_t kFolderCapacity = 256;
   std::uint32_t GetSettingFileDirPath(wchar_t* folder);
 
@@ -68,6 +74,6 @@ class OperationSigilSettings {
 
  private:
   // In this order: the root interface is released before the component is unloaded.
-  std::unique_ptr<ComponentRecord> m_pComponent;
-  Sigil::Reference<Sigil::Settings> m_pSettings;
+  std::shared_ptr<ComponentRecord> m_pComponent;
+  Sigil::CReference<Sigil::Settings> m_pSettings;
 };

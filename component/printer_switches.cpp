@@ -45,7 +45,7 @@ constexpr LogMessage kClearedNotSaved = {4, 153400110, kClear,
                                          L"設定ファイルの保存に失敗しました。Printer:[%s]"};
 
 bool OpenRecord(Sigil::Settings& settings, const wchar_t* printer,
-                Sigil::Reference<Sigil::PrinterSettings>& record) {
+                Sigil::CReference<Sigil::PrinterSettings>& record) {
   return settings.GetPrinterSettings(printer, record.Out()) == 0 && record;
 }
 
@@ -56,12 +56,12 @@ bool Save(Sigil::PrinterSettings& record) {
 
 bool Switch(Sigil::Settings& settings, const wchar_t* printer, std::int32_t flag,
             const SwitchMessages& messages) {
-  Sigil::Reference<Sigil::PrinterSettings> record;
+  Sigil::CReference<Sigil::PrinterSettings> record;
   if (!OpenRecord(settings, printer, record)) {
     Log(messages.noRecord, printer);
     return false;
   }
-  Sigil::Reference<Sigil::LastSetting> lastSetting;
+  Sigil::CReference<Sigil::LastSetting> lastSetting;
   if (record->GetLastSetting(lastSetting.Out()) != 0 || !lastSetting) {
     Log(messages.noLastSetting, printer);
     return false;
@@ -85,7 +85,7 @@ bool OperationSigilSettings::DisableWatermark(const wchar_t* printer) {
 }
 
 bool OperationSigilSettings::ClearWatermark(const wchar_t* printer) {
-  Sigil::Reference<Sigil::PrinterSettings> record;
+  Sigil::CReference<Sigil::PrinterSettings> record;
   if (!OpenRecord(*m_pSettings, printer, record)) {
     Log(kNothingToClear, printer);
     return false;

@@ -1,25 +1,38 @@
 #pragma once
 
-// The one reference that whoever gets an object of the Settings component holds on it.
-
+#include <exception>
 #include <utility>
 
 namespace Sigil {
 
+/// Holds the one reference that whoever gets an object of the Settings component has on it, and
+/// gives it back at the end of its scope or by Reset.
+///
+/// A Release that throws is a failure of the scope in which it is called, so its exception leaves
+/// Reset and the destructor too. Only where another exception is already ending that scope is it
+/// dropped, since two at once would end the process.
 template <typename Interface>
-class Reference {
+class CReference {
  public:
-  Reference() = default;
-  Reference(const Reference&) = delete;
-  Reference& operator=(const Reference&) = delete;
-  ~Reference() { Reset(); }
+  CReference() = default;
+  CReference(CReference&& other) noexcept : m_pObject(std::exchange(other.m_pObject, nullptr)) {}
+  CReference& operator=(CReference&&) = delete;
+  ~CReference() noexcept(false) {
+    if (std::uncaught_exceptions() <= m_nExceptions) {
+      Reset();
+      return;
+    }
+    try {
+      Reset();
+    } catch (...) {
+    }
+  }
 
   Interface* operator->() const { return m_pObject; }
   Interface& operator*() const { return *m_pObject; }
-  Interface* Get() const { return m_pObject; }
   explicit operator bool() const { return m_pObject != nullptr; }
 
-  /// Where an operation of the component puts the object.
+  /// Where an operation of the component puts the object. What was held is given back first.
   Interface** Out() {
     Reset();
     return &m_pObject;
@@ -31,6 +44,7 @@ class Reference {
 
  private:
   Interface* m_pObject = nullptr;
+  int m_nExceptions = std::uncaught_exceptions();  ///< Those that this outlives.
 };
 
 }  // namespace Sigil

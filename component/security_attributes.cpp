@@ -8,15 +8,15 @@ constexpr DWORD kRevision = 1;
 
 }  // namespace
 
-OpenSecurityAttributes::OpenSecurityAttributes()
+COpenSecurityAttributes::COpenSecurityAttributes()
     : m_pDescriptor(LocalAlloc(LPTR, kDescriptorSize)) {
   if (!m_pDescriptor) return;
-  if (!InitializeSecurityDescriptor(m_pDescriptor.get(), kRevision) ||
-      !SetSecurityDescriptorDacl(m_pDescriptor.get(), TRUE, nullptr, FALSE)) {
-    m_pDescriptor.reset();
+  if (!InitializeSecurityDescriptor(m_pDescriptor.Get(), kRevision) ||
+      !SetSecurityDescriptorDacl(m_pDescriptor.Get(), TRUE, nullptr, FALSE)) {
+    m_pDescriptor.Reset();
     return;
   }
   m_attributes.nLength = sizeof(m_attributes);
-  m_attributes.lpSecurityDescriptor = m_pDescriptor.get();
+  m_attributes.lpSecurityDescriptor = m_pDescriptor.Get();
   m_attributes.bInheritHandle = TRUE;
 }

@@ -1,28 +1,26 @@
 #pragma once
 
-// Security attributes that give everyone access: a descriptor with a null access list, for objects
-// that processes under any account share.
-
-#include <memory>
-
+#include "platform/owner.h"
 #include "platform/security.h"
 
-class OpenSecurityAttributes {
+inline void FreeDescriptor(void* block) {
+  LocalFree(block);
+}
+
+/// Security attributes that give everyone access, by a descriptor with a null access list, for
+/// objects that processes under any account share.
+class COpenSecurityAttributes {
  public:
-  /// Builds the descriptor; a failure leaves no attributes.
-  OpenSecurityAttributes();
+  /// Builds the descriptor. A failure leaves no attributes and is not told: who cannot do without
+  /// them asks Get.
+  COpenSecurityAttributes();
 
   /// Null when they could not be built or were given back.
   SECURITY_ATTRIBUTES* Get() { return m_pDescriptor ? &m_attributes : nullptr; }
 
-  /// Gives the descriptor back.
-  void Reset() { m_pDescriptor.reset(); }
+  void Reset() { m_pDescriptor.Reset(); }
 
  private:
-  struct Free {
-    void operator()(void* block) const { LocalFree(block); }
-  };
-
-  std::unique_ptr<void, Free> m_pDescriptor;
+  Owner<void*, FreeDescriptor> m_pDescriptor;
   SECURITY_ATTRIBUTES m_attributes = {};
 };

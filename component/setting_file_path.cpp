@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <cwchar>
-#include <memory>
-#include <type_traits>
 
 #include "component/entry_point.h"
 #include "platform/file.h"
 #include "platform/mfc.h"
+#include "platform/owner.h"
 #include "platform/shell.h"
 
 namespace {
@@ -15,26 +14,19 @@ namespace {
 constexpr wchar_t kFile[] = L"KBR-LTD\\HarborLedge!\\HarborLedge!.cfg";
 constexpr std::size_t kWorkingCapacity = 2048;
 
-struct FreeTaskMemory {
-  void operator()(wchar_t* text) const { CoTaskMemFree(text); }
-};
+constexpr auto kFreeText = [](wchar_t* text) { CoTaskMemFree(text); };
+constexpr auto kFreeLibrary = [](HMODULE module) { FreeLibrary(module); };
 
-struct FreeModule {
-  void operator()(HMODULE module) const { FreeLibrary(module); }
-};
-
-// The call is looked up: systems before the folder of low integrity do not have it.
+// The call is looked up, since systems older than the folder for low integrity do not have it.
 void CopyLocalAppDataLow(wchar_t (&folder)[kWorkingCapacity]) {
   using GetKnownFolderPath = HRESULT(WINAPI*)(REFKNOWNFOLDERID, DWORD, HANDLE, wchar_t**);
-  const std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule> shell(
-      LoadLibraryW(L"shell32.dll"));
+  const Owner<HMODULE, kFreeLibrary> shell(LoadLibraryW(L"shell32.dll"));
   if (!shell) return;
-  const auto getPath = EntryPoint<GetKnownFolderPath>(shell.get(), "SHGetKnownFolderPath");
-  if (getPath == nullptr) return;
-  wchar_t* given = nullptr;
-  getPath(FOLDERID_LocalAppDataLow, 0, nullptr, &given);
-  const std::unique_ptr<wchar_t, FreeTaskMemory> path(given);
-  if (path) std::wcsncpy(folder, path.get(), kWorkingCapacity - 1);
+  const auto pfnGetPath = EntryPoint<GetKnownFolderPath>(shell.Get(), "SHGetKnownFolderPath");
+  if (pfnGetPath == nullptr) return;
+  Owner<wchar_t*, kFreeText> path;
+  pfnGetPath(FOLDERID_LocalAppDataLow, 0, nullptr, path.Out());
+  if (path) std::wcsncpy(folder, path.Get(), kWorkingCapacity - 1);
 }
 
 CString SettingFilePath() {

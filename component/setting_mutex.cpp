@@ -1,7 +1,5 @@
 #include "component/setting_mutex.h"
 
-#include <utility>
-
 #include "logging/log.h"
 #include "platform/synch.h"
 
@@ -38,15 +36,7 @@ HANDLE GetMutex_SigilSetting(SECURITY_ATTRIBUTES* attributes) {
   return mutex;
 }
 
-bool SettingMutex::Take(SECURITY_ATTRIBUTES* attributes) {
-  Reset();
-  m_hMutex = GetMutex_SigilSetting(attributes);
-  return m_hMutex != nullptr;
-}
-
-void SettingMutex::Reset() {
-  if (const HANDLE mutex = std::exchange(m_hMutex, nullptr)) {
-    ReleaseMutex(mutex);
-    CloseHandle(mutex);
-  }
+void GiveBackMutex(HANDLE mutex) {
+  ReleaseMutex(mutex);
+  CloseHandle(mutex);
 }

@@ -3,6 +3,7 @@
 // The system-wide mutex `Global\MIMOSA_HLE_SIGIL_SETTING`, which every user of the setting file in
 // every process takes before it opens the Settings component to change anything.
 
+#include "platform/owner.h"
 #include "platform/security.h"
 
 /// Waits up to 180 seconds for the mutex. The handle is the caller's, who owns the mutex, or null:
@@ -10,17 +11,7 @@
 /// is free again for the next caller.
 HANDLE GetMutex_SigilSetting(SECURITY_ATTRIBUTES* attributes);
 
-/// Owns the mutex from a successful Take to Reset.
-class SettingMutex {
- public:
-  SettingMutex() = default;
-  SettingMutex(const SettingMutex&) = delete;
-  SettingMutex& operator=(const SettingMutex&) = delete;
-  ~SettingMutex() { Reset(); }
+/// Gives the mutex up and closes its handle.
+void GiveBackMutex(HANDLE mutex);
 
-  bool Take(SECURITY_ATTRIBUTES* attributes);
-  void Reset();
-
- private:
-  HANDLE m_hMutex = nullptr;
-};
+using CSettingMutex = Owner<HANDLE, GiveBackMutex>;

@@ -24,6 +24,12 @@ constexpr bool Failed(std::int32_t result) {
   return result < 0;
 }
 
+/// Whether the component has written to a record that was handed to it all zero. A success without
+/// a GUID names no watermark, and must not be taken for one.
+inline bool IsFilled(const GUID& guid) {
+  return !(guid == GUID{});
+}
+
 /// The reference-counting base of every object.
 struct Object {
   virtual std::uint32_t AddRef() = 0;

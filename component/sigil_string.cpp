@@ -7,10 +7,10 @@ namespace Sigil {
 CSigilString::CSigilString() {
   const HMODULE component = GetModuleHandleW(kComponentFile);
   if (IsLoaded(component)) {
-    const auto create = EntryPoint<CreateInstanceFunction>(component, kCreateInstanceName);
-    if (create != nullptr)
-      create(&kStringFirstIdentity, &kStringSecondIdentity,
-             reinterpret_cast<void**>(m_pString.Out()));
+    const auto pfnCreate = EntryPoint<CreateInstanceFunction>(component, kCreateInstanceName);
+    if (pfnCreate != nullptr)
+      pfnCreate(&kStringFirstIdentity, &kStringSecondIdentity,
+                reinterpret_cast<void**>(m_pString.Out()));
   }
   if (!m_pString) throw kCannotCreate;
 }
@@ -23,6 +23,13 @@ CSigilString::CSigilString(const wchar_t* text) : CSigilString() {
 CSigilString::CSigilString(const CSigilString& other) : CSigilString() {
   m_pString->SetKind(other.m_pString->GetKind());
   m_pString->SetText(other.m_pString->GetText());
+}
+
+CSigilString::~CSigilString() noexcept {
+  try {
+    Release();
+  } catch (...) {
+  }
 }
 
 }  // namespace Sigil

@@ -1,20 +1,26 @@
 #pragma once
 
-// A text as an object of the Settings component.
-
 #include "component/reference.h"
 #include "component/sigil_interfaces.h"
 
 namespace Sigil {
 
-/// The component is found, never loaded, here: a component handle must have loaded it. Making one,
-/// or a copy, throws SigilResult kCannotCreate when the component gives no object.
+/// A text as an object of the Settings component. The component is found here, never loaded: a
+/// component handle must have loaded it. Making one, or a copy, throws SigilResult kCannotCreate
+/// when the component gives no object.
 class CSigilString {
  public:
   explicit CSigilString(const wchar_t* text);
   CSigilString(const CSigilString& other);
+  CSigilString(CSigilString&&) noexcept = default;
   CSigilString& operator=(const CSigilString&) = delete;
-  virtual ~CSigilString() = default;
+
+  /// Texts stand in containers, whose elements must not throw when they are destroyed: what the
+  /// component throws here is dropped. Whoever wants to know of it calls Release first.
+  virtual ~CSigilString() noexcept;
+
+  /// Gives the object back. Nothing but the destructor may follow.
+  void Release() { m_pString.Reset(); }
 
   const wchar_t* GetText() const { return m_pString->GetText(); }
   const wchar_t* GetDisplayText() const { return m_pString->GetDisplayText(); }
@@ -22,7 +28,7 @@ class CSigilString {
  private:
   CSigilString();
 
-  Reference<String> m_pString;
+  CReference<String> m_pString;
 };
 
 }  // namespace Sigil

@@ -2,6 +2,6 @@
 
 #include "component/sigil_interfaces.h"
 
-/// Deletes the watermarks of `record`: all GUIDs are read first, then each is deleted. One whose
-/// GUID the component does not tell stays.
+/// Deletes the watermarks of `record`: all GUIDs are read first, since each deletion moves the
+/// indexes of the others. One whose GUID the component does not tell stays.
 void DeleteWatermarks(Sigil::PrinterSettings& record);

@@ -43,7 +43,7 @@ std::wstring Document(std::string_view input) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::Machine machine;
   OperationSigilSettings settings;
-  Sigil::Reference<Sigil::PrinterSettings> record;
+  Sigil::CReference<Sigil::PrinterSettings> record;
   if (!settings.CreateInstance() || !settings.GetPrinterSettingsOpe(L"*", record.Out()))
     std::abort();
   const std::wstring document = Document(fuzz::Text(data, size));

@@ -1,10 +1,9 @@
 #include "host/folders.h"
 
 #include <iterator>
-#include <memory>
-#include <type_traits>
 
 #include "platform/file.h"
+#include "platform/owner.h"
 #include "platform/profile.h"
 #include "platform/shell.h"
 
@@ -13,14 +12,7 @@ namespace {
 constexpr wchar_t kDefaultCommonData[] = L"C:\\ProgramData";
 constexpr wchar_t kDefaultEmsFolder[] = L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\EMS";
 
-struct ReleaseAllocator {
-  void operator()(IMalloc* allocator) const { allocator->Release(); }
-};
-
-struct FreeItemList {
-  IMalloc* allocator;
-  void operator()(void* list) const { allocator->Free(list); }
-};
+constexpr auto kRelease = [](IMalloc* allocator) { allocator->Release(); };
 
 CString ConfiguredEmsFolder() {
   wchar_t value[1024] = {};
@@ -33,19 +25,15 @@ CString ConfiguredEmsFolder() {
 }  // namespace
 
 CString GetCommonDataPath() {
-  IMalloc* given = nullptr;
-  if (FAILED(SHGetMalloc(&given))) return kDefaultCommonData;
-  const std::unique_ptr<IMalloc, ReleaseAllocator> allocator(given);
-
-  LPITEMIDLIST location = nullptr;
-  if (FAILED(SHGetSpecialFolderLocation(nullptr, CSIDL_COMMON_APPDATA, &location)))
+  Owner<IMalloc*, kRelease> allocator;
+  if (FAILED(SHGetMalloc(allocator.Out()))) return kDefaultCommonData;
+  LPITEMIDLIST list = nullptr;
+  if (FAILED(SHGetSpecialFolderLocation(nullptr, CSIDL_COMMON_APPDATA, &list)))
     return kDefaultCommonData;
-  const std::unique_ptr<std::remove_pointer_t<LPITEMIDLIST>, FreeItemList> list(
-      location, FreeItemList{allocator.get()});
-
   wchar_t path[MAX_PATH + 1] = {};
-  if (!SHGetPathFromIDListW(list.get(), path)) return kDefaultCommonData;
-  return path;
+  const bool told = SHGetPathFromIDListW(list, path) != FALSE;
+  allocator->Free(list);
+  return told ? path : kDefaultCommonData;
 }
 
 EMSFolder FindEMSFolder(CString& folder, CString& value) {

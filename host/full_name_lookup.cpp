@@ -5,6 +5,7 @@
 
 #include "logging/log.h"
 #include "platform/netapi.h"
+#include "platform/owner.h"
 
 namespace SigilSettingManagement {
 namespace {
@@ -23,30 +24,20 @@ constexpr LogMessage kThrown = {4, 153100380, kLookUp, L"ユーザ名称取得�
 
 constexpr std::size_t kNameCapacity = 256;
 
-/// A buffer that a network call hands out.
+constexpr auto kFreeBuffer = [](void* buffer) { NetApiBufferFree(buffer); };
+
+/// What a network call hands out.
 template <typename Type>
-class NetBuffer {
- public:
-  NetBuffer() = default;
-  NetBuffer(const NetBuffer&) = delete;
-  NetBuffer& operator=(const NetBuffer&) = delete;
-  ~NetBuffer() {
-    if (m_pData != nullptr) NetApiBufferFree(m_pData);
-  }
+using CNetBuffer = Owner<Type*, kFreeBuffer>;
 
-  Type* Get() const { return m_pData; }
-  Type* operator->() const { return m_pData; }
-  explicit operator bool() const { return m_pData != nullptr; }
-  Type** Out() { return &m_pData; }
-  LPBYTE* OutBytes() { return reinterpret_cast<LPBYTE*>(&m_pData); }
-
- private:
-  Type* m_pData = nullptr;
-};
+template <typename Type>
+LPBYTE* OutBytes(CNetBuffer<Type>& buffer) {
+  return reinterpret_cast<LPBYTE*>(buffer.Out());
+}
 
 bool LookUpLocally(const wchar_t* userName, const LogMessage& failed, CString& fullName) {
-  NetBuffer<USER_INFO_10> user;
-  const NET_API_STATUS status = NetUserGetInfo(nullptr, userName, 10, user.OutBytes());
+  CNetBuffer<USER_INFO_10> user;
+  const NET_API_STATUS status = NetUserGetInfo(nullptr, userName, 10, OutBytes(user));
   if (status != 0 || !user) {
     Log(failed, static_cast<int>(status));
     return false;
@@ -57,12 +48,12 @@ bool LookUpLocally(const wchar_t* userName, const LogMessage& failed, CString& f
 
 bool LookUp(CString& fullName, CString& domainController) {
   wchar_t domain[kNameCapacity] = {};
-  NetBuffer<WKSTA_INFO_100> workstation;
-  if (NetWkstaGetInfo(nullptr, 100, workstation.OutBytes()) == 0 && workstation &&
+  CNetBuffer<WKSTA_INFO_100> workstation;
+  if (NetWkstaGetInfo(nullptr, 100, OutBytes(workstation)) == 0 && workstation &&
       workstation->wki100_langroup != nullptr)
     std::wcsncpy(domain, workstation->wki100_langroup, kNameCapacity - 1);
 
-  NetBuffer<wchar_t> joinedName;
+  CNetBuffer<wchar_t> joinedName;
   auto status = NetSetupUnknownStatus;
   NET_API_STATUS result = NetGetJoinInformation(nullptr, joinedName.Out(), &status);
   const bool joined = result == 0 && status == NetSetupDomainName;
@@ -72,13 +63,13 @@ bool LookUp(CString& fullName, CString& domainController) {
   if (!GetUserNameW(userName, &capacity)) userName[0] = L'\0';
   Log(kUserName, userName);
 
-  NetBuffer<wchar_t> controller;
-  if (joined) result = NetGetDCName(nullptr, domain, controller.OutBytes());
+  CNetBuffer<wchar_t> controller;
+  if (joined) result = NetGetDCName(nullptr, domain, OutBytes(controller));
   if (!joined || result != 0) return LookUpLocally(userName, kFailedUnasked, fullName);
 
   Log(kController, controller.Get());
-  NetBuffer<USER_INFO_11> user;
-  if (NetUserGetInfo(controller.Get(), userName, 11, user.OutBytes()) != 0 || !user)
+  CNetBuffer<USER_INFO_11> user;
+  if (NetUserGetInfo(controller.Get(), userName, 11, OutBytes(user)) != 0 || !user)
     return LookUpLocally(userName, kFailedController, fullName);
   if (user->usri11_full_name == nullptr) return LookUpLocally(userName, kFailedNameless, fullName);
   fullName = user->usri11_full_name;

@@ -1,6 +1,6 @@
 #include "host/printers.h"
 
-#include "host/printer_kind.h"
+#include "logging/log.h"
 
 namespace SigilSettingManagement {
 namespace {
@@ -34,27 +34,6 @@ int GetPrinterInfoList(PRINTER_INFO_2W** list, DWORD* count) {
     Log(kThrown);
     return -1;
   }
-}
-
-bool IsSuitePrinter(const PRINTER_INFO_2W& printer) {
-  return KindOf(printer) == PrinterKind::kSuite;
-}
-
-bool IsExcludedPrinter(const PRINTER_INFO_2W& printer, const ExclusionMessages& messages) {
-  switch (KindOf(printer)) {
-    case PrinterKind::kSuite:
-      return false;
-    case PrinterKind::kNoComment:
-      Log(messages.noComment);
-      return true;
-    case PrinterKind::kNotMarked:
-      Log(messages.notMonitored);
-      return true;
-    case PrinterKind::kMonitored:
-      Log(messages.monitored);
-      return false;
-  }
-  return false;
 }
 
 }  // namespace SigilSettingManagement

@@ -1,5 +1,7 @@
 #include "host/user_information.h"
 
+#include <memory>
+
 #include "component/operation_sigil_settings.h"
 #include "host/full_name_lookup.h"
 #include "logging/log.h"
@@ -16,11 +18,18 @@ constexpr wchar_t kDomainName[] = L"DomainName";
 constexpr wchar_t kLoginId[] = L"LoginID";
 constexpr DWORD kTextCapacity = 256;
 
+/// How a function ends that cannot do its work.
+struct EndMessages {
+  LogMessage noInstance;
+  LogMessage thrown;
+};
+
 namespace prepare {
 constexpr wchar_t kFunction[] = L"SigilSettingManagement::PrepareUserFullName";
-constexpr LogMessage kNoInstance = {
-    5, 153100907, kFunction,
-    L"Sigilインスタンス取得に失敗したため、Winユーザフルネーム取得処理を中断"};
+constexpr EndMessages kEnds = {
+    {5, 153100907, kFunction,
+     L"Sigilインスタンス取得に失敗したため、Winユーザフルネーム取得処理を中断"},
+    {5, 153100908, kFunction, L"ユーザフルネーム取得に失敗しました"}};
 constexpr LogMessage kNoFolder = {5, 153100904, kFunction, L"設定フォルダパス取得に失敗しました"};
 constexpr LogMessage kPath = {2, 153100906, kFunction, L"ユーザ情報ファイルパス【%s】"};
 constexpr LogMessage kKnown = {2, 153100909, kFunction,
@@ -30,46 +39,44 @@ constexpr LogMessage kStoredUsed = {2, 153100903, kFunction,
                                     L"キャッシュユーザフルネームを使用しました"};
 constexpr LogMessage kLoginUsed = {4, 153100901, kFunction,
                                    L"ユーザフルネーム失敗したためユーザID使用しました"};
-constexpr LogMessage kThrown = {5, 153100908, kFunction, L"ユーザフルネーム取得に失敗しました"};
 }  // namespace prepare
 
 namespace get {
 constexpr wchar_t kFunction[] = L"SigilSettingManagement::GetUserFullName";
-constexpr LogMessage kNoInstance = {
-    5, 153100907, kFunction, L"Sigilインスタンス取得に失敗したため、INIファイル情報取得処理を中断"};
+constexpr EndMessages kEnds = {
+    {5, 153100907, kFunction,
+     L"Sigilインスタンス取得に失敗したため、INIファイル情報取得処理を中断"},
+    {5, 153100950, kFunction, L" Winユーザフルネーム取得に失敗しました"}};
 constexpr LogMessage kStored = {1, 153100951, kFunction, L"Winユーザフルネームあり"};
 constexpr LogMessage kStoredLogin = {1, 153100952, kFunction,
                                      L"Winユーザフルネームなし／loginID設定①"};
 constexpr LogMessage kOwnLogin = {1, 153100953, kFunction,
                                   L"Winユーザフルネームなし／loginID設定②"};
 constexpr LogMessage kName = {2, 153100954, kFunction, L"取得ネーム：%s"};
-constexpr LogMessage kThrown = {5, 153100950, kFunction, L" Winユーザフルネーム取得に失敗しました"};
 }  // namespace get
 
 namespace reset {
 constexpr wchar_t kFunction[] = L"SigilSettingManagement::InitializeFullNameState";
-constexpr LogMessage kNoInstance = {
-    5, 153100907, kFunction,
-    L"Sigilインスタンス取得に失敗したため、ユーザフルネーム取得状態初期化処理を中断"};
-constexpr LogMessage kThrown = {5, 153100950, kFunction,
-                                L" ユーザフルネーム取得状態初期化に失敗しました"};
+constexpr EndMessages kEnds = {
+    {5, 153100907, kFunction,
+     L"Sigilインスタンス取得に失敗したため、ユーザフルネーム取得状態初期化処理を中断"},
+    {5, 153100950, kFunction, L" ユーザフルネーム取得状態初期化に失敗しました"}};
 }  // namespace reset
 
 namespace state {
 constexpr wchar_t kFunction[] = L"SigilSettingManagement::GetFullNameState";
-constexpr LogMessage kNoInstance = {
-    5, 153100951, kFunction,
-    L"Sigilインスタンス取得に失敗したため、ユーザフルネーム取得状態は読み出されませんでした"};
-constexpr LogMessage kThrown = {5, 153100952, kFunction,
-                                L"ユーザフルネーム取得状態は読み出されませんでした"};
+constexpr EndMessages kEnds = {
+    {5, 153100951, kFunction,
+     L"Sigilインスタンス取得に失敗したため、ユーザフルネーム取得状態は読み出されませんでした"},
+    {5, 153100952, kFunction, L"ユーザフルネーム取得状態は読み出されませんでした"}};
 }  // namespace state
 
 /// The user information file, below a folder that may not be known: then it reads as empty and
 /// keeps nothing.
-class UserInformation {
+class CUserInformation {
  public:
   /// Asks the open handle for the folder and releases its instance.
-  explicit UserInformation(OperationSigilSettings& settings) {
+  explicit CUserInformation(OperationSigilSettings& settings) {
     wchar_t folder[OperationSigilSettings::kFolderCapacity] = {};
     const bool known = settings.GetSettingFileDirPath(folder) != 0;
     settings.ReleaseInstance();
@@ -98,6 +105,26 @@ class UserInformation {
   CString m_strFilePath;
 };
 
+/// Opens a handle, asks it for the file and does `work` on the file while the handle lives. What
+/// keeps `work` from its end is logged; what it has reached by then stands.
+template <typename Work>
+void WithUserInformation(const EndMessages& ends, Work work) {
+  std::shared_ptr<const ComponentRecord> component;
+  try {
+    OperationSigilSettings settings;
+    component = settings.Component();
+    if (settings.CreateInstance())
+      work(CUserInformation(settings));
+    else
+      Log(ends.noInstance);
+    return;
+  } catch (...) {
+    // An exception of the component's own class ends here, before the component goes.
+  }
+  component.reset();
+  Log(ends.thrown);
+}
+
 CString LoginName() {
   wchar_t name[kTextCapacity] = {};
   DWORD capacity = kTextCapacity;
@@ -105,7 +132,9 @@ CString LoginName() {
   return name;
 }
 
-bool LookUpAndStore(const UserInformation& file, const CString& storedName, CString& name) {
+/// `found` becomes true with the full name, before it is stored: it is found, whatever follows.
+void LookUpAndStore(const CUserInformation& file, const CString& storedName, CString& name,
+                    bool& found) {
   CString fullName;
   CString domainController;
   GetUserFullName(fullName, domainController);
@@ -113,67 +142,53 @@ bool LookUpAndStore(const UserInformation& file, const CString& storedName, CStr
 
   if (!fullName.IsEmpty()) {
     name = fullName;
+    found = true;
     file.Write(kDomainName, domainController);
     file.Write(kFullName, fullName);
     file.Write(kState, L"1");
     Log(prepare::kUsed);
-    return true;
-  }
-  if (!storedName.IsEmpty()) {
+  } else if (!storedName.IsEmpty()) {
     name = storedName;
     Log(prepare::kStoredUsed);
-    return false;
+  } else {
+    name = loginName;
+    file.Write(kLoginId, loginName);
+    Log(prepare::kLoginUsed);
   }
-  name = loginName;
-  file.Write(kLoginId, loginName);
-  Log(prepare::kLoginUsed);
-  return false;
 }
 
 }  // namespace
 
 bool PrepareUserFullName(CString& name) {
-  try {
-    OperationSigilSettings settings;
-    if (!settings.CreateInstance()) {
-      Log(prepare::kNoInstance);
-      return false;
-    }
-    const UserInformation file(settings);
+  bool found = false;
+  WithUserInformation(prepare::kEnds, [&](const CUserInformation& file) {
     if (file.IsKnown()) {
       Log(prepare::kPath, file.Path());
     } else {
       Log(prepare::kNoFolder);
     }
-    const int obtained = file.State();
+    const int state = file.State();
     const CString storedName = file.Text(kFullName);
-    if (obtained != 0) {
+    if (state != 0) {
+      found = true;
       Log(prepare::kKnown);
-      return true;
+    } else {
+      LookUpAndStore(file, storedName, name, found);
     }
-    return LookUpAndStore(file, storedName, name);
-  } catch (...) {
-    Log(prepare::kThrown);
-    return false;
-  }
+  });
+  return found;
 }
 
 bool GetUserFullName(CString& name) {
+  name.Empty();
   bool stored = false;
-  try {
-    name.Empty();
-    OperationSigilSettings settings;
-    if (!settings.CreateInstance()) {
-      Log(get::kNoInstance);
-      return false;
-    }
-    const UserInformation file(settings);
+  WithUserInformation(get::kEnds, [&](const CUserInformation& file) {
     const CString fullName = file.Text(kFullName);
     const CString loginName = file.Text(kLoginId);
     if (!fullName.IsEmpty()) {
       name = fullName;
-      Log(get::kStored);
       stored = true;
+      Log(get::kStored);
     } else if (!loginName.IsEmpty()) {
       name = loginName;
       Log(get::kStoredLogin);
@@ -182,37 +197,19 @@ bool GetUserFullName(CString& name) {
       Log(get::kOwnLogin);
     }
     Log(get::kName, name);
-  } catch (...) {
-    Log(get::kThrown);
-  }
+  });
   return stored;
 }
 
 void InitializeFullNameState() {
-  try {
-    OperationSigilSettings settings;
-    if (!settings.CreateInstance()) {
-      Log(reset::kNoInstance);
-      return;
-    }
-    UserInformation(settings).Write(kState, L"0");
-  } catch (...) {
-    Log(reset::kThrown);
-  }
+  WithUserInformation(reset::kEnds, [](const CUserInformation& file) { file.Write(kState, L"0"); });
 }
 
 int GetFullNameState() {
-  try {
-    OperationSigilSettings settings;
-    if (!settings.CreateInstance()) {
-      Log(state::kNoInstance);
-      return 0;
-    }
-    return UserInformation(settings).State();
-  } catch (...) {
-    Log(state::kThrown);
-    return 0;
-  }
+  int result = 0;
+  WithUserInformation(state::kEnds,
+                      [&result](const CUserInformation& file) { result = file.State(); });
+  return result;
 }
 
 }  // namespace SigilSettingManagement

@@ -3,7 +3,7 @@
 // The user information file, UserInfoWM.ini in the setting folder: the user's full name once a
 // lookup has found it, the login name until then, and whether a lookup has succeeded since the last
 // reset. Each function opens a component handle of its own to learn the folder, without any lock.
-// None throws; the log tells the failures.
+// None throws; the log tells the failures. After an exception the result is what had been reached.
 
 #include "platform/mfc.h"
 

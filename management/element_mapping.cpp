@@ -8,6 +8,7 @@
 #include "logging/log.h"
 #include "platform/com.h"
 #include "platform/crt.h"
+#include "platform/owner.h"
 #include "policy/watermark_policy_xml_parser.h"
 
 namespace SigilSettingManagement {
@@ -42,13 +43,15 @@ constexpr MappingMessages kStampMessages = {
     {3, 153100310, kStamp, L"スタンプ設定処理完了　ElementID：%s → GUID：%s"},
 };
 
+constexpr auto kFreeText = [](RPC_WSTR text) { RpcStringFreeW(&text); };
+
 /// The properties of one element, each read anew and converted.
-class Element {
+class CElement {
  public:
-  Element(CWatermarkPolicyXMLParser& parser, const CString& id) : m_parser(parser), m_strId(id) {}
+  CElement(CWatermarkPolicyXMLParser* parser, const CString& id) : m_pParser(parser), m_strId(id) {}
 
   const CString& Id() const { return m_strId; }
-  CString Text(const wchar_t* name) const { return m_parser.GetWatermarkElement(m_strId, name); }
+  CString Text(const wchar_t* name) const { return m_pParser->GetWatermarkElement(m_strId, name); }
   std::int32_t Integer(const wchar_t* name) const { return _wtoi(Text(name)); }
   double Real(const wchar_t* name) const { return _wtof(Text(name)); }
   std::int32_t Flag(const wchar_t* name) const { return Integer(name) == 1 ? 1 : 0; }
@@ -61,7 +64,7 @@ class Element {
   }
 
  private:
-  CWatermarkPolicyXMLParser& m_parser;
+  CWatermarkPolicyXMLParser* m_pParser;
   const CString& m_strId;
 };
 
@@ -72,13 +75,14 @@ CString WithUserName(CString text) {
   return text;
 }
 
-// The component has no size of nothing; what is no number is none either.
+// The component takes no size that is not above 0. A text that holds no number has become 0, so it
+// gives the same 1.0.
 double FontSize(double size) {
   if (!(size > 0.0)) return 1.0;
   return std::min(size, 200.0);
 }
 
-/// The component's number of a policy's position: the rows of the page in another order.
+/// The component numbers the nine positions in another order than a policy does.
 std::int32_t Position(std::int32_t printPos) {
   constexpr std::int32_t kPositions[] = {0, 1, 2, 6, 7, 8, 3, 4, 5};
   return printPos >= 1 && printPos <= 9 ? kPositions[printPos - 1] : 0;
@@ -92,7 +96,7 @@ std::int32_t Space(std::int32_t space) {
   return std::clamp(space, -1000, 1000);
 }
 
-void SetAppearance(const Element& element, Sigil::Watermark& watermark) {
+void SetAppearance(const CElement& element, Sigil::Watermark& watermark) {
   CString name;
   name.Format(L"%s_%s", element.Id(), element.Text(L"Name"));
   watermark.SetName(name);
@@ -108,14 +112,14 @@ void SetAppearance(const Element& element, Sigil::Watermark& watermark) {
   watermark.SetRotate(std::clamp(element.Integer(L"Rotate"), 0, 359));
 }
 
-void PlaceHeaderFooter(const Element& element, Sigil::Watermark& watermark) {
+void PlaceHeaderFooter(const CElement& element, Sigil::Watermark& watermark) {
   watermark.SetPrintPos(Position(element.Integer(L"PrintPos")));
   watermark.SetPositionOption(0);
   watermark.SetXOffset(Offset(element.Real(L"XOffset")));
   watermark.SetYOffset(Offset(element.Real(L"YOffset")));
 }
 
-void PlaceStamp(const Element& element, Sigil::Watermark& watermark) {
+void PlaceStamp(const CElement& element, Sigil::Watermark& watermark) {
   watermark.SetPrintPos(kStampPosition);
   watermark.SetPositionOption(0);
   const std::int32_t repeatType = element.Integer(L"RepeatType");
@@ -125,23 +129,10 @@ void PlaceStamp(const Element& element, Sigil::Watermark& watermark) {
   watermark.SetRepeatVSpace(Space(element.Integer(L"RepeatVSpace")));
 }
 
-/// A GUID as text.
-class UuidText {
- public:
-  explicit UuidText(const GUID& id) { UuidToStringW(&id, &m_pText); }
-  UuidText(const UuidText&) = delete;
-  UuidText& operator=(const UuidText&) = delete;
-  ~UuidText() { RpcStringFreeW(&m_pText); }
-
-  const wchar_t* Get() const { return reinterpret_cast<const wchar_t*>(m_pText); }
-
- private:
-  RPC_WSTR m_pText = nullptr;
-};
-
 /// The frame of both mappings; they differ in the placing and in their messages.
 bool MapElement(const CString& elementId, Sigil::PrinterSettings* printerSettings, GUID* id,
-                const MappingMessages& messages, void (*place)(const Element&, Sigil::Watermark&)) {
+                const MappingMessages& messages,
+                void (*pfnPlace)(const CElement&, Sigil::Watermark&)) {
   if (elementId.IsEmpty()) {
     Log(messages.noElementId);
     return false;
@@ -151,17 +142,19 @@ bool MapElement(const CString& elementId, Sigil::PrinterSettings* printerSetting
     return false;
   }
   CWatermarkPolicyXMLParser* const parser = CWatermarkPolicyXMLParser::GetInstance();
-  Sigil::Reference<Sigil::Watermark> watermark;
+  Sigil::CReference<Sigil::Watermark> watermark;
   if (Sigil::Failed(printerSettings->CreateWatermark(watermark.Out())) || !watermark) {
     Log(messages.noWatermark);
     return false;
   }
-  const Element element(*parser, elementId);
+  const CElement element(parser, elementId);
   SetAppearance(element, *watermark);
-  place(element, *watermark);
+  pfnPlace(element, *watermark);
   watermark->GetId(id);
   watermark.Reset();
-  Log(messages.done, elementId, UuidText(*id).Get());
+  Owner<RPC_WSTR, kFreeText> text;
+  UuidToStringW(id, text.Out());
+  Log(messages.done, elementId, reinterpret_cast<const wchar_t*>(text.Get()));
   return true;
 }
 

@@ -1,13 +1,35 @@
 #include "management/exclusion_walk.h"
 
-namespace SigilSettingManagement {
+#include "host/printer_kind.h"
 
-void ExcludePrinters(const PrinterList& printers, const ExclusionWalkMessages& messages,
+namespace SigilSettingManagement {
+namespace {
+
+bool IsExcludedPrinter(const PRINTER_INFO_2W& printer, const ExclusionWalkMessages& messages) {
+  switch (KindOf(printer)) {
+    case PrinterKind::kSuite:
+      return false;
+    case PrinterKind::kNoComment:
+      Log(messages.noComment);
+      return true;
+    case PrinterKind::kNotMarked:
+      Log(messages.notMonitored);
+      return true;
+    case PrinterKind::kMonitored:
+      Log(messages.monitored);
+      return false;
+  }
+  return false;
+}
+
+}  // namespace
+
+void ExcludePrinters(const CPrinterList& printers, const ExclusionWalkMessages& messages,
                      OperationSigilSettings& settings) {
-  for (DWORD index = 0; index < printers.Count(); ++index) {
-    const PRINTER_INFO_2W& printer = printers.Records()[index];
-    Log(messages.checking, index, printer.pPrinterName);
-    settings.AddExcludePrinter(printer.pPrinterName, IsExcludedPrinter(printer, messages.test));
+  DWORD index = 0;
+  for (const PRINTER_INFO_2W& printer : printers) {
+    Log(messages.checking, index++, printer.pPrinterName);
+    settings.AddExcludePrinter(printer.pPrinterName, IsExcludedPrinter(printer, messages));
   }
 }
 

@@ -2,11 +2,11 @@
 
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "component/security_attributes.h"
 #include "logging/log.h"
 #include "platform/file.h"
+#include "platform/owner.h"
 #include "platform/utf.h"
 
 namespace SigilSettingManagement {
@@ -28,31 +28,14 @@ constexpr LogMessage kNotified = {3, 153100450, kNotify,
                                   L"★★★透かし解除・設定通知イベント通知＜%s＞★★★"};
 constexpr LogMessage kThrown = {5, 153100510, kNotify, L"透かし解除通知処理に異常が発生しました。"};
 
-/// The client's end of the pipe.
-class Pipe {
- public:
-  explicit Pipe(SECURITY_ATTRIBUTES* attributes)
-      : m_hPipe(CreateFileW(kPipeName, GENERIC_WRITE, 0, attributes, OPEN_EXISTING, 0, nullptr)) {}
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
-  ~Pipe() { Close(); }
+constexpr auto kClosePipe = [](HANDLE pipe) { CloseHandle(pipe); };
 
-  bool IsOpen() const { return m_hPipe != INVALID_HANDLE_VALUE; }
-
-  bool Write(const std::string& bytes) {
-    DWORD written = 0;
-    return WriteFile(m_hPipe, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) !=
-           FALSE;
-  }
-
-  bool Close() {
-    const HANDLE pipe = std::exchange(m_hPipe, INVALID_HANDLE_VALUE);
-    return pipe == INVALID_HANDLE_VALUE || CloseHandle(pipe) != FALSE;
-  }
-
- private:
-  HANDLE m_hPipe;
-};
+/// Null when the pipe cannot be opened.
+HANDLE OpenPipe(SECURITY_ATTRIBUTES* attributes) {
+  const HANDLE pipe =
+      CreateFileW(kPipeName, GENERIC_WRITE, 0, attributes, OPEN_EXISTING, 0, nullptr);
+  return pipe == INVALID_HANDLE_VALUE ? nullptr : pipe;
+}
 
 std::string OnTheWire(const CString& message) {
   std::string bytes = platform::ToUtf16LeBytes(std::wstring_view(message));
@@ -69,22 +52,23 @@ int NotificationReleaseMode(CString message) {
       Log(kNoMessage);
       return -5;
     }
-    OpenSecurityAttributes attributes;
+    COpenSecurityAttributes attributes;
     if (attributes.Get() == nullptr) {
       Log(kNoDescriptor);
       return -1;
     }
-    Pipe pipe(attributes.Get());
-    if (!pipe.IsOpen()) {
+    Owner<HANDLE, kClosePipe> pipe(OpenPipe(attributes.Get()));
+    if (!pipe) {
       LogWithLastError(kNoPipe);
       return -2;
     }
     const std::string bytes = OnTheWire(message);
-    if (!pipe.Write(bytes)) {  // nothing may come between its error and the log
+    DWORD written = 0;
+    if (!WriteFile(pipe.Get(), bytes.data(), kMessageSize, &written, nullptr)) {
       LogWithLastError(kNotWritten);
       return -3;
     }
-    if (!pipe.Close()) {
+    if (!CloseHandle(pipe.Release())) {
       Log(kNotClosed);
       result = -4;
     }

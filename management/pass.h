@@ -1,10 +1,13 @@
 #pragma once
 
-// What a pass over the setting file holds of the machine. Every pass has the same frame: take the
-// mutex; open a component handle and get its instance; lock; work; save what went well; unlock;
-// release the instance; give back what is held; destroy the handle. Nothing of it outlives the
-// pass, on no path.
+// What the four passes over the setting file share. Every pass has the same frame: take the mutex;
+// open a component handle and get its instance; lock; work; save what went well; unlock; release
+// the instance; give back what is held; destroy the handle. Nothing of it outlives the pass, on no
+// path.
 
+#include <memory>
+
+#include "component/operation_sigil_settings.h"
 #include "component/security_attributes.h"
 #include "component/setting_mutex.h"
 #include "host/printers.h"
@@ -12,35 +15,60 @@
 
 namespace SigilSettingManagement {
 
-/// The result of a pass that did not get the mutex.
+/// The results of a pass that did not get the mutex, and of one that an exception has ended.
 constexpr int kNoMutexResult = -99;
+constexpr int kThrownResult = -3;
 
-class PassHoldings {
+/// What a pass holds of the machine beside its handle. It stands outside of the pass's try block,
+/// and each path of the pass ends in exactly one of GiveBack, Stop and Abandon.
+class CPassHoldings {
  public:
   /// Builds the attributes of the mutex; without them the mutex is asked for all the same.
-  PassHoldings() = default;
+  CPassHoldings() = default;
 
-  bool TakeMutex() { return m_mutex.Take(m_attributes.Get()); }
-
-  PrinterList& Printers() { return m_printers; }
-
-  void GiveBack() {
-    m_mutex.Reset();
-    m_attributes.Reset();
-    m_printers.Reset();
+  bool TakeMutex() {
+    m_hMutex = CSettingMutex(GetMutex_SigilSetting(m_attributes.Get()));
+    return static_cast<bool>(m_hMutex);
   }
 
-  /// Ends the pass: only when all is given back does the log hear of it.
+  /// Keeps the handle's component loaded until what it may throw has ended.
+  void Keep(const OperationSigilSettings& settings) { m_pComponent = settings.Component(); }
+
+  CPrinterList& Printers() { return m_printers; }
+
+  /// The regular end, with the instance released.
+  void GiveBack() {
+    m_pComponent.reset();
+    GiveBackMachine();
+  }
+
+  /// An early end with the handle still to be destroyed, which may throw: the component stays kept.
+  /// Only when all else is given back does the log hear of it.
   int Stop(const LogCall& why, int result) {
-    GiveBack();
+    GiveBackMachine();
     Log(why);
     return result;
   }
 
+  /// The end after an exception. The handle is destroyed already, so the component is unloaded
+  /// here, first of all; that is why this stands behind the catch clause and not in it.
+  int Abandon(const LogCall& why) {
+    GiveBack();
+    Log(why);
+    return kThrownResult;
+  }
+
  private:
-  OpenSecurityAttributes m_attributes;
-  SettingMutex m_mutex;
-  PrinterList m_printers;
+  void GiveBackMachine() {
+    m_hMutex.Reset();
+    m_attributes.Reset();
+    m_printers.Reset();
+  }
+
+  COpenSecurityAttributes m_attributes;
+  CSettingMutex m_hMutex;
+  CPrinterList m_printers;
+  std::shared_ptr<const ComponentRecord> m_pComponent;
 };
 
 }  // namespace SigilSettingManagement

@@ -1,19 +1,16 @@
 #include "management/register_watermark_info.h"
 
-#include "host/printers.h"
+#include <span>
+
+#include "host/printer_kind.h"
 #include "logging/log.h"
+#include "management/printer_scope.h"
 #include "management/set_watermark_info.h"
 #include "platform/crt.h"
 #include "policy/watermark_policy_xml_parser.h"
 
 namespace SigilSettingManagement {
 namespace {
-
-constexpr wchar_t kDefaultEntry[] = L"*";
-
-// Policies name the entries that their watermarks are not meant for by these scopes.
-constexpr int kNotSuitePrinters = 1;
-constexpr int kNotDefaultEntry = 2;
 
 constexpr wchar_t kRegister[] = L"SigilSettingManagement::RegisterWatermarkInfo";
 
@@ -32,7 +29,7 @@ constexpr LogMessage kEnd = {1, 153100610, kRegister, L"透かし情報登録処
 /// False when the entry's record cannot be had.
 bool RegisterEntry(int policyId, OperationSigilSettings& settings, const wchar_t* name,
                    bool outOfScope) {
-  Sigil::Reference<Sigil::PrinterSettings> record;
+  Sigil::CReference<Sigil::PrinterSettings> record;
   if (!settings.GetPrinterSettingsOpe(name, record.Out())) return false;
   SetWatermarkInfo(policyId, *record, outOfScope);
   record->Commit();
@@ -41,14 +38,13 @@ bool RegisterEntry(int policyId, OperationSigilSettings& settings, const wchar_t
 }
 
 void RegisterEntries(int policyId, OperationSigilSettings& settings,
-                     const PRINTER_INFO_2W* printers, DWORD printerCount) {
+                     std::span<const PRINTER_INFO_2W> printers) {
   const int scope = _wtoi(CWatermarkPolicyXMLParser::GetInstance()->GetPrinterScope(policyId));
-  if (!RegisterEntry(policyId, settings, kDefaultEntry, scope == kNotDefaultEntry))
+  if (!RegisterEntry(policyId, settings, kDefaultEntry, !IsDefaultEntryInScope(scope)))
     Log(kNoDefaultEntry);
-  for (DWORD index = 0; index < printerCount; ++index) {
-    const PRINTER_INFO_2W& printer = printers[index];
-    if (!IsSuitePrinter(printer)) continue;
-    if (!RegisterEntry(policyId, settings, printer.pPrinterName, scope == kNotSuitePrinters))
+  for (const PRINTER_INFO_2W& printer : printers) {
+    if (KindOf(printer) != PrinterKind::kSuite) continue;
+    if (!RegisterEntry(policyId, settings, printer.pPrinterName, !AreSuitePrintersInScope(scope)))
       Log(kNoPrinter, printer.pPrinterName);
   }
 }
@@ -69,7 +65,7 @@ int RegisterWatermarkInfo(int policyId, const wchar_t* policyXml, OperationSigil
       CWatermarkPolicyXMLParser::DeleteInstance();
       return -2;
     }
-    RegisterEntries(policyId, settings, printers, printerCount);
+    RegisterEntries(policyId, settings, {printers, printerCount});
   } catch (...) {
     Log(kThrown);
     result = -3;

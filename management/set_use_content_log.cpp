@@ -1,6 +1,5 @@
 #include "management/set_use_content_log.h"
 
-#include "component/operation_sigil_settings.h"
 #include "management/pass.h"
 
 namespace SigilSettingManagement {
@@ -21,10 +20,11 @@ constexpr LogMessage kThrown = {5, 153100530, kPass,
 }  // namespace
 
 int SetUseContentLog(bool useContentLog) {
-  PassHoldings held;
+  CPassHoldings held;
   try {
     if (!held.TakeMutex()) return held.Stop(kNoMutex, kNoMutexResult);
     OperationSigilSettings settings;
+    held.Keep(settings);
     if (!settings.CreateInstance()) return held.Stop(kNoInstance, -1);
 
     settings.SigilLock();
@@ -37,8 +37,8 @@ int SetUseContentLog(bool useContentLog) {
     Log(kDone, useContentLog);
     return 0;
   } catch (...) {
-    return held.Stop(kThrown, -3);
   }
+  return held.Abandon(kThrown);
 }
 
 }  // namespace SigilSettingManagement

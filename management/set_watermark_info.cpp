@@ -45,7 +45,8 @@ GuidList MakeWatermarks(CWatermarkPolicyXMLParser& parser, int policyId,
   GuidList made;
   for (const CString& elementId : elementIds) {
     GUID id = {};
-    if (SetSortingWatermarkInfo(elementId, printerSettings, &id)) made.push_back(id);
+    if (SetSortingWatermarkInfo(elementId, printerSettings, &id) && Sigil::IsFilled(id))
+      made.push_back(id);
   }
   return made;
 }
@@ -60,7 +61,7 @@ void Activate(Sigil::LastSetting& setting, const GuidList& watermarks, bool outO
 
 void ActivateCustomSetting(Sigil::PrinterSettings& printerSettings, const GuidList& watermarks,
                            bool outOfScope) {
-  Sigil::Reference<Sigil::LastSetting> setting;
+  Sigil::CReference<Sigil::LastSetting> setting;
   if (Sigil::Failed(printerSettings.GetCustomSetting(kCustomSetting, setting.Out())))
     printerSettings.CreateCustomSetting(setting.Out());
   if (!setting) return;
@@ -70,7 +71,7 @@ void ActivateCustomSetting(Sigil::PrinterSettings& printerSettings, const GuidLi
 
 void ActivateLastSetting(Sigil::PrinterSettings& printerSettings, const GuidList& watermarks,
                          bool outOfScope) {
-  Sigil::Reference<Sigil::LastSetting> setting;
+  Sigil::CReference<Sigil::LastSetting> setting;
   if (Sigil::Failed(printerSettings.GetLastSetting(setting.Out())) || !setting) {
     Log(kNoLastSetting);
     return;

@@ -19,17 +19,17 @@ constexpr LogMessage kNoInstance = {
     L"Sigilインスタンス取得に失敗したため、全プリンタ透かし情報設定処理を中断"};
 constexpr ExclusionWalkMessages kWalk = {
     {2, 153100640, kPass, L"[%03d]除外プリンターチェック：[プリンタ名：%s]"},
-    {{1, 153100710, kPass, L"プリンタコメント無し"},
-     {1, 153100720, kPass, L"プリンタコメントに監視対象コメント無し"},
-     {1, 153100730, kPass, L"プリンタコメントに監視対象コメント有り"}}};
+    {1, 153100710, kPass, L"プリンタコメント無し"},
+    {1, 153100720, kPass, L"プリンタコメントに監視対象コメント無し"},
+    {1, 153100730, kPass, L"プリンタコメントに監視対象コメント有り"}};
 constexpr LogMessage kRegistered = {2, 153100620, kPass, L"透かし情報登録処理に成功しました。"};
 constexpr LogMessage kNotRegistered = {4, 153100630, kPass, L"透かし情報設定処理に失敗しました。"};
 constexpr LogMessage kThrown = {4, 153100160, kPass, L"全プリンタ透かし情報設定処理に失敗しました"};
 
 /// Registers the policy and saves the exclude entries with it; 0 or -4.
 int RegisterAndSave(int policyId, const wchar_t* policyXml, OperationSigilSettings& settings,
-                    const PrinterList& printers) {
-  if (RegisterWatermarkInfo(policyId, policyXml, settings, printers.Records(), printers.Count()) !=
+                    const CPrinterList& printers) {
+  if (RegisterWatermarkInfo(policyId, policyXml, settings, printers.begin(), printers.Count()) !=
       0) {
     Log(kNotRegistered);
     return -4;
@@ -42,7 +42,7 @@ int RegisterAndSave(int policyId, const wchar_t* policyXml, OperationSigilSettin
 }  // namespace
 
 int UpdateWaterMarkSetting(int policyId, const wchar_t* policyXml) {
-  PassHoldings held;
+  CPassHoldings held;
   try {
     if (!held.Printers().Read()) return held.Stop(kNoPrinters, -1);
     // Fills the user information file, from which the texts take the user's name.
@@ -51,6 +51,7 @@ int UpdateWaterMarkSetting(int policyId, const wchar_t* policyXml) {
 
     if (!held.TakeMutex()) return held.Stop(kNoMutex, kNoMutexResult);
     OperationSigilSettings settings;
+    held.Keep(settings);
     if (!settings.CreateInstance()) return held.Stop(kNoInstance, -2);
 
     settings.SigilLock();
@@ -64,8 +65,8 @@ int UpdateWaterMarkSetting(int policyId, const wchar_t* policyXml) {
     held.GiveBack();
     return result;
   } catch (...) {
-    return held.Stop(kThrown, -3);
   }
+  return held.Abandon(kThrown);
 }
 
 }  // namespace SigilSettingManagement

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "host/folders.h"
 #include "platform/codepage.h"
 #include "platform/crt.h"
 #include "platform/crypt.h"
+#include "platform/owner.h"
 #include "policy/aes.h"
 
 namespace {
@@ -18,9 +18,9 @@ constexpr INT_PTR kVectorSize = 16;
 constexpr INT_PTR kDigestSize = 16;
 constexpr INT_PTR kWorkBufferSize = 2048;
 
-struct CloseStream {
-  void operator()(std::FILE* stream) const { std::fclose(stream); }
-};
+constexpr auto kCloseStream = [](std::FILE* stream) { std::fclose(stream); };
+constexpr auto kReleaseProvider = [](HCRYPTPROV provider) { CryptReleaseContext(provider, 0); };
+constexpr auto kDestroyHash = [](HCRYPTHASH hash) { CryptDestroyHash(hash); };
 
 /// Reads into the chunk from its start; the number of bytes read, short only at the file's end.
 INT_PTR ReadChunk(std::FILE* file, CByteArray& chunk) {
@@ -34,30 +34,17 @@ INT_PTR ReadChunk(std::FILE* file, CByteArray& chunk) {
   return count;
 }
 
-/// An MD5 hash of the cryptographic service and the provider that it needs.
-class Md5 {
- public:
-  Md5() = default;
-  Md5(const Md5&) = delete;
-  Md5& operator=(const Md5&) = delete;
-  ~Md5() {
-    if (m_hHash != 0) CryptDestroyHash(m_hHash);
-    if (m_hProvider != 0) CryptReleaseContext(m_hProvider, 0);
-  }
-
-  bool Digest(const BYTE* bytes, DWORD count, BYTE (&digest)[kDigestSize]) {
-    DWORD size = kDigestSize;
-    return CryptAcquireContextW(&m_hProvider, nullptr, nullptr, PROV_RSA_FULL,
-                                CRYPT_VERIFYCONTEXT | CRYPT_MACHINE_KEYSET) &&
-           CryptCreateHash(m_hProvider, CALG_MD5, 0, 0, &m_hHash) &&
-           CryptHashData(m_hHash, bytes, count, 0) &&
-           CryptGetHashParam(m_hHash, HP_HASHVAL, digest, &size, 0);
-  }
-
- private:
-  HCRYPTPROV m_hProvider = 0;
-  HCRYPTHASH m_hHash = 0;
-};
+/// The MD5 digest (RFC 1321) of the bytes, by the cryptographic service; false when it gives none.
+bool Digest(const BYTE* bytes, DWORD count, BYTE (&digest)[kDigestSize]) {
+  Owner<HCRYPTPROV, kReleaseProvider> provider;
+  Owner<HCRYPTHASH, kDestroyHash> hash;
+  DWORD size = kDigestSize;
+  return CryptAcquireContextW(provider.Out(), nullptr, nullptr, PROV_RSA_FULL,
+                              CRYPT_VERIFYCONTEXT | CRYPT_MACHINE_KEYSET) &&
+         CryptCreateHash(provider.Get(), CALG_MD5, 0, 0, hash.Out()) &&
+         CryptHashData(hash.Get(), bytes, count, 0) &&
+         CryptGetHashParam(hash.Get(), HP_HASHVAL, digest, &size, 0);
+}
 
 /// Takes the digits in order and lays them on the even positions first, then on the odd ones. More
 /// positions than digits raise the array's exception.
@@ -82,15 +69,14 @@ CPolicyFileCipher::CPolicyFileCipher()
 int CPolicyFileCipher::DecryptFile(const CString& path, CString& text) const {
   CFileStatus status;
   if (!CFile::GetStatus(path, status)) return 1;
-  std::FILE* opened = nullptr;
-  if (_wfopen_s(&opened, path, L"rb") != 0) return 1;
-  const std::unique_ptr<std::FILE, CloseStream> file(opened);
+  Owner<std::FILE*, kCloseStream> file;
+  if (_wfopen_s(file.Out(), path, L"rb") != 0) return 1;
 
   CByteArray chunk;
   for (bool ended = false; !ended;) {
     chunk.RemoveAll();
     chunk.SetSize(kChunkSize);
-    const INT_PTR count = ReadChunk(file.get(), chunk);
+    const INT_PTR count = ReadChunk(file.Get(), chunk);
     if (count == 0) break;
     // The zeros behind the file's end are decrypted with the rest.
     text += DecryptChunk(chunk);
@@ -167,7 +153,7 @@ CString CPolicyFileCipher::HashHex(const CString& text) {
   if (length == 0) return CString();
   if (length > kWorkBufferSize) AfxThrowInvalidArgException();
   BYTE digest[kDigestSize] = {};
-  if (!Md5().Digest(buffer, static_cast<DWORD>(length), digest)) return CString();
+  if (!Digest(buffer, static_cast<DWORD>(length), digest)) return CString();
 
   CString hex;
   for (const BYTE byte : digest) {

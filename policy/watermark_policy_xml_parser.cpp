@@ -53,10 +53,10 @@ CString TextOf(const IXMLDOMElementPtr& element) {
 
 }  // namespace
 
-CWatermarkPolicyXMLParser::Apartment::Apartment() : m_bOpen(SUCCEEDED(CoInitialize(nullptr))) {}
+CWatermarkPolicyXMLParser::CApartment::CApartment() : m_bOpen(SUCCEEDED(CoInitialize(nullptr))) {}
 
 // COM that did not open here is the host's own, in another mode, and stays.
-CWatermarkPolicyXMLParser::Apartment::~Apartment() {
+CWatermarkPolicyXMLParser::CApartment::~CApartment() {
   if (m_bOpen) CoUninitialize();
 }
 

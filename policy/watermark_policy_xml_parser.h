@@ -46,12 +46,12 @@ class CWatermarkPolicyXMLParser {
 
  private:
   /// COM on this thread, for as long as this lives.
-  class Apartment {
+  class CApartment {
    public:
-    Apartment();
-    Apartment(const Apartment&) = delete;
-    Apartment& operator=(const Apartment&) = delete;
-    ~Apartment();
+    CApartment();
+    CApartment(const CApartment&) = delete;
+    CApartment& operator=(const CApartment&) = delete;
+    ~CApartment();
     bool IsOpen() const { return m_bOpen; }
 
    private:
@@ -63,7 +63,7 @@ class CWatermarkPolicyXMLParser {
   CString SingleText(const CString& query);
 
   // In this order: root and document are released, in that order, before COM is given back.
-  Apartment m_apartment;
+  CApartment m_apartment;
   IXMLDOMDocument2Ptr m_pDocument;
   IXMLDOMElementPtr m_pRoot;
   CString m_strOuterName;
