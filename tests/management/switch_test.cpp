@@ -43,7 +43,7 @@ TEST_F(Switch, ScopeDecidesWhatFollows) {
     const bool service = test.run == SigilSettingReleaseWaterMarkForService;
     const bool set = test.run == SigilSettingSetWaterMark;
     EXPECT_EQ(test.run(), set || service ? 0 : -2);
-    ExpectRecord((service ? "" : m_told("function read", {"1"})) +
+    ExpectRecord((service ? Told("") : m_told("function read", {"1"})) +
                  m_told("walk begun", {test.read}) + m_told(test.defaultEntry, {"*"}) +
                  m_told(test.printer, {"会議室"}) + m_told("walk done") +
                  m_told(service ? "service done"

@@ -42,7 +42,7 @@ TEST_F(UpdatePass, AWholePolicyReachesEveryEntry) {
   RecorderSetState(L"printer settings", L"古い\n会議室");
   RecorderSetState(L"driver settings", kSuiteDriver);
   RecorderSetState(L"watermarks *", L"2");
-  EXPECT_EQ(Update(platform::FromUtf8(m_told("document"))), 0);
+  EXPECT_EQ(Update(platform::FromUtf8(m_told("document").text)), 0);
   ExpectRecord(m_told("whole policy", {SettingFile()}));
 }
 
@@ -58,8 +58,8 @@ TEST_F(UpdatePass, ScopeDecidesWhichEntriesAreSwitchedOn) {
     machine.RememberFullName(L"山田 花子");
     machine.SetPrinters({kOurs});
     EXPECT_EQ(Update(Policy(3, test.scope, {kBare})), 0);
-    ExpectRecord(m_told("begin") + m_told("bare entry", {"*", "1", test.defaultEntry}) +
-                 m_told("bare entry", {"会議室", "2", test.printer}) + m_told("end"));
+    ExpectRecord(m_told("begin") + m_told(std::string("bare entry ") + test.defaultEntry, {"*", "1"}) +
+                 m_told(std::string("bare entry ") + test.printer, {"会議室", "2"}) + m_told("end"));
   }
 }
 
@@ -118,8 +118,8 @@ TEST_F(UpdatePass, EachFailureInAnEntryStaysInThatEntry) {
 TEST_F(UpdatePass, ValuesArePulledToTheirBounds) {
   TestMachine machine;
   machine.RememberFullName(L"山田 花子");
-  EXPECT_EQ(Update(platform::FromUtf8(m_told("document of values"))), 0);
-  std::istringstream calls(m_told("values"));
+  EXPECT_EQ(Update(platform::FromUtf8(m_told("document of values").text)), 0);
+  std::istringstream calls(m_told("values").text);
   for (std::string call; std::getline(calls, call);)
     ExpectLinesWith({call.substr(0, call.find('(') + 1)}, call);
 }

@@ -24,7 +24,7 @@ class PolicyReader : public testing::Test {
   ~PolicyReader() override { CWatermarkPolicyXMLParser::DeleteInstance(); }
 
   static CWatermarkPolicyXMLParser* Reader() { return CWatermarkPolicyXMLParser::GetInstance(); }
-  int LoadDocument() { return Reader()->SetXmlData(Wide(m_told("document")).c_str()); }
+  int LoadDocument() { return Reader()->SetXmlData(Wide(m_told("document").text).c_str()); }
   static std::wstring Wide(const std::string& text) { return platform::FromUtf8(text); }
 
   const Transcript m_told{{"policy/transcripts/reader"}};

@@ -37,9 +37,10 @@ Transcript::Transcript(const std::vector<std::string>& files) {
     std::string* section = nullptr;
     for (std::string line; std::getline(file, line);) {
       if (line.starts_with("== ")) {
-        const auto [place, isNew] = m_sections.emplace(line.substr(3), "");
-        if (!isNew) throw std::runtime_error("a second section " + line + " in " + name + ".txt");
-        section = &place->second;
+        const Told begun("", name + ".txt " + line);
+        const auto [place, isNew] = m_sections.emplace(line.substr(3), begun);
+        if (!isNew) throw std::runtime_error("a second section: " + begun.place);
+        section = &place->second.text;
       } else if (section != nullptr) {
         *section += line + "\n";
       }
@@ -47,22 +48,27 @@ Transcript::Transcript(const std::vector<std::string>& files) {
   }
 }
 
-std::string Transcript::operator()(const std::string& section, const Values& values) const {
+const Told& Transcript::Find(const std::string& section) const {
   const auto found = m_sections.find(section);
   if (found == m_sections.end()) throw std::runtime_error("no section == " + section);
-  std::string text;
-  std::istringstream lines(found->second);
+  return found->second;
+}
+
+Told Transcript::operator()(const std::string& section, const Values& values) const {
+  const Told& found = Find(section);
+  Told told("", found.place);
+  std::istringstream lines(found.text);
   for (std::string line; std::getline(lines, line);) {
     line = Filled(line, values);
     if (line.starts_with('@')) {
       const Values parts = Parts(line.substr(1));
-      const Values own(parts.begin() + 1, parts.end());
-      text += (*this)(parts[0], own.empty() ? values : own);
-    } else {
-      text += line + "\n";
+      line = Filled(Find(parts[0]).text, {parts.begin() + 1, parts.end()});
+      if (line.starts_with('@') || line.find("\n@") != line.npos)
+        throw std::runtime_error("another section in == " + parts[0]);
     }
+    told.text += line + "\n";
   }
-  return text;
+  return told;
 }
 
 }  // namespace tests

@@ -6,12 +6,14 @@
 //   Settings::GetPrinterSettings("$1")
 //   @saved | $1
 //
-// where $1, $2, ... stand for values, and `@name | value | ...` for another section: with the same
-// values when it gives none. What stands before the first section is a remark.
+// where $1, $2, ... stand for values, and `@name | value | ...` for another section, which holds
+// no such line itself. What stands before the first section is a remark.
 
 #include <map>
 #include <string>
 #include <vector>
+
+#include "tests/support/record.h"
 
 namespace tests {
 
@@ -22,11 +24,13 @@ class Transcript {
   /// Joins the sections of `files`, each a path below the folder of the tests, without its `.txt`.
   explicit Transcript(const std::vector<std::string>& files);
 
-  /// The text of a section with its values. What is missing is an exception.
-  std::string operator()(const std::string& section, const Values& values = {}) const;
+  /// A section with its values. What is missing is an exception.
+  Told operator()(const std::string& section, const Values& values = {}) const;
 
  private:
-  std::map<std::string, std::string> m_sections;
+  const Told& Find(const std::string& section) const;
+
+  std::map<std::string, Told> m_sections;
 };
 
 }  // namespace tests

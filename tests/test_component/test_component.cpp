@@ -2,23 +2,25 @@
 // holds nothing but what the recorder's state tells:
 //
 //   "setting folder"      what GetSettingFileDir gives
+//   "told length"         the length that it tells beside the text, where not the text's own
 //   "printer settings"    names, one a line; also "driver settings"
 //   "excludes"            a number of entries; also "second excludes"
 //   "watermarks NAME"     a number of watermarks in the record of that name
+//   "no GUIDs"            set: a watermark's GUID is never written, whatever the result
 //
 // A GUID is recorded as its letter and number: E and S for exclude entries, A for an added one, O
 // for the watermarks a record holds, W for new ones. State never changes by itself.
 //
 // Scripted results: a negative one hands out no object, any other does, also where the interface
-// takes only 0 for success. A scripted throw leaves the component as an exception, which works
-// only where modules share their C++ library.
+// takes only 0 for success. A scripted throw leaves the component as an exception of a class of its
+// own, whose destructor is gone with the library; this works only where modules share their C++
+// library. A Release that throws has released.
 
 #include <charconv>
 #include <concepts>
 #include <cstring>
 #include <cwchar>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -84,8 +86,17 @@ std::wstring ShowAll(const Args&... args) {
   return text;
 }
 
+/// What a scripted throw throws. It counts as alive, so one that never ends shows.
+class Thrown {
+ public:
+  Thrown() { RecorderLive(+1); }
+  Thrown(const Thrown&) : Thrown() {}
+  Thrown& operator=(const Thrown&) = delete;
+  ~Thrown() { RecorderLive(-1); }
+};
+
 Result Ask(const std::wstring& operation, const std::wstring& line, Result usual) {
-  if (!RecorderCall(operation.c_str(), line.c_str(), &usual)) throw std::runtime_error("scripted");
+  if (!RecorderCall(operation.c_str(), line.c_str(), &usual)) throw Thrown();
   return usual;
 }
 
@@ -102,6 +113,10 @@ std::vector<std::wstring> StateLines(const wchar_t* name) {
 
 Result LineCount(const wchar_t* name) {
   return static_cast<Result>(StateLines(name).size());
+}
+
+bool WritesGuids() {
+  return *RecorderState(L"no GUIDs") == L'\0';
 }
 
 /// Hands a text out as the component does: too small a buffer is left alone.
@@ -136,9 +151,11 @@ class Recorded : public Interface {
   }
   std::uint32_t Release() override {
     const std::uint32_t left = --m_references;
+    const std::wstring operation = m_kind + L"::Release";
     const std::wstring rest = left == 0 ? L"" : L" leaves " + std::to_wstring(left);
-    RecorderAdd((m_shown + L"::Release()" + rest).c_str());
+    const std::wstring line = m_shown + L"::Release()" + rest;
     if (left == 0) delete this;
+    Ask(operation, line, 0);
     return left;
   }
 
@@ -168,7 +185,7 @@ class TestWatermark : public Recorded<Sigil::Watermark> {
 
   Result GetId(GUID* guid) override {
     const Result result = Call(__func__, guid);
-    if (!Sigil::Failed(result)) *guid = m_guid;
+    if (!Sigil::Failed(result) && WritesGuids()) *guid = m_guid;
     return result;
   }
   Result SetName(Text text) override { return Call(__func__, text); }
@@ -228,7 +245,7 @@ class TestPrinterSettings : public Recorded<Sigil::PrinterSettings> {
   Result GetWatermarkInfo(Number index, GUID* guid, wchar_t* buffer, Size capacity) override {
     const Result result = Call(__func__, index, guid, buffer, capacity);
     if (Sigil::Failed(result)) return result;
-    *guid = MakeGuid(L'O', static_cast<unsigned>(index) + 1);
+    if (WritesGuids()) *guid = MakeGuid(L'O', static_cast<unsigned>(index) + 1);
     std::wmemset(buffer, L'透', capacity);  // the whole capacity, so that a short buffer shows
     buffer[capacity] = L'\0';
     return result;
@@ -254,7 +271,11 @@ class TestSettings : public Recorded<Sigil::Settings> {
   Result Commit() override { return Call(__func__); }
   Result GetSettingFileDir(wchar_t* buffer, Size* length) override {
     const Result result = Call(__func__, buffer, *length);
-    return result != 0 ? result : GiveText(RecorderState(L"setting folder"), buffer, length);
+    if (result != 0) return result;
+    const Result given = GiveText(RecorderState(L"setting folder"), buffer, length);
+    if (buffer != nullptr && *RecorderState(L"told length") != L'\0')
+      *length = static_cast<Size>(StateNumber(L"told length"));
+    return given;
   }
   Result GetPrinterSettingCount() override {
     return Usual(LineCount(L"printer settings"), __func__);
