@@ -63,6 +63,9 @@ TEST_F(Component, AFailureWhileClearingCostsOneEntry) {
               {"thrown", Gives(L"SigilCreateInstance(String)", 2, -1), path},
               {"all", Gives(L"SigilCreateInstance(String)", 0, 1), path},
               {"component that throws", Throws(L"Settings::DeletePrinterSetting", 2), path},
+              // Three names are listed by a passing object each, then comes the copy of each.
+              {"thrown", Throws(L"String::Release", 1), path},
+              {"name that is not given back", Throws(L"String::Release", 5), path},
               {"all", Fault("SHGetKnownFolderPath"), local},
               {"all", Fault("SHGetKnownFolderPath") + Fault("SHGetSpecialFolderPathW"), kRelative}};
   for (const auto& row : rows) {
@@ -113,6 +116,10 @@ TEST_F(Component, OnlyTheSecondCallForTheFolderDecidesAndNothingIsCut) {
       {"no folder", kSettingFolder, Gives(L"Settings::GetSettingFileDir", 2, -1)},
       {"neither", kSettingFolder, Gives(L"Settings::GetSettingFileDir", 0, -1)},
       {"folder got", fits, {}},
+      {"folder got", fits, Holds(L"told length", L"0")},
+      {"folder got", fits, Holds(L"told length", L"255")},
+      {"folder got", fits, Holds(L"told length", L"5000")},
+      {"no folder", fits + L"\\", Holds(L"told length", L"256")},
       {"no folder", fits + L"\\", {}},
       {"no folder", std::wstring(5000, L'x'), {}}};
   for (const auto& row : rows) {

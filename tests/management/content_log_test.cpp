@@ -22,6 +22,7 @@ TEST_F(ContentLog, EachFailureHasItsRecord) {
       {"no mutex", Fault("CreateMutexW"), -101},
       {"failed wait", Fault("WaitForSingleObject"), -101},
       {"no library", Fault("LoadLibraryW"), -101},
+      {"no library", Fault("GetModuleFileNameW"), -101},
       {"no entry point", Fault("GetProcAddress"), -101},
       {"only the entry point that is used", Fault("GetProcAddress", 1), 0},
       {"instance refused", Gives(L"SigilCreateInstance", 1, -5), -101},
@@ -37,7 +38,11 @@ TEST_F(ContentLog, EachFailureHasItsRecord) {
       {"no access list", Fault("SetSecurityDescriptorDacl"), 0},
       {"exception while creating the instance", Throws(L"SigilCreateInstance"), -101},
       {"exception while locking", Throws(L"Settings::Lock"), -101},
-      {"exception while saving", Throws(L"Settings::Save"), -101}};
+      {"exception while saving", Throws(L"Settings::Save"), -101},
+      {"exception while saving", Throws(L"Settings::Save") + Throws(L"Settings::Release"), -101},
+      {"exception while releasing", Throws(L"Settings::Release"), -101},
+      {"exception after an early end",
+       Gives(L"SigilCreateInstance", 1, 1) + Throws(L"Settings::Release"), -101}};
   ExpectRows(
       m_told, rows, [](TestMachine&) {}, [] { return SigilSettingSetUseContentLog(true); });
 }

@@ -77,6 +77,12 @@ TEST_F(Switch, EachFailureHasItsRecord) {
       {"policy file not opened", Fault("_wfopen_s"), -101},
       {"printers not listed", Fault("EnumPrintersW", 1), -101},
       {"exception in the walk", Throws(L"LastSetting::SetEnable"), -101},
+      {"exception in the walk", Throws(L"LastSetting::Release"), -101},
+      {"exception in the walk",
+       Throws(L"LastSetting::SetEnable") + Throws(L"LastSetting::Release") +
+           Throws(L"PrinterSettings::Release"),
+       -101},
+      {"exception while a record is given back", Throws(L"PrinterSettings::Release"), -101},
       // In an entry: the others follow. The default entry comes first and is not counted.
       {"default entry refused", Gives(L"Settings::GetPrinterSettings", 1, 1), 0},
       {"printer refused", Gives(L"Settings::GetPrinterSettings(\"会議室\")", 1, -1), -101},

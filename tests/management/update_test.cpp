@@ -58,8 +58,9 @@ TEST_F(UpdatePass, ScopeDecidesWhichEntriesAreSwitchedOn) {
     machine.RememberFullName(L"山田 花子");
     machine.SetPrinters({kOurs});
     EXPECT_EQ(Update(Policy(3, test.scope, {kBare})), 0);
-    ExpectRecord(m_told("begin") + m_told(std::string("bare entry ") + test.defaultEntry, {"*", "1"}) +
-                 m_told(std::string("bare entry ") + test.printer, {"会議室", "2"}) + m_told("end"));
+    ExpectRecord(
+        m_told("begin") + m_told(std::string("bare entry ") + test.defaultEntry, {"*", "1"}) +
+        m_told(std::string("bare entry ") + test.printer, {"会議室", "2"}) + m_told("end"));
   }
 }
 
@@ -74,6 +75,9 @@ TEST_F(UpdatePass, EachFailureOfThePassHasItsRecord) {
       {"no document service", Fault("CoCreateInstance"), -101},
       {"exception in the walk", Throws(L"Settings::GetPrinterSettings(\"会議室\")"), -101},
       {"exception with a record in hand", Throws(L"PrinterSettings::Commit"), -101},
+      {"exception with a record in hand",
+       Throws(L"PrinterSettings::Commit") + Throws(L"PrinterSettings::Release"), -101},
+      {"exception while a record is given back", Throws(L"PrinterSettings::Release"), -101},
       {"no default entry", Gives(L"Settings::GetPrinterSettings(\"*\")", 1, 1), 0},
       {"no entry for a printer", Gives(L"Settings::GetPrinterSettings(\"会議室\")", 1, -1), 0},
       {"no record saved", Gives(L"PrinterSettings::Save", 0, -1), 0},
@@ -96,9 +100,11 @@ TEST_F(UpdatePass, EachFailureInAnEntryStaysInThatEntry) {
        0},
       {"no watermark", Gives(L"PrinterSettings::CreateWatermark", 1, -1), 0},
       {"exception in a mapping", Throws(L"Watermark::SetText"), 0},
+      {"exception while a watermark is given back", Throws(L"Watermark::Release"), 0},
       {"exception while old watermarks are listed", Throws(L"PrinterSettings::GetWatermarkCount"),
        0},
       {"exception in the custom setting", Throws(L"CustomSetting::SetName"), 0},
+      {"exception while the last setting is given back", Throws(L"LastSetting::Release"), 0},
       {"results that nobody reads",
        Gives(L"PrinterSettings::Commit", 0, -1) + Gives(L"CustomSetting::SetName", 0, -1) +
            Gives(L"CustomSetting::SetEnable", 0, -1) + Gives(L"LastSetting::SetWatermarks", 0, -1) +
@@ -113,6 +119,20 @@ TEST_F(UpdatePass, EachFailureInAnEntryStaysInThatEntry) {
   const auto stamp = [](const wchar_t* id) { return Policy(3, L"0", {{id, {{L"Kind", L"1"}}}}); };
   Check({{"no stamp", Gives(L"PrinterSettings::CreateWatermark", 0, -1), 0}}, stamp(L"S"));
   Check({{"stamp without ID", {}, 0}}, stamp(L""));
+}
+
+TEST_F(UpdatePass, AGuidThatIsNotWrittenIsNone) {
+  TestMachine machine;
+  machine.RememberFullName(L"山田 花子");
+  RecorderSetState(L"watermarks *", L"2");
+  RecorderSetState(L"no GUIDs", L"1");
+  EXPECT_EQ(Update(Policy(3, L"0", {kBare})), 0);
+  ExpectLinesWith({"GetWatermarkInfo(", "DeleteWatermark(", "SetWatermarks(", "SetEnable("}, R"(
+PrinterSettings[*]::GetWatermarkInfo(0, guid, buffer, 255)
+PrinterSettings[*]::GetWatermarkInfo(1, guid, buffer, 255)
+CustomSetting[*]::SetEnable(0)
+LastSetting[*]::SetEnable(0)
+)");
 }
 
 TEST_F(UpdatePass, ValuesArePulledToTheirBounds) {
