@@ -129,6 +129,39 @@ TEST_F(Component, OnlyTheSecondCallForTheFolderDecidesAndNothingIsCut) {
   }
 }
 
+TEST_F(Component, TellsWhatNoPassReads) {
+  using Handle = OperationSigilSettings;
+  const Twists unsaved = Gives(L"Settings::Save", 0, -1);
+  const struct {
+    Twists twists;
+    bool result;
+    bool (*ask)(Handle& handle);
+  } rows[] = {{{}, true, [](Handle& handle) { return handle.SaveCfg(); }},
+              {unsaved, false, [](Handle& handle) { return handle.SaveCfg(); }},
+              {{}, true, [](Handle& handle) { return handle.AllDeleteExclude(); }},
+              {unsaved, false, [](Handle& handle) { return handle.AllDeleteExclude(); }},
+              {{}, true, [](Handle& handle) { return handle.AllDeletePrinterSetting(); }},
+              {Throws(L"Settings::GetDriverSettingCount"), false,
+               [](Handle& handle) { return handle.AllDeletePrinterSetting(); }},
+              {{}, true, [](Handle& handle) { return handle.ClearWatermark(L"*"); }},
+              {Gives(L"PrinterSettings::Save", 1, -1), false,
+               [](Handle& handle) { return handle.ClearWatermark(L"*"); }},
+              {Gives(L"Settings::GetPrinterSettings", 1, -1), false,
+               [](Handle& handle) { return handle.ClearWatermark(L"*"); }},
+              {{}, false, [](Handle& handle) {
+                 handle.ReleaseInstance();
+                 return handle.SaveCfg();
+               }}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    TestMachine machine;
+    OperationSigilSettings handle;
+    ASSERT_TRUE(handle.CreateInstance());
+    if (!Apply(row.twists)) continue;
+    EXPECT_EQ(row.ask(handle), row.result);
+  }
+}
+
 TEST_F(Component, AStringIsAnObjectOfItAndSoIsEachCopy) {
   TestMachine machine;
   EXPECT_THROW(Sigil::CSigilString(L"甲"), Sigil::SigilResult) << "nobody has loaded it";
