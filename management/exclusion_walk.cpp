@@ -6,20 +6,11 @@ namespace SigilSettingManagement {
 namespace {
 
 bool IsExcludedPrinter(const PRINTER_INFO_2W& printer, const ExclusionWalkMessages& messages) {
-  switch (KindOf(printer)) {
-    case PrinterKind::kSuite:
-      return false;
-    case PrinterKind::kNoComment:
-      Log(messages.noComment);
-      return true;
-    case PrinterKind::kNotMarked:
-      Log(messages.notMonitored);
-      return true;
-    case PrinterKind::kMonitored:
-      Log(messages.monitored);
-      return false;
-  }
-  return false;
+  const PrinterKind kind = KindOf(printer);
+  if (kind == PrinterKind::kNoComment) Log(messages.noComment);
+  if (kind == PrinterKind::kNotMarked) Log(messages.notMonitored);
+  if (kind == PrinterKind::kMonitored) Log(messages.monitored);
+  return kind == PrinterKind::kNoComment || kind == PrinterKind::kNotMarked;
 }
 
 }  // namespace

@@ -53,16 +53,15 @@ CString TextOf(const IXMLDOMElementPtr& element) {
 
 }  // namespace
 
-CWatermarkPolicyXMLParser::CApartment::CApartment() : m_bOpen(SUCCEEDED(CoInitialize(nullptr))) {}
-
-// COM that did not open here is the host's own, in another mode, and stays.
-CWatermarkPolicyXMLParser::CApartment::~CApartment() {
-  if (m_bOpen) CoUninitialize();
+// COM that did not open is the host's own, in another mode, and stays.
+void CloseCom(bool /*isOpen*/) {
+  CoUninitialize();
 }
 
 CWatermarkPolicyXMLParser::CWatermarkPolicyXMLParser(const CString& outerName,
-                                                     const CString& innerName) {
-  if (!m_apartment.IsOpen()) return;
+                                                     const CString& innerName)
+    : m_bComIsOpen(SUCCEEDED(CoInitialize(nullptr))) {
+  if (!m_bComIsOpen) return;
   m_pDocument = CreateDocument();
   _com_util::CheckError(m_pDocument->put_async(VARIANT_FALSE));
   m_strOuterName = outerName;

@@ -10,7 +10,11 @@
 #include <vector>
 
 #include "platform/mfc.h"
+#include "platform/owner.h"
 #include "platform/xml.h"
+
+/// Gives back one CoInitialize of this thread that went well.
+void CloseCom(bool isOpen);
 
 class CWatermarkPolicyXMLParser {
  public:
@@ -45,25 +49,12 @@ class CWatermarkPolicyXMLParser {
   CString GetWatermarkElement(const CString& elementId, const CString& name);
 
  private:
-  /// COM on this thread, for as long as this lives.
-  class CApartment {
-   public:
-    CApartment();
-    CApartment(const CApartment&) = delete;
-    CApartment& operator=(const CApartment&) = delete;
-    ~CApartment();
-    bool IsOpen() const { return m_bOpen; }
-
-   private:
-    bool m_bOpen;
-  };
-
   int Load(const CString& xml);
   int AppendElementIds(int policyId, std::vector<CString>& elementIds);
   CString SingleText(const CString& query);
 
   // In this order: root and document are released, in that order, before COM is given back.
-  CApartment m_apartment;
+  Owner<bool, CloseCom> m_bComIsOpen;
   IXMLDOMDocument2Ptr m_pDocument;
   IXMLDOMElementPtr m_pRoot;
   CString m_strOuterName;

@@ -8,6 +8,7 @@
 #include <stdlib.h>
 
 #include <fstream>
+#include <functional>
 
 #include "boundary/exports.h"
 #include "component/setting_file_path.h"
@@ -132,33 +133,21 @@ TEST_F(Component, OnlyTheSecondCallForTheFolderDecidesAndNothingIsCut) {
 TEST_F(Component, TellsWhatNoPassReads) {
   using Handle = OperationSigilSettings;
   const Twists unsaved = Gives(L"Settings::Save", 0, -1);
-  const struct {
-    Twists twists;
-    bool result;
-    bool (*ask)(Handle& handle);
-  } rows[] = {{{}, true, [](Handle& handle) { return handle.SaveCfg(); }},
-              {unsaved, false, [](Handle& handle) { return handle.SaveCfg(); }},
-              {{}, true, [](Handle& handle) { return handle.AllDeleteExclude(); }},
-              {unsaved, false, [](Handle& handle) { return handle.AllDeleteExclude(); }},
-              {{}, true, [](Handle& handle) { return handle.AllDeletePrinterSetting(); }},
-              {Throws(L"Settings::GetDriverSettingCount"), false,
-               [](Handle& handle) { return handle.AllDeletePrinterSetting(); }},
-              {{}, true, [](Handle& handle) { return handle.ClearWatermark(L"*"); }},
-              {Gives(L"PrinterSettings::Save", 1, -1), false,
-               [](Handle& handle) { return handle.ClearWatermark(L"*"); }},
-              {Gives(L"Settings::GetPrinterSettings", 1, -1), false,
-               [](Handle& handle) { return handle.ClearWatermark(L"*"); }},
-              {{}, false, [](Handle& handle) {
-                 handle.ReleaseInstance();
-                 return handle.SaveCfg();
-               }}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(&row - rows);
+  const auto clear = [](Handle& handle) { return handle.ClearWatermark(L"*"); };
+  const std::pair<std::function<bool(Handle&)>, Twists> rows[] = {
+      {&Handle::SaveCfg, unsaved},
+      {&Handle::AllDeleteExclude, unsaved},
+      {&Handle::AllDeletePrinterSetting, Throws(L"Settings::GetDriverSettingCount")},
+      {clear, Gives(L"Settings::GetPrinterSettings", 1, -1)},
+      {clear, Gives(L"PrinterSettings::Save", 1, -1)}};
+  for (const auto& [ask, twists] : rows) {
     TestMachine machine;
-    OperationSigilSettings handle;
+    Handle handle;
+    EXPECT_FALSE(handle.SaveCfg()) << "without an instance";
     ASSERT_TRUE(handle.CreateInstance());
-    if (!Apply(row.twists)) continue;
-    EXPECT_EQ(row.ask(handle), row.result);
+    EXPECT_TRUE(ask(handle));
+    const bool fails = Apply(twists);
+    EXPECT_EQ(ask(handle), !fails);
   }
 }
 

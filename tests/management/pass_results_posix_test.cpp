@@ -1,7 +1,8 @@
-// What a pass gives back. Its export turns every failure into one result, so only here the numbers
-// can be told apart.
+// What passes and their steps give back. The exports turn every failure into one result, so only
+// here the numbers can be told apart.
 
 #include "host/printers.h"
+#include "management/element_mapping.h"
 #include "management/register_watermark_info.h"
 #include "management/set_use_content_log.h"
 #include "management/set_watermark_all_printer.h"
@@ -18,86 +19,87 @@ namespace {
 
 using namespace SigilSettingManagement;
 
-const Twists kNoMutex = Fault("CreateMutexW"), kNoPrinters = Fault("EnumPrintersW", 1),
-             kNoInstance = Gives(L"SigilCreateInstance", 0, -1),
-             kThrown = Throws(L"Settings::Lock");
-
-void Deliver(TestMachine& machine) {
-  machine.SetPrinters({{L"甲", kSuiteDriver, std::nullopt}, {L"乙", kSuiteDriver, std::nullopt}});
-  machine.Write(kPolicyFile, SealPolicy(platform::ToUtf8(Policy(1, L"0", {}))));
-}
-
-struct Result {
-  Twists twists;
-  int result;
-};
-
+/// Each run meets a fresh machine with two printers of the suite and a delivered policy.
 template <class Pass>
-void ExpectResults(const std::vector<Result>& rows, Pass pass) {
-  for (const Result& row : rows) {
-    SCOPED_TRACE(&row - rows.data());
+void ExpectResults(const std::vector<std::pair<int, Twists>>& rows, Pass pass) {
+  for (const auto& [result, twists] : rows) {
     TestMachine machine;
-    Deliver(machine);
-    Apply(row.twists);
-    EXPECT_EQ(pass(), row.result);
+    machine.SetPrinters({{L"甲", kSuiteDriver, std::nullopt}, {L"乙", kSuiteDriver, std::nullopt}});
+    machine.Write(kPolicyFile, SealPolicy(platform::ToUtf8(Policy(1, L"0", {}))));
+    Apply(twists);
+    EXPECT_EQ(pass(), result);
     CWatermarkPolicyXMLParser::DeleteInstance();
   }
 }
 
-TEST(PassResults, TellWhatEndedThePass) {
-  ExpectResults({{{}, 0}, {kNoMutex, -99}, {kNoInstance, -1}, {kThrown, -3}},
+TEST(Results, TellWhatEndedAPass) {
+  const Twists noMutex = Fault("CreateMutexW"), noPrinters = Fault("EnumPrintersW", 1);
+  const Twists noInstance = Gives(L"SigilCreateInstance", 0, -1);
+  const Twists thrown = Throws(L"Settings::Lock");
+  ExpectResults({{0, {}}, {-99, noMutex}, {-1, noInstance}, {-3, thrown}},
                 [] { return SetUseContentLog(true); });
-  ExpectResults({{{}, 0}, {kNoPrinters, -1}, {kNoMutex, -99}, {kNoInstance, -2}, {kThrown, -3}},
+  ExpectResults({{0, {}}, {-1, noPrinters}, {-99, noMutex}, {-2, noInstance}, {-3, thrown}},
                 UpdateExcludePrinter);
-  ExpectResults({{{}, 0},
-                 {kNoPrinters, -1},
-                 {kNoMutex, -99},
-                 {kNoInstance, -2},
-                 {kThrown, -3},
-                 {Fault("_wfopen_s"), -4},
-                 {Gives(L"PrinterSettings::GetLastSetting", 2, -1), 1},
-                 {Gives(L"PrinterSettings::GetLastSetting", 0, -1), 2}},
+  ExpectResults({{0, {}},
+                 {-1, noPrinters},
+                 {-99, noMutex},
+                 {-2, noInstance},
+                 {-3, thrown},
+                 {-4, Fault("_wfopen_s")},
+                 {1, Gives(L"PrinterSettings::GetLastSetting", 2, -1)},
+                 {2, Gives(L"PrinterSettings::GetLastSetting", 0, -1)}},
                 [] { return SetWatermarkAllPrinter(true, false); });
-  const std::wstring policy = Policy(1, L"0", {});
-  ExpectResults({{{}, 0},
-                 {kNoPrinters, -1},
-                 {kNoMutex, -99},
-                 {kNoInstance, -2},
-                 {kThrown, -3},
-                 {Throws(L"Settings::GetPrinterSettings"), -4}},
-                [&] { return UpdateWaterMarkSetting(1, policy.c_str()); });
-  // An object of the cleared names that throws when all is deleted.
-  ExpectResults({{Holds(L"printer settings", L"古い") + Throws(L"String::Release", 3), -3}},
-                [&] { return UpdateWaterMarkSetting(1, policy.c_str()); });
+  ExpectResults({{0, {}},
+                 {-1, noPrinters},
+                 {-99, noMutex},
+                 {-2, noInstance},
+                 {-3, thrown},
+                 {-4, Throws(L"Settings::GetPrinterSettings")},
+                 // A listed name that throws when the list goes, after all deletions.
+                 {-3, Holds(L"printer settings", L"古い") + Throws(L"String::Release", 3)}},
+                [] { return UpdateWaterMarkSetting(1, Policy(1, L"0", {}).c_str()); });
 }
 
-TEST(PassResults, OfTheRegistrationAndOfItsSteps) {
-  const std::wstring policy = Policy(1, L"0", {{L"E", {}}});
-  const auto registered = [&](const wchar_t* document) {
-    OperationSigilSettings settings;
-    CPrinterList printers;
-    if (!printers.Read() || !settings.CreateInstance()) return 1;
-    return RegisterWatermarkInfo(1, document, settings, printers.begin(), printers.Count());
+TEST(Results, TellWhatEndedAStep) {
+  const auto registered = [](const std::wstring& document) {
+    return [document] {
+      OperationSigilSettings settings;
+      CPrinterList printers;
+      if (!printers.Read() || !settings.CreateInstance()) return 1;
+      return RegisterWatermarkInfo(1, document.c_str(), settings, printers.begin(),
+                                   printers.Count());
+    };
   };
-  ExpectResults({{{}, 0}, {Throws(L"Settings::GetPrinterSettings"), -3}},
-                [&] { return registered(policy.c_str()); });
-  ExpectResults({{{}, -2}}, [&] { return registered(L"<HLE/>"); });
-  const auto inRecord = [&](auto step) {
+  ExpectResults({{0, {}}, {-3, Throws(L"Settings::GetPrinterSettings")}},
+                registered(Policy(1, L"0", {})));
+  ExpectResults({{-2, {}}}, registered(L"<HLE/>"));
+  ExpectResults({{0, {}}, {-2, Throws(L"PrinterSettings::GetLastSetting")}}, [] {
     OperationSigilSettings settings;
     Sigil::CReference<Sigil::PrinterSettings> record;
-    if (!settings.CreateInstance() || !settings.GetPrinterSettingsOpe(L"*", record.Out())) return 9;
-    CWatermarkPolicyXMLParser::GetInstance()->SetXmlData(policy.c_str());
-    return static_cast<int>(step(*record));
-  };
-  ExpectResults({{{}, 0}, {Throws(L"PrinterSettings::GetLastSetting"), -2}}, [&] {
-    return inRecord([](auto& record) { return SetWatermarkInfo(1, record, false); });
+    if (!settings.CreateInstance() || !settings.GetPrinterSettingsOpe(L"*", record.Out())) return 1;
+    return SetWatermarkInfo(1, *record, false);
   });
-  ExpectResults({{{}, 1}, {Throws(L"Watermark::SetName"), 0}}, [&] {
-    return inRecord([](auto& record) {
-      GUID id = {};
-      return SetSortingWatermarkInfo(L"E", record, &id) && Sigil::IsFilled(id);
-    });
-  });
+}
+
+TEST(Results, WithoutAListOrARecordNothingIsDone) {
+  TestMachine machine;
+  {
+    OperationSigilSettings settings;
+    EXPECT_EQ(RegisterWatermarkInfo(1, L"<a/>", settings, nullptr, 0), -1);
+    GUID id{};
+    EXPECT_FALSE(SetHeaderFooterInfo(L"E1", nullptr, &id));
+    EXPECT_FALSE(SetStampInfo(L"E1", nullptr, &id));
+  }
+  CWatermarkPolicyXMLParser::DeleteInstance();
+  ExpectRecord(R"(
+component loaded
+CoInitialize
+5 153100110 SigilSettingManagement::RegisterWatermarkInfo "プリンタ情報取得に失敗したため、全プリンタ透かし情報設定処理を中断"
+4 153100250 SigilSettingManagement::SetHeaderFooterInfo "PrinterSettingsインスタンスが無いため、フッターヘッダー設定処理中断"
+4 153100290 SigilSettingManagement::SetStampInfo "PrinterSettingsインスタンスが無いため、スタンプ設定処理中断"
+component unloaded
+CoUninitialize
+)");
 }
 
 }  // namespace
