@@ -157,7 +157,8 @@ TEST_F(Component, AStringIsAnObjectOfItAndSoIsEachCopy) {
   {
     const OperationSigilSettings handle;
     const Sigil::CSigilString text(L"甲");
-    const Sigil::CSigilString copy(text);
+    Sigil::CSigilString copy(text);
+    copy.Release();
   }
   ExpectRecord(m_told("string and copy"), Hide::kNothing);
 }

@@ -18,7 +18,7 @@ struct Object {
 TEST(Reference, GivesBackOnceWhatItHolds) {
   Object first, second, thrower{.throws = true};
   struct AtTheEnd {
-    ~AtTheEnd() {
+    ~AtTheEnd() noexcept(false) {
       const auto scope = [this] { *Sigil::CReference<Object>().Out() = object; };
       EXPECT_THROW(scope(), Object*) << "its own scope fails, though another is ending too";
     }

@@ -21,7 +21,7 @@ using namespace SigilSettingManagement;
 
 /// Each run meets a fresh machine with two printers of the suite and a delivered policy.
 template <class Pass>
-void ExpectResults(const std::vector<std::pair<int, Twists>>& rows, Pass pass) {
+void ExpectResults(const std::vector<std::pair<int, Twists>>& rows, const Pass& pass) {
   for (const auto& [result, twists] : rows) {
     TestMachine machine;
     machine.SetPrinters({{L"甲", kSuiteDriver, std::nullopt}, {L"乙", kSuiteDriver, std::nullopt}});
