@@ -45,7 +45,9 @@ IXMLDOMDocument2Ptr CreateDocument() {
   return document;
 }
 
-CString TextOf(const IXMLDOMElementPtr& element) {
+/// A node that is no element makes an empty pointer, whose use raises E_POINTER.
+CString TextOf(const IXMLDOMNodePtr& node) {
+  const IXMLDOMElementPtr element = node;
   _bstr_t text;
   _com_util::CheckError(element->get_text(text.GetAddress()));
   return static_cast<const wchar_t*>(text);
@@ -164,8 +166,7 @@ int CWatermarkPolicyXMLParser::AppendElementIds(int policyId, std::vector<CStrin
   for (LONG index = 0; index < count; ++index) {
     IXMLDOMNodePtr node;
     _com_util::CheckError(nodes->get_item(index, &node));
-    const IXMLDOMElementPtr element = node;
-    elementIds.push_back(TextOf(element));
+    elementIds.push_back(TextOf(node));
   }
   return 0;
 }
@@ -201,6 +202,5 @@ CString CWatermarkPolicyXMLParser::SingleText(const CString& query) {
   IXMLDOMNodePtr node;
   _com_util::CheckError(
       m_pRoot->selectSingleNode(_bstr_t(static_cast<const wchar_t*>(query)), &node));
-  const IXMLDOMElementPtr element = node;
-  return element == nullptr ? CString() : TextOf(element);
+  return node == nullptr ? CString() : TextOf(node);
 }

@@ -57,6 +57,7 @@ TEST_F(PolicyReader, AnswersFromTheDocument) {
                   {L"E']/*", L"Kind", "3"},
                   {L"e1", L"Kind", ""},
                   {L"", L"Kind", ""},
+                  {L"E1", L"Kind/text()", ""},  // A node that is no element.
                   // A quote in an ID makes another query of it, or none at all.
                   {L"\" or \"\"=\"", L"Kind", "1"},
                   {L"\"", L"Kind", ""},
