@@ -8,7 +8,12 @@
 // setting file, in all processes, exclude each other. A call waits up to 180 seconds for its turn.
 //
 // Text is NUL-terminated UTF-16, one unit in each wchar_t (on Linux too, where it has 32 bits), and
-// is read during the call only. Nothing is thrown, and nothing is held between two calls.
+// is read during the call only. Nothing is held between two calls.
+//
+// Nothing is thrown. What the Settings component throws fails the pass (-101) where component and
+// library share one C++ run-time, as they do on Linux. On Windows the library has a run-time of its
+// own: a component must let no exception out there, since one can pass by every handler of the
+// library and end the host process.
 //
 // At each call the library loads the Settings component, SigilUtil_x86.dll, from the folder in
 // which the host's own executable lies (on Linux, the file that symbolic links lead to). Without it
@@ -51,25 +56,30 @@ enum SigilSettingResult {
   SIGIL_SETTING_UNREADABLE = -201
 };
 
-/// Switches the watermarks off and tells the control service.
+/// Switches the watermarks off and tells the control service. Needs the delivered policy file with a
+/// scope: without one nothing is changed, and it gives -101.
 /// 0, -101, -200, -201; -1 to -5 when all is switched but telling the service failed: -1 no
 /// security descriptor, -2 no pipe, -3 the write, -4 closing the pipe when it was told, -5 nothing
 /// to say.
 SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingReleaseWaterMark(void);
 
 /// Switches the watermarks on, as the delivered policy's scope says, and tells the control service.
+/// Without a scope nothing is changed, and it gives -101.
 /// 0, -101, -200, -201; a service that was not told changes nothing.
 SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingSetWaterMark(void);
 
 /// Applies policy `policyId` of the document `policyXml` to the default entry and to every printer
 /// of the suite's driver, and rebuilds the exclude list. A non-zero `resetFullName` has the user's
 /// full name looked up anew. The first and third arguments have no effect; the third may be null.
+/// A `policyXml` that is null, empty or no policy document gives -101, but only after the exclude
+/// list and the settings of single printers and drivers were cleared.
 /// 0, -99, -101.
 SIGIL_SETTING_API int SIGIL_SETTING_CALL
 SigilSettingUpdateWaterMarkSetting(unsigned int unused, int policyId, const wchar_t* unusedText,
                                    const wchar_t* policyXml, int resetFullName);
 
-/// Switches the watermarks off and deletes them; asks for no system settings and tells nobody.
+/// Switches the watermarks off and deletes them; asks for no system settings and tells nobody. Needs
+/// the delivered policy file as SigilSettingReleaseWaterMark does.
 /// 0, -101.
 SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingReleaseWaterMarkForService(void);
 
