@@ -1,5 +1,5 @@
-// The life of the library: it registers with the framework and does nothing else. No file is opened
-// and no line logged before the first export is called.
+// The library registers with the framework when it is loaded and does nothing else: no file is
+// opened and no line logged before the first export is called.
 
 #include "platform/mfc.h"
 #include "platform/module.h"
@@ -9,7 +9,7 @@ static AFX_EXTENSION_MODULE g_extensionModule = {};
 extern "C" int WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID /*reserved*/) {
   if (reason == DLL_PROCESS_ATTACH) {
     if (!AfxInitExtensionModule(g_extensionModule, instance)) return 0;
-    // The framework's list owns it; the load goes on without it too.
+    // The framework's list owns the object. Without memory for it the load goes on all the same.
     new CDynLinkLibrary(g_extensionModule, FALSE);
   } else if (reason == DLL_PROCESS_DETACH) {
     AfxTermExtensionModule(g_extensionModule, FALSE);

@@ -57,8 +57,8 @@ struct ComponentRecord {
 
 namespace {
 
-/// Null when the component is not there. The host's path counts only whole: the system cuts one
-/// that is too long, and the folder of a cut path is another one, further up.
+/// Null when the component is not there. A host path that is too long is cut by the system, and the
+/// folder of a cut path is another one, further up; so it counts as none.
 HMODULE LoadComponent() {
   wchar_t path[1024] = {};
   const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
@@ -142,7 +142,8 @@ void OperationSigilSettings::SetUseContentLog(BYTE flag) {
 }
 
 std::uint32_t OperationSigilSettings::GetSettingFileDirPath(wchar_t* folder) {
-  // The longest path that Windows knows bounds what is reserved on the component's word.
+  // A component that tells an absurd length must not make this reserve as much. No path of Windows
+  // is longer.
   constexpr std::uint32_t kLongestPath = 32768;
   Log(kFolderAsked);
   std::uint32_t length = kFolderCapacity;
@@ -152,7 +153,8 @@ std::uint32_t OperationSigilSettings::GetSettingFileDirPath(wchar_t* folder) {
   std::vector<wchar_t> text(std::max(length, kFolderCapacity) + 1);
   const std::int32_t result = m_pSettings->GetSettingFileDir(text.data(), &length);
   text.back() = L'\0';
-  // The text itself tells its length: some components count the terminator, and some do not.
+  // The length is that of the text itself. Not every component counts the terminator, and what it
+  // tells must not decide whether a text that fits is taken.
   const auto copied = static_cast<std::uint32_t>(std::wcslen(text.data())) + 1;
   if (Sigil::Failed(result) || copied > kFolderCapacity) {
     Log(kNoFolder);

@@ -2,7 +2,7 @@
 
 namespace {
 
-// A descriptor's size in the 32-bit system, which every owner of the shared objects uses.
+// The size of a descriptor on 32-bit Windows.
 constexpr SIZE_T kDescriptorSize = 20;
 constexpr DWORD kRevision = 1;
 

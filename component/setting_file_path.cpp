@@ -35,7 +35,8 @@ CString SettingFilePath() {
   if (folder[0] == L'\0') SHGetSpecialFolderPathW(nullptr, folder, CSIDL_LOCAL_APPDATA, FALSE);
   const CString base = folder;
   if (PathAppendW(folder, kFile)) return folder;
-  // Beyond MAX_PATH the call gives nothing; the whole path still tells the length needed.
+  // The call appends nothing when the path would exceed MAX_PATH. The caller has to be told the
+  // length that it needs, so the path is made all the same.
   return base + L"\\" + kFile;
 }
 

@@ -6,9 +6,9 @@
 #include "platform/owner.h"
 #include "platform/security.h"
 
-/// Waits up to 180 seconds for the mutex. The handle is the caller's, who owns the mutex, or null:
-/// the mutex could not be had, and the log says so. A mutex whose owner died counts as not had; it
-/// is free again for the next caller.
+/// Waits up to 180 seconds for the mutex. Gives its handle, with which the caller owns the mutex
+/// and has to give it back, or null: the mutex could not be had, and the log says so. A mutex whose
+/// owner died counts as not had too, and is free again for the next caller.
 HANDLE GetMutex_SigilSetting(SECURITY_ATTRIBUTES* attributes);
 
 /// Gives the mutex up and closes its handle.

@@ -14,8 +14,8 @@ constexpr wchar_t kKeySourceName[] = L"\\config\\data.dat";
 constexpr wchar_t kPolicyFileName[] = L"\\WmPolicy.dat";
 constexpr wchar_t kSystemSettingName[] = L"\\SystemSetting.csv";
 
-/// The machine-wide data folder, without a trailing backslash; "C:\ProgramData" when the shell does
-/// not tell.
+/// The machine-wide data folder, without a trailing backslash; "C:\ProgramData" when the shell
+/// gives none.
 CString GetCommonDataPath();
 
 /// How the delivery folder was found.

@@ -71,8 +71,8 @@ constexpr EndMessages kEnds = {
     {5, 153100952, kFunction, L"ユーザフルネーム取得状態は読み出されませんでした"}};
 }  // namespace state
 
-/// The user information file, below a folder that may not be known: then it reads as empty and
-/// keeps nothing.
+/// The user information file. Where its folder is not known, it reads as empty and what is written
+/// is lost.
 class CUserInformation {
  public:
   /// Asks the open handle for the folder and releases its instance.
@@ -105,8 +105,8 @@ class CUserInformation {
   CString m_strFilePath;
 };
 
-/// Opens a handle, asks it for the file and does `work` on the file while the handle lives. What
-/// keeps `work` from its end is logged; what it has reached by then stands.
+/// Opens a handle, learns from it where the file is and does `work` on the file while the handle
+/// lives. Without an instance `work` is not done; an exception ends it. Both are logged.
 template <typename Work>
 void WithUserInformation(const EndMessages& ends, Work work) {
   std::shared_ptr<const ComponentRecord> component;
@@ -132,7 +132,8 @@ CString LoginName() {
   return name;
 }
 
-/// `found` becomes true with the full name, before it is stored: it is found, whatever follows.
+/// `found` becomes true as soon as the directory has given a name, before the name is stored: if
+/// storing throws, the name was found all the same.
 void LookUpAndStore(const CUserInformation& file, const CString& storedName, CString& name,
                     bool& found) {
   CString fullName;

@@ -1,7 +1,8 @@
 #pragma once
 
-// How the system speaks to the logging component: each file keeps its messages in one table and
-// logs them with their values.
+// How the system logs. Each file keeps its messages together at its top, as constants, and logs
+// them by name with their values. Nothing here throws but the formatting of values, which may run
+// out of memory.
 
 #include <source_location>
 

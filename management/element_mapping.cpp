@@ -45,7 +45,7 @@ constexpr MappingMessages kStampMessages = {
 
 constexpr auto kFreeText = [](RPC_WSTR text) { RpcStringFreeW(&text); };
 
-/// The properties of one element, each read anew and converted.
+/// The properties of one element. Each is read from the document when it is asked for.
 class CElement {
  public:
   CElement(CWatermarkPolicyXMLParser* parser, const CString& id) : m_pParser(parser), m_strId(id) {}
@@ -129,7 +129,7 @@ void PlaceStamp(const CElement& element, Sigil::Watermark& watermark) {
   watermark.SetRepeatVSpace(Space(element.Integer(L"RepeatVSpace")));
 }
 
-/// The frame of both mappings; they differ in the placing and in their messages.
+/// What both mappings have in common. They differ in the placing and in their messages.
 bool MapElement(const CString& elementId, Sigil::PrinterSettings* printerSettings, GUID* id,
                 const MappingMessages& messages,
                 void (*pfnPlace)(const CElement&, Sigil::Watermark&)) {

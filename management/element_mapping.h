@@ -1,7 +1,9 @@
 #pragma once
 
-// One element of the loaded policy becomes one new watermark of a record. Texts are converted at
-// the place of use and pulled to their bounds; no value of the document ends a mapping.
+// One element of the loaded policy becomes one new watermark of a record. Each property is read,
+// converted, pulled to its bounds and passed on before the next is read. No value of the document
+// ends a mapping, and the component's results for single properties are not looked at. The caller
+// has loaded the policy, and commits and saves the record.
 
 #include "component/sigil_interfaces.h"
 #include "platform/mfc.h"

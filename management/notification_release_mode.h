@@ -5,10 +5,13 @@
 namespace SigilSettingManagement {
 
 /// Tells the watermark control service over its pipe that the mode was released or set. `message`
-/// is "Release" or "Setting"; 16 bytes go out in one write, its UTF-16 form with the terminator,
-/// and any other text is cut or filled with zeros to that. 0 written; -1 no security descriptor; -2
-/// no pipe, or a busy one: there is no wait; -3 the write failed; -4 written, but closing failed;
-/// -5 no message.
+/// is "Release" or "Setting". Its UTF-16 form with the terminator goes out in one write of 16
+/// bytes; any other text is cut or filled with zeros to that. Nothing waits for the pipe or tries
+/// twice.
+///
+/// Gives 0 when it was written, -1 without a security descriptor, -2 when there is no pipe or a
+/// busy one, -3 when the write failed, -4 when it was written but closing failed, -5 for an empty
+/// message. An exception gives what had been reached, 0 or -4.
 int NotificationReleaseMode(CString message);
 
 }  // namespace SigilSettingManagement

@@ -40,7 +40,7 @@ std::optional<int> ReadDeliveredScope() {
     Log(kNotDecrypted);
     return std::nullopt;
   }
-  // One mark alone is the delivery's; a second one belongs to the text and is the reader's matter.
+  // The first mark belongs to the file. A second one is part of the text and goes to the reader.
   constexpr wchar_t kByteOrderMark = 0xFEFF;
   if (!text.IsEmpty() && text[0] == kByteOrderMark) text = text.Mid(1);
 

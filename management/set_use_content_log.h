@@ -2,8 +2,9 @@
 
 namespace SigilSettingManagement {
 
-/// Stores whether the Settings component calls its print-content log callback. 0 the switch was set
-/// and the save attempted; -1 no component instance; -3 an exception; -99 no mutex.
+/// Stores whether the Settings component calls its print-content log callback. Gives 0 when the
+/// switch was set and the save attempted, whatever became of the save; -1 without a component
+/// instance, -3 after an exception, -99 without the mutex.
 int SetUseContentLog(bool useContentLog);
 
 }  // namespace SigilSettingManagement

@@ -51,7 +51,7 @@ GuidList MakeWatermarks(CWatermarkPolicyXMLParser& parser, int policyId,
   return made;
 }
 
-// What is not activated keeps the list that it already has.
+// A setting that is not activated is not told of the watermarks: it keeps the list that it has.
 void Activate(Sigil::LastSetting& setting, const GuidList& watermarks, bool outOfScope) {
   const bool active = !watermarks.empty() && !outOfScope;
   if (active)

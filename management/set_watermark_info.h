@@ -8,7 +8,8 @@ namespace SigilSettingManagement {
 /// Rebuilds one record from the loaded policy: its watermarks are deleted, one is made for each
 /// element of the policy, and its custom setting and its last setting are told which are active.
 /// Out of scope the new watermarks are there but inactive. The caller commits, saves and releases
-/// the record. 0, or -2 after an exception, with the record in the state that it has reached.
+/// the record, also after -2: an exception came, and the record is in the state that it has
+/// reached. 0 otherwise.
 int SetWatermarkInfo(int policyId, Sigil::PrinterSettings& printerSettings, bool outOfScope);
 
 /// Deletes the record's watermarks; an exception is logged and ends it.

@@ -22,7 +22,8 @@ constexpr auto kCloseStream = [](std::FILE* stream) { std::fclose(stream); };
 constexpr auto kReleaseProvider = [](HCRYPTPROV provider) { CryptReleaseContext(provider, 0); };
 constexpr auto kDestroyHash = [](HCRYPTHASH hash) { CryptDestroyHash(hash); };
 
-/// Reads into the chunk from its start; the number of bytes read, short only at the file's end.
+/// Fills the chunk from its start. Gives the number of bytes read, which is less than a chunk only
+/// at the end of the file.
 INT_PTR ReadChunk(std::FILE* file, CByteArray& chunk) {
   BYTE* const bytes = chunk.GetData();
   INT_PTR count = 0;
@@ -46,8 +47,8 @@ bool Digest(const BYTE* bytes, DWORD count, BYTE (&digest)[kDigestSize]) {
          CryptGetHashParam(hash.Get(), HP_HASHVAL, digest, &size, 0);
 }
 
-/// Takes the digits in order and lays them on the even positions first, then on the odd ones. More
-/// positions than digits raise the array's exception.
+/// Puts the digits in order on the even positions of the material, then on the odd ones. Material
+/// with more positions than there are digits raises CInvalidArgException.
 void Spread(const CByteArray& digits, CByteArray& material) {
   INT_PTR taken = 0;
   for (const INT_PTR first : {0, 1}) {
@@ -78,7 +79,7 @@ int CPolicyFileCipher::DecryptFile(const CString& path, CString& text) const {
     chunk.SetSize(kChunkSize);
     const INT_PTR count = ReadChunk(file.Get(), chunk);
     if (count == 0) break;
-    // The zeros behind the file's end are decrypted with the rest.
+    // The chunk goes in at its full size. What the file does not fill is zero and is decrypted too.
     text += DecryptChunk(chunk);
     ended = count < kChunkSize;
   }
@@ -128,7 +129,8 @@ void CPolicyFileCipher::BuildKeyMaterial(CByteArray& material) const {
   if (!file.Open(path, CFile::modeRead | CFile::shareDenyNone)) return;
 
   const auto size = static_cast<DWORD>(status.m_size);
-  // What is longer than the work buffer of the digest has no digits for all its bytes either.
+  // A file that does not fit into the work buffer of the digest is refused here, before it is read.
+  // It would fail in Spread in any case, since there are never so many digits.
   if (size > static_cast<DWORD>(kWorkBufferSize)) AfxThrowInvalidArgException();
   const auto count = static_cast<INT_PTR>(size);
   CByteArray source;

@@ -55,7 +55,8 @@ CString TextOf(const IXMLDOMNodePtr& node) {
 
 }  // namespace
 
-// COM that did not open is the host's own, in another mode, and stays.
+// Called only after a CoInitialize that went well. One that failed, as on a thread that the host
+// runs in another mode, is not to be undone.
 void CloseCom(bool /*isOpen*/) {
   CoUninitialize();
 }
