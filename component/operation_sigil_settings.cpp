@@ -44,12 +44,13 @@ constexpr LogMessage kFolderGot = {1, 153400301, kGetFolder,
 using Entry = void (*)();
 
 constexpr auto kFreeLibrary = [](HMODULE module) { FreeLibrary(module); };
+using CModule = Owner<HMODULE, kFreeLibrary>;
 
 }  // namespace
 
 /// The loaded component; nulls where the library or an entry is missing.
 struct ComponentRecord {
-  Owner<HMODULE, kFreeLibrary> hModule;
+  CModule hModule;
   Sigil::CreateInstanceFunction pfnCreateInstance = nullptr;
   Entry pfnMergeUserStoreWatermarks = nullptr;
   Entry pfnGetVersionDate = nullptr;
@@ -79,7 +80,7 @@ OperationSigilSettings::OperationSigilSettings() {
   }
   const HMODULE module = LoadComponent();
   if (module == nullptr) return;
-  *m_pComponent->hModule.Out() = module;
+  m_pComponent->hModule = CModule(module);
   m_pComponent->pfnCreateInstance =
       EntryPoint<Sigil::CreateInstanceFunction>(module, Sigil::kCreateInstanceName);
   m_pComponent->pfnMergeUserStoreWatermarks =

@@ -113,14 +113,15 @@ void WithUserInformation(const EndMessages& ends, Work work) {
   try {
     OperationSigilSettings settings;
     component = settings.Component();
-    if (settings.CreateInstance())
+    if (settings.CreateInstance()) {
       work(CUserInformation(settings));
-    else
+    } else {
       Log(ends.noInstance);
+    }
     return;
   } catch (...) {
-    // An exception of the component's own class ends here, before the component goes.
   }
+  // Not in the catch clause: an exception of the component's own class has to end before this.
   component.reset();
   Log(ends.thrown);
 }

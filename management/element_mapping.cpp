@@ -75,8 +75,8 @@ CString WithUserName(CString text) {
   return text;
 }
 
-// The component takes no size that is not above 0. A text that holds no number has become 0, so it
-// gives the same 1.0.
+// The component takes only sizes above 0. A text without a number has become 0, so it gives 1.0
+// too.
 double FontSize(double size) {
   if (!(size > 0.0)) return 1.0;
   return std::min(size, 200.0);
