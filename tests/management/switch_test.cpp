@@ -25,30 +25,27 @@ class Switch : public testing::Test {
 TEST_F(Switch, ScopeDecidesWhatFollows) {
   const struct {
     int (*run)();
+    std::string name;
     const wchar_t* scope;
     const char *read, *defaultEntry, *printer;
-  } cases[] = {
-      {SigilSettingSetWaterMark, L"0", "0", "on", "on"},
-      {SigilSettingSetWaterMark, L"1", "1", "on", "off"},
-      {SigilSettingSetWaterMark, L"2", "2", "off", "on"},
-      {SigilSettingSetWaterMark, L"3", "3", "on", "on"},
-      {SigilSettingSetWaterMark, nullptr, "0", "on", "on"},
-      {SigilSettingReleaseWaterMark, L"1", "1", "off", "off"},
-      {SigilSettingReleaseWaterMark, L"2", "2", "off", "off"},
-      {SigilSettingReleaseWaterMarkForService, L"2", "2", "off and cleared", "off and cleared"}};
+  } cases[] = {{SigilSettingSetWaterMark, "set", L"0", "0", "on", "on"},
+               {SigilSettingSetWaterMark, "set", L"1", "1", "on", "off"},
+               {SigilSettingSetWaterMark, "set", L"2", "2", "off", "on"},
+               {SigilSettingSetWaterMark, "set", L"3", "3", "on", "on"},
+               {SigilSettingSetWaterMark, "set", nullptr, "0", "on", "on"},
+               {SigilSettingReleaseWaterMark, "release", L"1", "1", "off", "off"},
+               {SigilSettingReleaseWaterMark, "release", L"2", "2", "off", "off"},
+               {SigilSettingReleaseWaterMarkForService, "service", L"2", "2", "off and cleared",
+                "off and cleared"}};
   for (const auto& test : cases) {
     SCOPED_TRACE(&test - cases);
     TestMachine machine;
     Deliver(machine, test.scope);
-    const bool service = test.run == SigilSettingReleaseWaterMarkForService;
-    const bool set = test.run == SigilSettingSetWaterMark;
-    EXPECT_EQ(test.run(), set || service ? 0 : -2);
-    ExpectRecord((service ? Told("") : m_told("function read", {"1"})) +
+    EXPECT_EQ(test.run(), test.name == "release" ? -2 : 0);
+    ExpectRecord((test.name == "service" ? Told("") : m_told("function read", {"1"})) +
                  m_told("walk begun", {test.read}) + m_told(test.defaultEntry, {"*"}) +
                  m_told(test.printer, {"会議室"}) + m_told("walk done") +
-                 m_told(service ? "service done"
-                        : set   ? "set done"
-                                : "release done"));
+                 m_told(test.name + " done"));
   }
 }
 
