@@ -35,6 +35,14 @@ using Number = std::int32_t;
 using Size = std::uint32_t;
 using Text = const wchar_t*;
 
+// Written here once more, so that a slip in the library's own shows.
+constexpr GUID kSettings[] = {
+    {0x939D0FE0, 0x3386, 0x466D, {0xA1, 0x45, 0xE3, 0x07, 0xA9, 0xAA, 0x5D, 0xC9}},
+    {0x8CB443F7, 0xE498, 0x4A02, {0xA5, 0x0A, 0x66, 0x75, 0x47, 0x38, 0xD1, 0x24}}};
+constexpr GUID kString[] = {
+    {0x9195CE54, 0x518B, 0x48F8, {0x87, 0xC8, 0xBA, 0x2F, 0xFC, 0x92, 0xBC, 0x9E}},
+    {0xFB2A1FC4, 0x6B0F, 0x4C8C, {0x89, 0x0B, 0x61, 0x0A, 0x9E, 0x43, 0x29, 0xC3}}};
+
 constexpr BYTE kGuidTail[8] = {0xA1, 0xB2, 0xC3, 0xD4, 0xE5, 0xF6, 0x07, 0x18};
 
 GUID MakeGuid(wchar_t letter, unsigned number) {
@@ -376,11 +384,11 @@ struct Library {
 extern "C" {
 
 RECORDER_API Result SigilCreateInstance(const GUID* first, const GUID* second, void** out) {
-  const auto wanted = [&](const GUID& one, const GUID& other) {
-    return std::memcmp(first, &one, 16) == 0 && std::memcmp(second, &other, 16) == 0;
+  const auto wanted = [&](const GUID(&identities)[2]) {
+    return *first == identities[0] && *second == identities[1];
   };
-  const bool settings = wanted(Sigil::kSettingsFirstIdentity, Sigil::kSettingsSecondIdentity);
-  const bool text = wanted(Sigil::kStringFirstIdentity, Sigil::kStringSecondIdentity);
+  const bool settings = wanted(kSettings);
+  const bool text = wanted(kString);
   const std::wstring kind = settings ? L"Settings" : text ? L"String" : L"unknown";
   const Result result = Ask(L"SigilCreateInstance", L"SigilCreateInstance(" + kind + L")",
                             settings || text ? Sigil::kSuccess : Sigil::kCannotCreate);
