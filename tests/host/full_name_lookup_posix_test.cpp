@@ -39,6 +39,8 @@ TEST(FullNameLookup, AsksTheControllerFirstAndTheMachineAfterIt) {
       {joined + "suzuki=鈴木\n", {}, "controller found", true, "田中 太郎", ""},
       {joined, lost, "controller lost", false, "", ""},
       {joined, Fault("NetUserGetInfo", 0, 0), "controller gives nothing", false, "", ""},
+      {joined + "tanaka=本店 太郎\n", Fault("NetWkstaGetInfo", 0, 0), "controller found", true,
+       "本店 太郎", "\\\\DC01"},
       // The group's name as it was read, cut to the buffer, is asked for: nobody controls that.
       {"Joined=1\nDomain=" + std::string(256, 'H') + "\n" + there + "tanaka=本店 太郎\n",
        {},

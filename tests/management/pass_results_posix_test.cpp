@@ -61,6 +61,16 @@ TEST(Results, TellWhatEndedAPass) {
 }
 
 TEST(Results, TellWhatEndedAStep) {
+  ExpectResults({{0, {}},
+                 {-1, Fault("EnumPrintersW", 1)},
+                 {-1, Fault("EnumPrintersW", 0, platform::kThrows)}},
+                [] {
+                  PRINTER_INFO_2W* list = nullptr;
+                  DWORD count = 0;
+                  const int result = GetPrinterInfoList(&list, &count);
+                  std::free(list);
+                  return result;
+                });
   const auto registered = [](const std::wstring& document) {
     return [document] {
       OperationSigilSettings settings;
