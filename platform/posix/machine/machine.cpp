@@ -65,11 +65,13 @@ AccountList AccountsOf(const IniFile::Section& section) {
 }  // namespace
 
 fs::path MachineRoot() {
-  const fs::path root = Variable("SIGIL_ROOT");
-  if (!root.empty()) return fs::absolute(root);
-  const fs::path data = Variable("XDG_DATA_HOME");
-  const fs::path home = data.empty() ? Variable("HOME") / ".local" / "share" : data;
-  return fs::absolute(home / "sigil" / "machine");
+  fs::path root = Variable("SIGIL_ROOT");
+  if (root.empty()) {
+    const fs::path data = Variable("XDG_DATA_HOME");
+    root = (data.empty() ? Variable("HOME") / ".local" / "share" : data) / "sigil" / "machine";
+  }
+  root = fs::absolute(root);
+  return root.has_filename() ? root : root.parent_path();
 }
 
 fs::path FindName(const fs::path& folder, std::wstring_view name) {

@@ -2,8 +2,10 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <string_view>
 #include <system_error>
 #include <thread>
 
@@ -24,10 +26,12 @@ Descriptor FailWith(int error) {
   return {};
 }
 
-/// The way from the root to `path`; null when that lies elsewhere.
-std::optional<fs::path> BelowRoot(const fs::path& path) {
-  fs::path rest = path.lexically_normal().lexically_relative(MachineRoot().lexically_normal());
-  if (rest.empty() || *rest.begin() == "..") return std::nullopt;
+/// The way from the root to `path`, whose pieces are names. Null when `path` lies elsewhere.
+std::optional<std::string> BelowRoot(const fs::path& path) {
+  const std::string root = MachineRoot().string() + "/";
+  if (!path.native().starts_with(root)) return std::nullopt;
+  std::string rest = path.native().substr(root.size());
+  if (("/" + rest + "/").find("/../") != std::string::npos) return std::nullopt;
   return rest;
 }
 
@@ -75,20 +79,22 @@ Descriptor Enter(const Descriptor& folder, const std::string& name, Missing miss
 }
 
 /// The folder `rest` below the root.
-Descriptor Reach(const fs::path& rest, Missing missing) {
+Descriptor Reach(std::string_view rest, Missing missing) {
   Descriptor folder = EnterRoot(missing);
-  for (const fs::path& piece : rest) {
-    if (!folder) break;
-    if (!piece.empty() && piece != ".") folder = Enter(folder, piece.native(), missing);
+  while (folder && !rest.empty()) {
+    const std::string piece(rest.substr(0, rest.find('/')));
+    rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
+    if (!piece.empty() && piece != ".") folder = Enter(folder, piece, missing);
   }
   return folder;
 }
 
-Descriptor OpenBelow(const fs::path& rest, int flags, mode_t type) {
+Descriptor OpenBelow(const std::string& rest, int flags, mode_t type) {
   const bool makes = (flags & O_CREAT) != 0;
-  const Descriptor folder = Reach(rest.parent_path(), makes ? Missing::kIsMade : Missing::kFails);
+  const std::size_t name = rest.rfind('/') + 1;  // 0 without any
+  const Descriptor folder = Reach(rest.substr(0, name), makes ? Missing::kIsMade : Missing::kFails);
   if (!folder) return {};
-  Descriptor file(openat(folder.Get(), rest.filename().c_str(), flags | O_NOFOLLOW, kOwnFile));
+  Descriptor file(openat(folder.Get(), rest.c_str() + name, flags | O_NOFOLLOW, kOwnFile));
   struct stat status = {};
   // A link gives ELOOP, a FIFO that nobody reads and a socket ENXIO.
   if (!file) return FailWith(errno == ELOOP || errno == ENXIO ? EACCES : errno);
@@ -125,7 +131,7 @@ Descriptor Open(const fs::path& path, int flags, mode_t type) {
 
 Descriptor OpenFolder(const fs::path& path, Missing missing) {
   constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-  const auto rest = BelowRoot(path);
+  const auto rest = path == MachineRoot() ? std::string() : BelowRoot(path);
   if (!rest) return Descriptor(open(path.c_str(), kFlags));
   const Descriptor folder = Reach(*rest, missing);
   return folder ? Descriptor(openat(folder.Get(), ".", kFlags)) : Descriptor();
