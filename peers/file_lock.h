@@ -16,7 +16,8 @@ namespace peers {
 
 class FileLock {
  public:
-  /// Waits for its turn without limit. std::system_error when the file cannot be had.
+  /// Waits for its turn without limit, for callers that are promised to be alone afterwards.
+  /// std::system_error when the file cannot be had.
   static FileLock Take(const std::filesystem::path& file) {
     Descriptor descriptor = Open(file);
     while (flock(descriptor.Get(), LOCK_EX) != 0)

@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <time.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cctype>
 #include <cerrno>
@@ -158,28 +159,17 @@ std::shared_ptr<Mutex> MakeMutex(const fs::path& path) {
   return isLinked ? mutex : nullptr;
 }
 
-/// One file name for each mutex name. Empty for a name that is none.
+/// One file name for each mutex name, which has letters, digits, `_` and `-` behind `Global\`.
+/// Empty for any other.
 std::string FileName(std::wstring_view name) {
   constexpr std::wstring_view kGlobal = L"Global\\";
-  constexpr std::wstring_view kLocal = L"Local\\";
-  std::string fileName;
-  if (name.starts_with(kGlobal)) {
-    name.remove_prefix(kGlobal.size());
-    fileName = "Global+";
-  } else if (name.starts_with(kLocal)) {
-    name.remove_prefix(kLocal.size());
-  }
-  if (name.find(L'\\') != name.npos) return {};
-  for (const char byte : ToUtf8(name)) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    const auto number = static_cast<unsigned char>(byte);
-    const bool plain = number >= 0x80 || isalnum(number) != 0 || byte == '_' || byte == '-';
-    if (plain)
-      fileName += byte;
-    else
-      fileName.append({'%', kDigits[number >> 4], kDigits[number & 15]});
-  }
-  return fileName;
+  const bool isGlobal = name.starts_with(kGlobal);
+  if (isGlobal) name.remove_prefix(kGlobal.size());
+  const bool isPlain = std::ranges::all_of(name, [](wchar_t unit) {
+    return unit < 0x80 && (isalnum(static_cast<int>(unit)) != 0 || unit == L'_' || unit == L'-');
+  });
+  if (!isPlain || name.empty()) return {};
+  return (isGlobal ? "Global+" : "") + ToUtf8(name);
 }
 
 fs::path Folder() {

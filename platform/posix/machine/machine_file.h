@@ -28,8 +28,9 @@ namespace platform {
 /// The owner of a file descriptor.
 using Descriptor = Owner<int, close, -1>;
 
-/// No file that is read as a whole is larger; a real one has a thousandth of it.
-constexpr std::size_t kLargestFile = 16 << 20;
+/// No file that is read as a whole is larger: a policy of 16 MiB, and what sealing adds to it. A
+/// real one has a thousandth of that.
+constexpr std::size_t kLargestFile = 17 << 20;
 
 /// How long a lock on a file is waited for that its holders need for a moment only.
 constexpr std::chrono::seconds kLockPatience(5);
