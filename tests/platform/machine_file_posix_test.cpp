@@ -84,6 +84,10 @@ TEST_F(MachineFile, IsARegularOneOfItsOwnerAndNeverALink) {
     fs::copy_file(real, m_path);
     ASSERT_EQ(chown(m_path.c_str(), kOther, kOther), 0);
     EXPECT_EQ(Use(kFile), kRefused) << "another's file";
+    fs::create_directory(m_root / "C/Theirs");
+    fs::copy_file(real, m_root / "C/Theirs/Real.ini");
+    ASSERT_EQ(chown((m_root / "C/Theirs").c_str(), kOther, kOther), 0);
+    EXPECT_EQ(Use(L"C:\\Theirs\\Real.ini"), kRefused) << "own file in another's folder";
   }
   EXPECT_EQ(m_machine.Read(L"C:\\SigilTest\\Real.ini"), "[User]\nA=2\r\n");
 
@@ -118,7 +122,8 @@ TEST_F(MachineFile, IsMadeForItsAccountAloneWhateverTheUmask) {
     const mode_t before = umask(mask);
     const fs::path file = m_root / "D" / std::to_string(mask) / "file";
     EXPECT_TRUE(platform::Open(file, O_WRONLY | O_CREAT));
-    EXPECT_TRUE(WritePrivateProfileStringW(L"User", L"A", L"3", kFile));
+    const std::wstring value = std::to_wstring(mask);  // a change, so that the file is made anew
+    EXPECT_TRUE(WritePrivateProfileStringW(L"User", L"A", value.c_str(), kFile));
     umask(before);
     for (const fs::path& made : {file, m_path})
       EXPECT_EQ(fs::status(made).permissions(), fs::perms(0600)) << made;
@@ -126,7 +131,7 @@ TEST_F(MachineFile, IsMadeForItsAccountAloneWhateverTheUmask) {
   }
   // What an older version or another program left open to others is closed when it is met.
   fs::permissions(m_path.parent_path(), fs::perms(0777));
-  EXPECT_EQ(Use(kFile), "0 3 0 0");
+  EXPECT_EQ(Use(kFile), "0 191 0 0");
   EXPECT_EQ(fs::status(m_path.parent_path()).permissions(), fs::perms(0700));
 }
 
