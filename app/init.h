@@ -4,8 +4,9 @@
 
 namespace app {
 
-/// Lays out a sample machine and its client in `root`, and a sample policy `policy.xml` beside
-/// them. UsageError when `root` is there and no empty folder.
-void LayOutMachine(const std::filesystem::path& root);
+/// Lays out a sample machine and its client in `folder`, and a sample policy `policy.xml` beside
+/// them; it is the machine of this process then. UsageError when `folder` is there, unless it is
+/// empty and the caller's own.
+void LayOutMachine(const std::filesystem::path& folder);
 
 }  // namespace app

@@ -23,6 +23,9 @@
 #include "app/text_file.h"
 #include "app/usage_error.h"
 #include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/machine_file.h"
+#include "platform/posix/machine/password_database.h"
+#include "platform/utf.h"
 #include "platform/visible_text.h"
 
 namespace app {
@@ -186,12 +189,21 @@ void AddCommands(CLI::App& program, Arguments& arguments) {
   })->add_flag("--json", arguments.json, "As one JSON object");
 }
 
-/// Nothing is to appear in a folder that was misspelt.
+/// Nothing is to appear in a folder that was misspelt, or that belongs to another account.
 void RequireMachine() {
-  const auto root = platform::MachineRoot();
-  std::error_code error;
-  if (!std::filesystem::is_directory(root, error))
-    throw UsageError(root.string() + ": no machine here; `sigilctl init` lays one out");
+  const std::string root = platform::MachineRoot().string();
+  const auto state = platform::ExamineRoot();
+  if (!state) throw UsageError(root + ": no machine here; `sigilctl init` lays one out");
+  if (!state->isOwn) {
+    const auto user = platform::FindUser(state->owner);
+    const std::string owner =
+        user ? platform::ToUtf8(user->login) : "#" + std::to_string(state->owner);
+    throw UsageError(root + ": this machine belongs to " + owner +
+                     "; run it as that account: sudo -u '" + owner + "' sigilctl --root '" + root +
+                     "' ...");
+  }
+  if (state->isOpenToOthers)
+    throw UsageError(root + ": other accounts can write here; `chmod go-w` closes it to them");
 }
 
 int Run(int argc, char** argv) {

@@ -12,13 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   constexpr wchar_t kPath[] = L"C:\\fuzz.ini";
   machine.Write("C/fuzz.ini", fuzz::Text(data, size));
   wchar_t text[64];
-  const auto read = [&](const wchar_t* section, const wchar_t* key) {
-    GetPrivateProfileStringW(section, key, L"none", text, static_cast<DWORD>(std::size(text)),
-                             kPath);
-  };
-  read(nullptr, nullptr);
-  read(L"User", nullptr);
-  read(L"User", L"UserFullName");
+  GetPrivateProfileStringW(L"User", L"UserFullName", L"none", text,
+                           static_cast<DWORD>(std::size(text)), kPath);
   GetPrivateProfileIntW(L"User", L"GetUserState", 0, kPath);
   if (WritePrivateProfileStringW(L"User", L"GetUserState", L"1", kPath) &&
       GetPrivateProfileIntW(L"User", L"GetUserState", 0, kPath) != 1)

@@ -6,7 +6,7 @@
 #include <string>
 #include <system_error>
 
-#include "platform/posix/handle.h"
+#include "platform/posix/machine/machine_file.h"
 
 namespace peers {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Files, pipes and the texts of paths.
+// Pipes, what lies at a path, and the texts of paths.
 
 #include "platform/base.h"
 #include "platform/security.h"
@@ -11,20 +11,19 @@
 
 #else
 
-constexpr DWORD GENERIC_READ = 0x80000000;
 constexpr DWORD GENERIC_WRITE = 0x40000000;
 constexpr DWORD OPEN_EXISTING = 3;
 
 struct OVERLAPPED;
 
-/// Opens the client end of the pipe `\\.\pipe\NAME`, or a file, that exists. Only OPEN_EXISTING and
-/// flags 0 are known; share mode and attributes are not looked at. INVALID_HANDLE_VALUE and the
+/// Opens the client end of the pipe `\\.\pipe\NAME` that exists. Only GENERIC_WRITE, OPEN_EXISTING
+/// and flags 0 are known; share mode and attributes are not looked at. INVALID_HANDLE_VALUE and the
 /// last error: ERROR_FILE_NOT_FOUND for a pipe without a server, ERROR_PIPE_BUSY when the server
 /// takes no more clients now.
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, const SECURITY_ATTRIBUTES* attributes,
                    DWORD disposition, DWORD flags, HANDLE templateFile);
 
-/// Writes `count` bytes, to a pipe as one message, waiting until they are taken. FALSE and the last
+/// Writes `count` bytes to a pipe as one message, waiting until they are taken. FALSE and the last
 /// error, ERROR_NO_DATA when the server has closed its end. `*written` is the number of bytes
 /// written, 0 on failure. `overlapped` is null.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, LPDWORD written,

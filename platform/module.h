@@ -14,7 +14,8 @@ constexpr DWORD DLL_THREAD_DETACH = 3;
 
 /// Loads the library of this full path, or counts one more use of it when it is loaded. A name
 /// without folder means a loaded library, one beside the host executable, or "shell32.dll". Null
-/// and the last error (ERROR_MOD_NOT_FOUND, ERROR_DLL_INIT_FAILED...) on failure.
+/// and the last error on failure (ERROR_MOD_NOT_FOUND, ERROR_DLL_INIT_FAILED, and
+/// ERROR_ACCESS_DENIED for a path of the machine, which holds no code).
 HMODULE LoadLibraryW(LPCWSTR path);
 
 /// Ends one use; the last one unloads the library. FALSE and the last error for a module that is

@@ -3,8 +3,8 @@
 // Profile (INI) files: sections of keys with values, both looked up without regard to case; the
 // first of several that are alike counts. Blanks around names and values don't belong to them, nor
 // does one pair of quotes around a value; a line that begins with ';' is a comment. A file is
-// UTF-16 with a byte order mark or text of the ANSI code page. A name without a folder is one of
-// the Windows folder; a null name is "win.ini" there.
+// UTF-16 with a byte order mark or text of the ANSI code page. It is named by its full path, and no
+// argument is null: neither the lists of names nor deletions are known here.
 
 #include "platform/base.h"
 
@@ -14,19 +14,16 @@
 /// `fallback` when file, section or key are missing.
 UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, int fallback, LPCWSTR file);
 
-/// Copies the value, or what is missing `fallback` (null: empty) without its trailing blanks, to
-/// `text` of `capacity` units and gives its length without the NUL; a longer value is cut to
-/// `capacity` - 1 units. With a null key the names of the section's keys are listed, with a null
-/// section those of the sections, each with its NUL and one more behind the last; a list is cut to
-/// `capacity` - 2. The last error: ERROR_FILE_NOT_FOUND for a missing file, section or key,
-/// ERROR_MORE_DATA for what was cut, else 0.
+/// Copies the value, or what is missing `fallback` without its trailing blanks, to `text` of
+/// `capacity` units and gives its length without the NUL; a longer value is cut to `capacity` - 1
+/// units. The last error: ERROR_FILE_NOT_FOUND for a missing file, section or key, ERROR_MORE_DATA
+/// for what was cut, else 0.
 DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR fallback, LPWSTR text,
                                DWORD capacity, LPCWSTR file);
 
-/// Gives the key this value; with a null value deletes the key, with a null key the section, of
-/// which nothing need be there. Makes the file, as ANSI text, section and key as needed, but no
+/// Gives the key this value. Makes the file, as ANSI text, section and key as needed, but no
 /// folder, and leaves every other line as it is. The file is replaced as a whole, and concurrent
-/// writers take turns. FALSE and the last error on failure; with a null section always.
+/// writers take turns. FALSE and the last error on failure.
 BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR file);
 
 #endif

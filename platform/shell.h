@@ -43,8 +43,7 @@ HRESULT SHGetSpecialFolderLocation(HWND owner, int csidl, LPITEMIDLIST* list);
 /// of a folder, and `path` is then empty.
 BOOL SHGetPathFromIDListW(LPCITEMIDLIST list, LPWSTR path);
 
-/// Writes the path of the folder `csidl` to `path`, a buffer of MAX_PATH units, and makes the
-/// folder with `create`.
+/// Writes the path of the folder `csidl` to `path`, a buffer of MAX_PATH units. `create` is FALSE.
 BOOL SHGetSpecialFolderPathW(HWND owner, LPWSTR path, int csidl, BOOL create);
 
 /// The path of a known folder, to be freed with CoTaskMemFree whatever the result. The user's own

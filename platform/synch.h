@@ -13,11 +13,11 @@ constexpr DWORD WAIT_ABANDONED = 0x80;
 constexpr DWORD WAIT_TIMEOUT = 258;
 constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 
-/// Makes the mutex of this name, or opens it when it exists; a null name makes one of its own. The
-/// mutex is one for all processes of the machine under any account, and in being for as long as a
-/// handle to it is open anywhere. `initialOwner` counts only for a mutex that is made. Null and the
-/// last error on failure; otherwise the last error is ERROR_ALREADY_EXISTS for an opened mutex and
-/// 0 for a new one. `attributes` may be null; the descriptor is not looked at, everyone has access.
+/// Makes the mutex of this name, or opens it when it exists. It is one for all processes of the
+/// machine, and in being for as long as a handle to it is open anywhere. Null and the last error on
+/// failure, as ERROR_ACCESS_DENIED on another account's machine; otherwise the last error is
+/// ERROR_ALREADY_EXISTS for an opened mutex and 0 for a new one. `initialOwner` is FALSE, the name
+/// has letters, digits, `_` and `-`, behind `Global\` or not; `attributes` is not looked at.
 HANDLE CreateMutexW(const SECURITY_ATTRIBUTES* attributes, BOOL initialOwner, LPCWSTR name);
 
 /// Waits up to `milliseconds` (INFINITE: without end) to own the mutex. WAIT_OBJECT_0; the owner

@@ -23,9 +23,7 @@ constexpr int kBacklog = 16;
 constexpr int kMessagesARound = 1024;
 
 fs::path PipePath() {
-  const fs::path path = platform::MachineRoot() / "pipe" / "hlwatermark";
-  fs::create_directories(path.parent_path());
-  return path;
+  return platform::MachineRoot() / "pipe" / "hlwatermark";
 }
 
 /// Held as long as the pipe, so that whoever has it may take a left-over socket away.
@@ -36,9 +34,9 @@ FileLock TakePipe(const fs::path& path) {
 }
 
 /// Binds by way of the folder's descriptor: a socket's address is short, a machine's path may not
-/// be.
+/// be. The socket's mode before is what its name then has.
 Descriptor Listen(const fs::path& path) {
-  Descriptor folder(open(path.parent_path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  const Descriptor folder = platform::OpenFolder(path.parent_path(), platform::Missing::kFails);
   if (!folder) ThrowSystemError(path.string());
   const std::string name =
       "/proc/self/fd/" + std::to_string(folder.Get()) + "/" + path.filename().string();
@@ -47,7 +45,7 @@ Descriptor Listen(const fs::path& path) {
 
   Descriptor listener(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   unlink(path.c_str());
-  if (!listener ||
+  if (!listener || fchmod(listener.Get(), 0600) != 0 ||
       bind(listener.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
       listen(listener.Get(), kBacklog) != 0)
     ThrowSystemError(path.string());

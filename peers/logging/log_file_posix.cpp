@@ -1,15 +1,14 @@
 #include <fcntl.h>
 #include <spdlog/logger.h>
 #include <spdlog/sinks/base_sink.h>
-#include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
 
-#include "peers/descriptor.h"
 #include "peers/logging/log_file.h"
 #include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/machine_file.h"
 
 namespace logging {
 namespace {
@@ -41,32 +40,14 @@ class LogPath {
   fs::path m_path;
 };
 
-peers::Descriptor Open(const fs::path& file) {
-  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-  return peers::Descriptor(open(file.c_str(), kFlags, 0666));
-}
-
-/// A pipe or socket could block the caller or end it with a signal.
-bool IsSafe(const peers::Descriptor& file) {
-  struct stat status;
-  return file && fstat(file.Get(), &status) == 0 &&
-         (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode));
-}
-
 /// Each line is one write, which the system puts at the end of the file as it then is.
 class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
  protected:
   void sink_it_(const spdlog::details::log_msg& message) override {
     spdlog::memory_buf_t line;
     formatter_->format(message, line);
-    const fs::path& path = m_path.Get();
-    peers::Descriptor file = Open(path);
-    if (!file && errno == ENOENT) {
-      std::error_code failed;  // shows at the second try
-      fs::create_directories(path.parent_path(), failed);
-      file = Open(path);
-    }
-    if (!IsSafe(file)) return;
+    const platform::Descriptor file = platform::Open(m_path.Get(), O_WRONLY | O_APPEND | O_CREAT);
+    if (!file) return;
     [[maybe_unused]] const ssize_t written = write(file.Get(), line.data(), line.size());
   }
   void flush_() override {}

@@ -42,8 +42,8 @@ Database::Database(const std::filesystem::path& file, AsItLies) {
 
 void Database::Open(const std::string& name, int flags) {
   sqlite3* connection = nullptr;
-  const int result =
-      sqlite3_open_v2(name.c_str(), &connection, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  const int result = sqlite3_open_v2(name.c_str(), &connection,
+                                     flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
   m_connection.reset(connection);
   if (!connection) throw std::bad_alloc();
   if (result != SQLITE_OK) throw DatabaseError(sqlite3_errmsg(connection));

@@ -13,6 +13,7 @@
 #include "peers/descriptor.h"
 #include "peers/settings_component/database.h"
 #include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/machine_file.h"
 #include "platform/shell.h"
 
 namespace peers {
@@ -52,12 +53,20 @@ constexpr char kSequence[] = "CREATE TABLE sqlite_sequence(name,seq)";
 
 constexpr std::uintmax_t kGreatestFile = 256 * 1024 * 1024;
 
+/// No link is left below the root, where this refuses one; SQLite would refuse one above it too.
+fs::path RealPath(const fs::path& file) {
+  const fs::path folder = file.parent_path();
+  if (!platform::OpenFolder(folder, platform::Missing::kFails)) ThrowSystemError(folder.string());
+  return fs::canonical(folder) / file.filename();
+}
+
 /// Built beside its place and linked to it when complete; where two do so at once, one file stays.
+/// No descriptor but SQLite's is open on it: closing one would end this process's locks on it.
 void Create(const fs::path& file) {
-  std::string draft = file.string() + ".XXXXXX";
-  if (!Descriptor(mkstemp(draft.data()))) ThrowSystemError(draft);
-  try {
-    Database database(draft, SQLITE_OPEN_READWRITE);
+  platform::Draft draft(RealPath(file));
+  draft.File().Reset();
+  {
+    Database database(draft.Name(), SQLITE_OPEN_READWRITE);
     database.Execute("PRAGMA journal_mode = WAL");
     Transaction transaction(database);
     for (const char* table : kTables) database.Execute(table);
@@ -65,18 +74,14 @@ void Create(const fs::path& file) {
         "INSERT INTO switch VALUES(0);"
         "PRAGMA application_id = 0x5349474C; PRAGMA user_version = 1");
     transaction.Commit();
-  } catch (...) {
-    unlink(draft.c_str());
-    throw;
   }
-  const int linked = link(draft.c_str(), file.c_str());
-  const int error = errno;
-  unlink(draft.c_str());
-  if (linked != 0 && error != EEXIST) ThrowSystemError(file.string(), error);
+  if (link(draft.Name().c_str(), file.c_str()) != 0 && errno != EEXIST)
+    ThrowSystemError(file.string());
 }
 
+/// By a descriptor whose end, unlike another's, leaves this process's locks on the database alone.
 void RequireOrdinaryFile(const fs::path& file) {
-  if (!fs::is_regular_file(file)) throw DatabaseError("not a regular file");
+  if (!platform::Open(file, O_PATH)) ThrowSystemError(file.string());
   if (fs::file_size(file) > kGreatestFile) throw DatabaseError("more than 256 MiB");
 }
 
@@ -134,8 +139,9 @@ std::unique_ptr<Database> OpenToRead(const fs::path& file) {
 std::unique_ptr<Database> Open(const fs::path& file, SettingFile::Access access) {
   if (access == SettingFile::Access::kCreate && !fs::exists(file)) Create(file);
   RequireOrdinaryFile(file);
-  if (access == SettingFile::Access::kRead) return OpenToRead(file);
-  auto database = Checked(std::make_unique<Database>(file, SQLITE_OPEN_READWRITE));
+  const fs::path real = RealPath(file);
+  if (access == SettingFile::Access::kRead) return OpenToRead(real);
+  auto database = Checked(std::make_unique<Database>(real, SQLITE_OPEN_READWRITE));
   database->Execute("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON");
   return database;
 }
@@ -338,7 +344,7 @@ SettingFileContent ReadSettingFile(const fs::path& file) {
 void CheckSettingFile(const fs::path& file) {
   RequireReadable(file);
   RequireOrdinaryFile(file);
-  Checked(std::make_unique<Database>(file, Database::AsItLies()));
+  Checked(std::make_unique<Database>(RealPath(file), Database::AsItLies()));
 }
 
 }  // namespace peers

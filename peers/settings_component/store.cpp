@@ -11,8 +11,8 @@ constexpr std::chrono::seconds kPatience(10);
 const SettingPlace& Store::Place() {
   if (!m_place) {
     m_place = FindSettingPlace();
-    std::error_code failed;  // shows as soon as the folder is used
-    fs::create_directories(m_place->file.parent_path(), failed);
+    // A failure shows as soon as the folder is used.
+    platform::OpenFolder(m_place->file.parent_path(), platform::Missing::kIsMade);
   }
   return *m_place;
 }

@@ -2,9 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -13,45 +11,31 @@
 #include <vector>
 
 #include "platform/posix/handle.h"
+#include "platform/posix/machine/letter_case.h"
 #include "platform/posix/machine/machine.h"
-#include "platform/utf.h"
+#include "platform/posix/machine/machine_file.h"
 
 namespace platform {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-class File : public Object {
+/// The client end of a pipe. The socket keeps each write one message, also an empty one.
+class Pipe : public Object {
  public:
-  explicit File(Descriptor descriptor) : m_descriptor(std::move(descriptor)) {}
+  explicit Pipe(Descriptor socket) : m_socket(std::move(socket)) {}
 
-  BOOL Write(const char* bytes, std::size_t count, DWORD& written) {
+  BOOL Write(const void* bytes, std::size_t count, DWORD& written) {
+    ssize_t step;
     do {
-      const ssize_t step = WriteOnce(bytes + written, count - written);
-      if (step >= 0)
-        written += static_cast<DWORD>(step);
-      else if (errno != EINTR)
-        return FailWith(errno == EBADF ? ERROR_ACCESS_DENIED : ErrorOf(errno));
-    } while (written < count);
+      step = send(m_socket.Get(), bytes, count, MSG_NOSIGNAL);
+    } while (step < 0 && errno == EINTR);
+    if (step < 0) return FailWith(ErrorOf(errno));
+    written = static_cast<DWORD>(step);
     return TRUE;
   }
 
- protected:
-  virtual ssize_t WriteOnce(const char* bytes, std::size_t count) {
-    return write(m_descriptor.Get(), bytes, count);
-  }
-
-  Descriptor m_descriptor;
-};
-
-/// The client end of a pipe. The socket keeps each write one message, also an empty one.
-class Pipe : public File {
-  using File::File;
-
-  ssize_t WriteOnce(const char* bytes, std::size_t count) override {
-    return send(m_descriptor.Get(), bytes, count, MSG_NOSIGNAL);
-  }
+ private:
+  Descriptor m_socket;
 };
 
 /// INVALID_HANDLE_VALUE with this last error.
@@ -60,29 +44,17 @@ HANDLE NoHandle(DWORD error) {
   return INVALID_HANDLE_VALUE;
 }
 
-wchar_t Lower(wchar_t unit) {
-  return unit >= L'A' && unit <= L'Z' ? static_cast<wchar_t>(unit - L'A' + L'a') : unit;
-}
-
-std::wstring Lower(std::wstring_view text) {
-  std::wstring lower;
-  for (const wchar_t unit : text) lower.push_back(Lower(unit));
-  return lower;
-}
-
 constexpr std::wstring_view kPipePrefix = L"\\\\.\\pipe\\";
 
-/// `name` in lower case: the names of pipes know no case.
-HANDLE OpenPipe(const std::wstring& name) {
+/// The names of pipes know no case.
+HANDLE OpenPipe(std::wstring_view name) {
   if (name.empty() || name.find_first_of(L"\\/") != name.npos) return NoHandle(ERROR_INVALID_NAME);
-  const Descriptor folder(open((MachineRoot() / "pipe").c_str(), O_PATH | O_CLOEXEC));
-  if (!folder) return NoHandle(ErrorOf(errno));
-  // By way of the folder's descriptor: an address takes 107 bytes, which a root alone may have.
-  const std::string path = "/proc/self/fd/" + std::to_string(folder.Get()) + "/" + ToUtf8(name);
-  sockaddr_un address = {};
-  address.sun_family = AF_UNIX;
-  if (path.size() >= sizeof address.sun_path) return NoHandle(ERROR_FILENAME_EXCED_RANGE);
-  path.copy(address.sun_path, path.size());
+  const Descriptor found = Open(FindName(MachineRoot() / "pipe", name), O_PATH, S_IFSOCK);
+  if (!found) return NoHandle(ErrorOf(errno));
+  // By way of the descriptor, which no other file can take the place of; and an address has 107
+  // bytes, less than a path.
+  sockaddr_un address = {AF_UNIX, {}};
+  ("/proc/self/fd/" + std::to_string(found.Get())).copy(address.sun_path, sizeof address.sun_path);
 
   Descriptor pipe(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!pipe) return NoHandle(ErrorOf(errno));
@@ -95,30 +67,13 @@ HANDLE OpenPipe(const std::wstring& name) {
   return AddObject(std::make_shared<Pipe>(std::move(pipe)));
 }
 
-HANDLE OpenFile(LPCWSTR path, DWORD access) {
-  const fs::path file = HostPath(path);
-  const bool writes = (access & GENERIC_WRITE) != 0;
-  const bool reads = (access & GENERIC_READ) != 0 || !writes;
-  const int flags = writes ? (reads ? O_RDWR : O_WRONLY) : O_RDONLY;
-  Descriptor descriptor(open(file.c_str(), flags | O_CLOEXEC | O_NOCTTY));
-  if (!descriptor) {
-    const int error = errno;
-    std::error_code ignored;
-    const bool hasFolder = error != ENOENT || fs::is_directory(file.parent_path(), ignored);
-    return NoHandle(hasFolder ? ErrorOf(error) : ERROR_PATH_NOT_FOUND);
-  }
-  struct stat status = {};
-  if (fstat(descriptor.Get(), &status) != 0 || S_ISDIR(status.st_mode))
-    return NoHandle(ERROR_ACCESS_DENIED);
-  return AddObject(std::make_shared<File>(std::move(descriptor)));
-}
-
 /// The mode of a file or folder; 0 and the last error when there is none.
 mode_t ModeOf(LPCWSTR path) {
   struct stat status = {};
   if (path == nullptr || *path == L'\0') {
     SetLastError(ERROR_PATH_NOT_FOUND);
-  } else if (stat(HostPath(path).c_str(), &status) != 0) {
+  } else if (const Descriptor found = Open(HostPath(path), O_PATH, 0);
+             !found || fstat(found.Get(), &status) != 0) {
     SetLastError(ErrorOf(errno));
   }
   return status.st_mode;
@@ -190,10 +145,10 @@ using platform::NoHandle;
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD, const SECURITY_ATTRIBUTES*, DWORD disposition,
                    DWORD flags, HANDLE) {
   if (IsToFail("CreateFileW")) return INVALID_HANDLE_VALUE;
-  if (path == nullptr || *path == L'\0') return NoHandle(ERROR_PATH_NOT_FOUND);
-  if (disposition != OPEN_EXISTING || flags != 0) return NoHandle(ERROR_INVALID_PARAMETER);
-  const std::wstring name = platform::Lower(path);
-  if (!name.starts_with(platform::kPipePrefix)) return platform::OpenFile(path, access);
+  const std::wstring_view name = path == nullptr ? L"" : path;
+  if (access != GENERIC_WRITE || disposition != OPEN_EXISTING || flags != 0 ||
+      !platform::StartsWithName(name, platform::kPipePrefix))
+    return NoHandle(ERROR_INVALID_PARAMETER);
   return platform::OpenPipe(name.substr(platform::kPipePrefix.size()));
 }
 
@@ -202,20 +157,19 @@ BOOL WriteFile(HANDLE handle, const void* bytes, DWORD count, LPDWORD written, O
   DWORD& done = written == nullptr ? ignored : *written;
   done = 0;
   if (IsToFail("WriteFile")) return FALSE;
-  const auto file = platform::FindObjectAs<platform::File>(handle);
-  if (file == nullptr) return FALSE;
+  const auto pipe = platform::FindObjectAs<platform::Pipe>(handle);
+  if (pipe == nullptr) return FALSE;
   if (bytes == nullptr && count > 0) return FailWith(ERROR_INVALID_PARAMETER);
-  return file->Write(static_cast<const char*>(bytes), count, done);
+  return pipe->Write(bytes, count, done);
 }
 
 BOOL PathFileExistsW(LPCWSTR path) {
-  return !IsToFail("PathFileExistsW") && platform::ModeOf(path) != 0;
+  return platform::ModeOf(path) != 0;
 }
 
 BOOL PathIsDirectoryW(LPCWSTR path) {
   constexpr BOOL kDirectoryAttribute = 0x10;
-  if (IsToFail("PathIsDirectoryW") || !S_ISDIR(platform::ModeOf(path))) return FALSE;
-  return kDirectoryAttribute;
+  return S_ISDIR(platform::ModeOf(path)) ? kDirectoryAttribute : FALSE;
 }
 
 BOOL PathRemoveFileSpecW(LPWSTR path) {

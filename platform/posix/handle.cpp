@@ -1,10 +1,10 @@
 #include "platform/posix/handle.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
+
+#include "platform/posix/machine/machine_file.h"
 
 namespace platform {
 
@@ -42,6 +42,8 @@ DWORD ErrorOf(int number) {
     case EROFS:
     case EISDIR:
       return ERROR_ACCESS_DENIED;
+    case EBUSY:
+      return ERROR_LOCK_VIOLATION;
     case ENOMEM:
       return ERROR_NOT_ENOUGH_MEMORY;
     case ENOSPC:
@@ -58,18 +60,12 @@ DWORD ErrorOf(int number) {
 }
 
 std::FILE* OpenToRead(const char* path) {
-  Descriptor file(open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY));
+  Descriptor file = Open(path, O_RDONLY);
   struct stat status = {};
   if (!file || fstat(file.Get(), &status) != 0) return nullptr;
-  if (S_ISDIR(status.st_mode)) {
-    errno = EACCES;
-    return nullptr;
-  }
-  return fdopen(file.Release(), "rb");
-}
-
-Descriptor::~Descriptor() {
-  if (m_number >= 0) close(m_number);
+  if (static_cast<std::size_t>(status.st_size) <= kLargestFile) return fdopen(file.Release(), "rb");
+  errno = EFBIG;
+  return nullptr;
 }
 
 }  // namespace platform

@@ -7,7 +7,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <utility>
 
 #include "platform/base.h"
 #include "platform/faults.h"
@@ -83,27 +82,8 @@ inline bool IsToFail(const char* operation) {
 /// The Windows error for a number of <cerrno>.
 DWORD ErrorOf(int number);
 
-/// Opens a file for reading, as it is. Null and errno on failure, EACCES for a folder.
+/// Opens a file for reading, as machine_file.h tells. Null and errno on failure, EFBIG for a file
+/// that is larger than kLargestFile.
 std::FILE* OpenToRead(const char* path);
-
-/// The owner of a file descriptor.
-class Descriptor {
- public:
-  Descriptor() = default;
-  explicit Descriptor(int number) : m_number(number) {}
-  Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-  Descriptor& operator=(Descriptor&& other) noexcept {
-    std::swap(m_number, other.m_number);
-    return *this;
-  }
-  ~Descriptor();
-
-  int Get() const { return m_number; }
-  int Release() { return std::exchange(m_number, -1); }
-  explicit operator bool() const { return m_number >= 0; }
-
- private:
-  int m_number = -1;
-};
 
 }  // namespace platform

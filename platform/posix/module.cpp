@@ -14,7 +14,6 @@
 
 #include "platform/posix/handle.h"
 #include "platform/posix/machine/letter_case.h"
-#include "platform/posix/machine/machine.h"
 #include "platform/posix/module_refusal.h"
 #include "platform/shell.h"
 #include "platform/utf.h"
@@ -131,8 +130,11 @@ HMODULE CountUse(HMODULE module, std::wstring path) {
   return module;
 }
 
+/// Code comes from where the host's does, never from a machine's folder, which holds data: a path
+/// of drive C is refused.
 HMODULE LoadFile(std::wstring path) {
-  const fs::path file = HostPath(path);
+  if (!path.starts_with(L'/')) return Nothing(ERROR_ACCESS_DENIED);
+  const fs::path file = ToUtf8(path);
   void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle == nullptr) return Nothing(LoadError(file));
   if (!HasRefused(handle)) return CountUse(static_cast<HMODULE>(handle), std::move(path));
@@ -170,7 +172,6 @@ HMODULE LoadLibraryW(LPCWSTR path) {
 }
 
 BOOL FreeLibrary(HMODULE module) {
-  if (IsToFail("FreeLibrary")) return FALSE;
   if (module == platform::HostModule()) return TRUE;
   {
     const std::lock_guard lock(platform::g_guard);
@@ -193,7 +194,6 @@ FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
 }
 
 HMODULE GetModuleHandleW(LPCWSTR name) {
-  if (IsToFail("GetModuleHandleW")) return nullptr;
   if (name == nullptr) return platform::HostModule();
   const HMODULE module = platform::FindLoaded(platform::WithExtension(name));
   if (module == nullptr) SetLastError(ERROR_MOD_NOT_FOUND);
@@ -201,7 +201,6 @@ HMODULE GetModuleHandleW(LPCWSTR name) {
 }
 
 DWORD GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD capacity) {
-  if (IsToFail("GetModuleFileNameW")) return 0;
   const std::wstring name = platform::PathOf(module == nullptr ? platform::HostModule() : module);
   if (name.empty() || (path == nullptr && capacity > 0)) {
     SetLastError(name.empty() ? ERROR_MOD_NOT_FOUND : ERROR_INVALID_PARAMETER);

@@ -90,15 +90,12 @@ BOOL SHGetPathFromIDListW(LPCITEMIDLIST list, LPWSTR path) {
   return TRUE;
 }
 
-BOOL SHGetSpecialFolderPathW(HWND, LPWSTR path, int csidl, BOOL create) {
+BOOL SHGetSpecialFolderPathW(HWND, LPWSTR path, int csidl, BOOL) {
   if (path == nullptr) return FALSE;
   *path = L'\0';
   if (platform::IsToFail("SHGetSpecialFolderPathW")) return FALSE;
   const auto folder = platform::FolderOf(csidl);
   if (!folder) return FALSE;
-  std::error_code error;
-  if (create) std::filesystem::create_directories(platform::HostPath(*folder), error);
-  if (error) return platform::FailWith(platform::ErrorOf(error.value()));
   path[folder->copy(path, folder->size())] = L'\0';
   return TRUE;
 }

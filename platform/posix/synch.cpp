@@ -2,12 +2,10 @@
 
 #include <fcntl.h>
 #include <pthread.h>
-#include <stdlib.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <time.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cctype>
 #include <cerrno>
@@ -18,13 +16,14 @@
 
 #include "platform/posix/handle.h"
 #include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/machine_file.h"
 #include "platform/utf.h"
 
-// A named mutex is a file below the root with a robust pthread mutex in it, which every process
-// maps. Each open handle holds a shared lock on the file, and the system takes the locks of dead
-// processes back. So a file that can be locked exclusively is a left-over: nobody has the mutex,
-// and the next one to ask gets a new one, in a new file, since the old may still be mapped
-// somewhere.
+// A named mutex is a file below the root with a robust pthread mutex in it, which every process of
+// the machine's account maps; whoever could write to it would have a say in their memory. Each open
+// handle holds a shared lock on the file, and the system takes the locks of dead processes back. So
+// a file that can be locked exclusively is a left-over: nobody has the mutex, and the next one to
+// ask gets a new one, in a new file, since the old may still be mapped somewhere.
 
 namespace platform {
 
@@ -98,23 +97,10 @@ void Check(bool good) {
   if (!good) throw std::system_error(errno, std::generic_category());
 }
 
-/// The locks belong to the open file, not to the process: each handle has its own.
-bool LockFile(const Descriptor& file, short type, bool wait) {
-  struct flock lock = {};
-  lock.l_type = type;
-  lock.l_whence = SEEK_SET;
-  int result;
-  do {
-    result = fcntl(file.Get(), wait ? F_OFD_SETLKW : F_OFD_SETLK, &lock);
-  } while (result != 0 && errno == EINTR);
-  Check(result == 0 || errno == EAGAIN || errno == EACCES);
-  return result == 0;
-}
-
 bool IsAt(const Descriptor& file, const fs::path& path) {
   struct stat opened = {};
   struct stat named = {};
-  return fstat(file.Get(), &opened) == 0 && stat(path.c_str(), &named) == 0 &&
+  return fstat(file.Get(), &opened) == 0 && lstat(path.c_str(), &named) == 0 &&
          opened.st_ino == named.st_ino && opened.st_dev == named.st_dev;
 }
 
@@ -122,11 +108,12 @@ bool IsAt(const Descriptor& file, const fs::path& path) {
 /// removed.
 Descriptor OpenInUse(const fs::path& path) {
   for (;;) {
-    Descriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC));
+    Descriptor file = Open(path, O_RDWR);
     Check(file || errno == ENOENT);
     if (!file) return {};
-    const bool isLeftOver = LockFile(file, F_WRLCK, false);
-    if (!isLeftOver) LockFile(file, F_RDLCK, true);
+    const bool isLeftOver = Lock(file, LOCK_EX, {});
+    Check(isLeftOver || errno == EBUSY);
+    Check(isLeftOver || Lock(file, LOCK_SH, kLockPatience));
     if (!IsAt(file, path)) continue;  // removed by another process meanwhile
     if (!isLeftOver) return file;
     Check(unlink(path.c_str()) == 0);
@@ -144,18 +131,21 @@ SharedMutex* Map(const Descriptor& file) {
   return static_cast<SharedMutex*>(memory);
 }
 
+/// A file that others can open is none, as they could cut it under the feet of all.
 std::shared_ptr<Mutex> OpenMutex(Descriptor file) {
   struct stat status = {};
   Check(fstat(file.Get(), &status) == 0);
-  if (status.st_size != sizeof(SharedMutex))
-    throw std::system_error(EBADF, std::generic_category(), "not a mutex");
+  if (status.st_size != sizeof(SharedMutex) || (status.st_mode & 077) != 0)
+    throw std::system_error(EACCES, std::generic_category(), "not a mutex");
   SharedMutex* const shared = Map(file);
   return std::make_shared<Mutex>(std::move(file), shared);
 }
 
-std::shared_ptr<Mutex> MakeMutex(Descriptor file, bool owned) {
-  Check(ftruncate(file.Get(), sizeof(SharedMutex)) == 0);
-  auto* const shared = new (Map(file)) SharedMutex{};
+/// Null when another process was faster.
+std::shared_ptr<Mutex> MakeMutex(const fs::path& path) {
+  Draft draft(path);
+  Check(Lock(draft.File(), LOCK_SH, {}) && ftruncate(draft.File().Get(), sizeof(SharedMutex)) == 0);
+  auto* const shared = new (Map(draft.File())) SharedMutex{};
   pthread_mutexattr_t attributes;
   pthread_mutexattr_init(&attributes);
   pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED);
@@ -163,102 +153,68 @@ std::shared_ptr<Mutex> MakeMutex(Descriptor file, bool owned) {
   pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
   pthread_mutex_init(&shared->mutex, &attributes);
   pthread_mutexattr_destroy(&attributes);
-  auto mutex = std::make_shared<Mutex>(std::move(file), shared);
-  if (owned) mutex->Wait(INFINITE);
-  return mutex;
+  auto mutex = std::make_shared<Mutex>(std::move(draft.File()), shared);
+  const bool isLinked = link(draft.Name().c_str(), path.c_str()) == 0;
+  Check(isLinked || errno == EEXIST);
+  return isLinked ? mutex : nullptr;
 }
 
-/// Null when another process was faster.
-std::shared_ptr<Mutex> MakeNamed(const fs::path& path, bool owned) {
-  struct Draft {
-    ~Draft() { unlink(name.c_str()); }
-    std::string name;
-  } draft{(path.parent_path() / ".XXXXXX").string()};
-  Descriptor file(mkostemp(draft.name.data(), O_CLOEXEC));
-  Check(bool(file));
-  LockFile(file, F_RDLCK, true);
-  Check(fchmod(file.Get(), 0666) == 0);
-  std::shared_ptr<Mutex> mutex = MakeMutex(std::move(file), owned);
-  if (link(draft.name.c_str(), path.c_str()) == 0) return mutex;
-  const int error = errno;
-  if (owned) mutex->Release();
-  if (error != EEXIST) throw std::system_error(error, std::generic_category());
-  return nullptr;
-}
-
-/// One file name for each mutex name. Empty for a name that is none.
+/// One file name for each mutex name, which has letters, digits, `_` and `-` behind `Global\`.
+/// Empty for any other.
 std::string FileName(std::wstring_view name) {
   constexpr std::wstring_view kGlobal = L"Global\\";
-  constexpr std::wstring_view kLocal = L"Local\\";
-  std::string fileName;
-  if (name.starts_with(kGlobal)) {
-    name.remove_prefix(kGlobal.size());
-    fileName = "Global+";
-  } else if (name.starts_with(kLocal)) {
-    name.remove_prefix(kLocal.size());
-  }
-  if (name.find(L'\\') != name.npos) return {};
-  for (const char byte : ToUtf8(name)) {
-    constexpr char kDigits[] = "0123456789ABCDEF";
-    const auto number = static_cast<unsigned char>(byte);
-    const bool plain = number >= 0x80 || isalnum(number) != 0 || byte == '_' || byte == '-';
-    if (plain)
-      fileName += byte;
-    else
-      fileName.append({'%', kDigits[number >> 4], kDigits[number & 15]});
-  }
-  return fileName;
+  const bool isGlobal = name.starts_with(kGlobal);
+  if (isGlobal) name.remove_prefix(kGlobal.size());
+  const bool isPlain = std::ranges::all_of(name, [](wchar_t unit) {
+    return unit < 0x80 && (isalnum(static_cast<int>(unit)) != 0 || unit == L'_' || unit == L'-');
+  });
+  if (!isPlain || name.empty()) return {};
+  return (isGlobal ? "Global+" : "") + ToUtf8(name);
 }
 
 fs::path Folder() {
   const fs::path folder = MachineRoot() / "mutex";
-  if (fs::create_directories(folder)) fs::permissions(folder, fs::perms::all);
+  Check(bool(OpenFolder(folder, Missing::kIsMade)));
   return folder;
 }
 
-std::shared_ptr<Mutex> OpenOrMake(const fs::path& path, bool owned, bool& existed) {
+std::shared_ptr<Mutex> OpenOrMake(const fs::path& path, bool& existed) {
   for (;;) {
     Descriptor file = OpenInUse(path);
     existed = bool(file);
     if (file) return OpenMutex(std::move(file));
-    if (auto mutex = MakeNamed(path, owned)) return mutex;
+    if (auto mutex = MakeMutex(path)) return mutex;
   }
+}
+
+HANDLE NoHandle(DWORD error) {
+  SetLastError(error);
+  return nullptr;
 }
 
 }  // namespace
 
 }  // namespace platform
 
-using platform::FailWith;
 using platform::IsToFail;
+using platform::NoHandle;
 
 HANDLE CreateMutexW(const SECURITY_ATTRIBUTES*, BOOL initialOwner, LPCWSTR name) {
   if (IsToFail("CreateMutexW")) return nullptr;
-  const bool owned = initialOwner != FALSE;
+  if (initialOwner != FALSE || name == nullptr) return NoHandle(ERROR_INVALID_PARAMETER);
+  const std::string fileName = platform::FileName(name);
+  if (fileName.empty()) return NoHandle(ERROR_PATH_NOT_FOUND);
   try {
     bool existed = false;
-    std::shared_ptr<platform::Mutex> mutex;
-    if (name == nullptr || *name == L'\0') {
-      platform::Descriptor file(memfd_create("mutex", MFD_CLOEXEC));
-      platform::Check(bool(file));
-      mutex = platform::MakeMutex(std::move(file), owned);
-    } else {
-      const std::string fileName = platform::FileName(name);
-      if (fileName.empty()) {
-        SetLastError(ERROR_PATH_NOT_FOUND);
-        return nullptr;
-      }
-      mutex = platform::OpenOrMake(platform::Folder() / fileName, owned, existed);
-    }
-    const HANDLE handle = platform::AddObject(std::move(mutex));
+    const HANDLE handle =
+        platform::AddObject(platform::OpenOrMake(platform::Folder() / fileName, existed));
     SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return handle;
   } catch (const std::system_error& error) {
-    SetLastError(platform::ErrorOf(error.code().value()));
+    return NoHandle(platform::ErrorOf(error.code().value()));
   } catch (const std::bad_alloc&) {
-    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return NoHandle(ERROR_NOT_ENOUGH_MEMORY);
   }
-  return nullptr;
 }
 
 DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds) {

@@ -16,9 +16,10 @@ policy() {
   echo "印</Text></Element></Elements></Watermark></HLE></QuietMIMOSA>"
 }
 
-# Every file and folder of the machine, with its content and the time of its last change.
+# Every file and folder of the machine, or of another folder, with its content and the time of its
+# last change.
 snapshot() {
-  find machine -printf '%p %T@\n' -type f -exec md5sum {} + | sort
+  find "${1:-machine}" -printf '%p %T@\n' -type f -exec md5sum {} + | sort
 }
 
 sigilctl init machine > output

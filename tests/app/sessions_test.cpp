@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -50,6 +51,8 @@ std::string WithoutBlankLines(const fs::path& file) {
 class Session : public testing::TestWithParam<fs::directory_entry> {};
 
 TEST_P(Session, GoesAsItIsWritten) {
+  if (GetParam().path().stem() == "accounts" && geteuid() != 0)
+    GTEST_SKIP() << "acts as several accounts, which only root can";
   std::string name = (fs::temp_directory_path() / "sigil-app-XXXXXX").string();
   const fs::path folder = mkdtemp(name.data());
   const fs::path programs = fs::read_symlink("/proc/self/exe").parent_path() / SIGIL_BUILD_FOLDER;

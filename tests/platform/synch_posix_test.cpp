@@ -1,19 +1,24 @@
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
 #include <thread>
 
+#include "platform/posix/machine/machine.h"
 #include "platform/synch.h"
 #include "tests/platform/calls.h"
 #include "tests/support/test_machine.h"
 
 namespace {
 
+namespace fs = std::filesystem;
 using tests::ErrorOf;
 
 constexpr wchar_t kName[] = L"Global\\TEST";
@@ -21,8 +26,8 @@ constexpr wchar_t kName[] = L"Global\\TEST";
 /// Closed at the end.
 using Handle = std::unique_ptr<void, decltype([](HANDLE handle) { CloseHandle(handle); })>;
 
-Handle Make(LPCWSTR name = kName, BOOL owned = FALSE) {
-  return Handle(CreateMutexW(nullptr, owned, name));
+Handle Make(LPCWSTR name = kName) {
+  return Handle(CreateMutexW(nullptr, FALSE, name));
 }
 
 /// The last error that making the mutex leaves.
@@ -65,11 +70,12 @@ class Mutexes : public testing::Test {
 };
 
 TEST_F(Mutexes, HaveOneOwnerThatCounts) {
-  const Handle first = Make(kName, TRUE);
+  const Handle first = Make();
   EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
-  const Handle second = Make(kName, TRUE);
+  const Handle second = Make();
   EXPECT_EQ(GetLastError(), DWORD{ERROR_ALREADY_EXISTS});
-  EXPECT_EQ(WaitForSingleObject(second.get(), INFINITE), WAIT_OBJECT_0);
+  for (const Handle* each : {&first, &second})
+    EXPECT_EQ(WaitForSingleObject(each->get(), INFINITE), WAIT_OBJECT_0);
   EXPECT_EQ(WaitForSingleObject(first.get(), 0), WAIT_OBJECT_0);
   EXPECT_EQ(InThread([&] { return WaitForSingleObject(second.get(), 20); }), WAIT_TIMEOUT);
   EXPECT_EQ(InThread([&] { return ErrorOf(ReleaseMutex(first.get())); }), ERROR_NOT_OWNER);
@@ -82,13 +88,13 @@ TEST_F(Mutexes, HaveOneOwnerThatCounts) {
 }
 
 TEST_F(Mutexes, AreToldApartByNameAndHandle) {
-  const Handle global = Make(), local = Make(L"Local\\TEST");
+  const Handle global = Make(), local = Make(L"TEST");
   const std::wstring tooLong(300, L'x');
   using Row = std::pair<LPCWSTR, DWORD>;
   for (const auto& [name, error] :
        {Row(kName, ERROR_ALREADY_EXISTS), Row(L"TEST", ERROR_ALREADY_EXISTS),
-        Row(L"Global\\test", ERROR_SUCCESS), Row(L"Global\\会議室 ../%", ERROR_SUCCESS),
-        Row(nullptr, ERROR_SUCCESS), Row(L"Global\\a\\b", ERROR_PATH_NOT_FOUND),
+        Row(L"Global\\test", ERROR_SUCCESS), Row(L"Global\\..", ERROR_PATH_NOT_FOUND),
+        Row(L"", ERROR_PATH_NOT_FOUND), Row(L"Global\\a\\b", ERROR_PATH_NOT_FOUND),
         Row(tooLong.c_str(), ERROR_FILENAME_EXCED_RANGE)})
     EXPECT_EQ(Making(name), error);
   const HANDLE closed = Make().get();
@@ -119,13 +125,45 @@ TEST_F(Mutexes, AreGoneWithTheirLastHandle) {
   KillAnOwner();
   EXPECT_EQ(Making(kName), DWORD{ERROR_SUCCESS});
   // Closed while it is owned: the owner goes on with others, and the name is free.
-  Make(kName, TRUE).reset();
+  EXPECT_EQ(WaitForSingleObject(Make().get(), 0), WAIT_OBJECT_0);
   const Handle anew = Make();
   EXPECT_EQ(GetLastError(), DWORD{ERROR_SUCCESS});
   EXPECT_EQ(WaitElsewhere(anew), WAIT_OBJECT_0);
   // Another handle keeps it: it stays owned until its thread ends.
   InThread([] { return WaitForSingleObject(Make().get(), 0); });
   EXPECT_EQ(WaitElsewhere(anew), WAIT_ABANDONED);
+}
+
+// A mutex that was cut would end every process that has it mapped.
+TEST_F(Mutexes, AreNoOtherFileAndNoneThatIsCutOrOpenToOthers) {
+  const fs::path folder = platform::MachineRoot() / "mutex", file = folder / "Global+TEST";
+  {
+    const Handle mutex = Make();
+    EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0700));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
+    fs::permissions(file, fs::perms(0604));
+    EXPECT_EQ(Making(kName), DWORD{ERROR_ACCESS_DENIED});
+    fs::permissions(file, fs::perms(0600));
+    const auto size = fs::file_size(file);
+    for (const auto wrong : {size - 1, size + 1}) {
+      fs::resize_file(file, wrong);
+      EXPECT_EQ(Making(kName), DWORD{ERROR_ACCESS_DENIED});
+    }
+    fs::resize_file(file, size);
+    EXPECT_EQ(Making(kName), DWORD{ERROR_ALREADY_EXISTS});
+  }
+  std::ofstream(folder / "other") << "left alone";
+  for (const auto& place : {+[](const fs::path& at) { fs::create_directory(at); },
+                            +[](const fs::path& at) { fs::create_symlink("other", at); },
+                            +[](const fs::path& at) { mkfifo(at.c_str(), 0600); }}) {
+    fs::remove(file);
+    place(file);
+    EXPECT_EQ(Making(kName), DWORD{ERROR_ACCESS_DENIED});
+  }
+  fs::rename(folder, folder.string() + "s");
+  fs::create_symlink("mutexs", folder);
+  EXPECT_EQ(Making(kName), DWORD{ERROR_ACCESS_DENIED});
+  fs::remove(folder);
 }
 
 }  // namespace

@@ -139,18 +139,6 @@ void IniFile::Set(std::wstring_view section, std::wstring_view key, std::wstring
   lines.insert(last, MakeEntry(key, value));
 }
 
-void IniFile::DeleteKey(std::wstring_view section, std::wstring_view key) {
-  const auto target = FindSection(m_sections, section);
-  if (target == m_sections.end()) return;
-  const auto found = FindEntry(target->lines, key);
-  if (found != target->lines.end()) target->lines.erase(found);
-}
-
-void IniFile::DeleteSection(std::wstring_view section) {
-  const auto found = FindSection(m_sections, section);
-  if (found != m_sections.end()) m_sections.erase(found);
-}
-
 std::string IniFile::Bytes() const {
   std::string bytes = m_mark + m_head;
   for (const Section& section : m_sections) {

@@ -41,8 +41,6 @@ class IniFile {
   const Section* Find(std::wstring_view section) const;
 
   void Set(std::wstring_view section, std::wstring_view key, std::wstring_view value);
-  void DeleteKey(std::wstring_view section, std::wstring_view key);
-  void DeleteSection(std::wstring_view section);
 
   std::string Bytes() const;
 

@@ -33,21 +33,6 @@ bool HasDrive(std::wstring_view path) {
          ((path[0] >= L'A' && path[0] <= L'Z') || (path[0] >= L'a' && path[0] <= L'z'));
 }
 
-/// The name in `folder` that Windows would find; `name` itself when there is none.
-fs::path FindName(const fs::path& folder, std::wstring_view name) {
-  fs::path exact = folder / ToUtf8(name);
-  std::error_code error;
-  if (fs::exists(fs::symlink_status(exact, error))) return exact;
-  fs::path best;
-  for (fs::directory_iterator each(folder, error), end; !error && each != end;
-       each.increment(error)) {
-    const fs::path& found = each->path();
-    if (SameName(FromUtf8(found.filename().native()), name) && (best.empty() || found < best))
-      best = found;
-  }
-  return best.empty() ? exact : best;
-}
-
 std::wstring LoginName() {
   const auto user = FindUser(geteuid());
   return user ? user->login : std::to_wstring(geteuid());
@@ -80,11 +65,27 @@ AccountList AccountsOf(const IniFile::Section& section) {
 }  // namespace
 
 fs::path MachineRoot() {
-  const fs::path root = Variable("SIGIL_ROOT");
-  if (!root.empty()) return fs::absolute(root);
-  const fs::path data = Variable("XDG_DATA_HOME");
-  const fs::path home = data.empty() ? Variable("HOME") / ".local" / "share" : data;
-  return fs::absolute(home / "sigil" / "machine");
+  fs::path root = Variable("SIGIL_ROOT");
+  if (root.empty()) {
+    const fs::path data = Variable("XDG_DATA_HOME");
+    root = (data.empty() ? Variable("HOME") / ".local" / "share" : data) / "sigil" / "machine";
+  }
+  root = fs::absolute(root);
+  return root.has_filename() ? root : root.parent_path();
+}
+
+fs::path FindName(const fs::path& folder, std::wstring_view name) {
+  fs::path exact = folder / ToUtf8(name);
+  std::error_code error;
+  if (fs::exists(fs::symlink_status(exact, error))) return exact;
+  fs::path best;
+  for (fs::directory_iterator each(folder, error), end; !error && each != end;
+       each.increment(error)) {
+    const fs::path& found = each->path();
+    if (SameName(FromUtf8(found.filename().native()), name) && (best.empty() || found < best))
+      best = found;
+  }
+  return best.empty() ? exact : best;
 }
 
 fs::path HostPath(std::wstring_view windowsPath) {

@@ -21,6 +21,10 @@ std::filesystem::path MachineRoot();
 /// as Windows finds them.
 std::filesystem::path HostPath(std::wstring_view windowsPath);
 
+/// The path of the name in `folder` that Windows would find: without regard to case, but as it is
+/// when there is none.
+std::filesystem::path FindName(const std::filesystem::path& folder, std::wstring_view name);
+
 struct Printer {
   std::wstring name;
   std::wstring driver;

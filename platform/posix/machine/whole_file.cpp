@@ -1,15 +1,12 @@
 #include "platform/posix/machine/whole_file.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
 
-#include "platform/posix/handle.h"
+#include "platform/posix/machine/machine_file.h"
 
 namespace platform {
 
@@ -29,29 +26,17 @@ void WriteAll(int file, std::string_view bytes, const fs::path& path) {
   }
 }
 
-/// Puts a new file in the place of `path`. Its name is free for use, since the folder is locked.
 void Replace(const fs::path& path, std::string_view bytes) {
-  struct stat status;
-  const bool isThere = stat(path.c_str(), &status) == 0;
-  const std::string name = path.string() + "." + std::to_string(getpid()) + ".new";
-  unlink(name.c_str());
-  const Descriptor file(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-  if (!file) Throw(path);
-  try {
-    WriteAll(file.Get(), bytes, path);
-    if ((isThere && fchmod(file.Get(), status.st_mode & 07777) != 0) || fsync(file.Get()) != 0 ||
-        rename(name.c_str(), path.c_str()) != 0)
-      Throw(path);
-  } catch (...) {
-    unlink(name.c_str());
-    throw;
-  }
+  Draft draft(path);
+  WriteAll(draft.File().Get(), bytes, path);
+  if (fsync(draft.File().Get()) != 0 || std::rename(draft.Name().c_str(), path.c_str()) != 0)
+    Throw(path);
 }
 
 }  // namespace
 
 std::optional<std::string> ReadWholeFile(const fs::path& path) {
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  const Descriptor file = Open(path, O_RDONLY);
   if (!file && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
   if (!file) Throw(path);
   std::string bytes;
@@ -61,21 +46,20 @@ std::optional<std::string> ReadWholeFile(const fs::path& path) {
     if (step == 0) return bytes;
     if (step < 0 && errno != EINTR) Throw(path);
     if (step > 0) bytes.append(block, static_cast<std::size_t>(step));
+    if (bytes.size() > kLargestFile) {
+      errno = EFBIG;
+      Throw(path);
+    }
   }
 }
 
-void ChangeWholeFile(
-    const fs::path& path,
-    const std::function<std::optional<std::string>(const std::optional<std::string>&)>& change) {
-  std::error_code ignored;
-  const fs::path target = fs::is_symlink(path, ignored) ? fs::canonical(path) : path;
-  const Descriptor folder(open(target.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!folder) Throw(path);
-  while (flock(folder.Get(), LOCK_EX) != 0)
-    if (errno != EINTR) Throw(path);
-  const auto before = ReadWholeFile(target);
-  const auto after = change(before);
-  if (after && after != before) Replace(target, *after);
+void ChangeWholeFile(const fs::path& path,
+                     const std::function<std::string(const std::optional<std::string>&)>& change) {
+  const Descriptor folder = OpenFolder(path.parent_path(), Missing::kFails);
+  if (!folder || !Lock(folder, LOCK_EX, kLockPatience)) Throw(path);
+  const auto before = ReadWholeFile(path);
+  const std::string after = change(before);
+  if (after != before) Replace(path, after);
 }
 
 }  // namespace platform

@@ -1,0 +1,209 @@
+// Whose a machine is, and what may lie in it.
+
+#include <fcntl.h>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <thread>
+
+#include "platform/crt.h"
+#include "platform/file.h"
+#include "platform/netapi.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/machine_file.h"
+#include "platform/posix/machine/whole_file.h"
+#include "platform/profile.h"
+#include "platform/shell.h"
+#include "platform/spooler.h"
+#include "platform/synch.h"
+#include "platform/utf.h"
+#include "tests/platform/calls.h"
+#include "tests/support/test_machine.h"
+
+namespace tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr uid_t kOther = 54321;
+constexpr wchar_t kFile[] = L"C:\\SigilTest\\Some.ini";
+
+/// What each call that uses a file gives, in one line: 0 or its error.
+std::string Use(LPCWSTR path) {
+  std::FILE* stream = nullptr;
+  std::string told = std::to_string(_wfopen_s(&stream, path, L"rb"));
+  if (stream != nullptr) std::fclose(stream);
+  wchar_t text[8];
+  GetPrivateProfileStringW(L"User", L"A", L"none", text, 8, path);
+  told += " " + platform::ToUtf8(text) + " " + std::to_string(GetLastError());
+  return told + " " +
+         std::to_string(ErrorOf(WritePrivateProfileStringW(L"User", L"A", L"2", path)));
+}
+
+class MachineFile : public testing::Test {
+ protected:
+  MachineFile() { m_machine.Write(kFile, "[User]\nA=1\n"); }
+  ~MachineFile() override { fs::permissions(m_root, fs::perms(0700)); }
+
+  TestMachine m_machine;
+  const fs::path m_root = platform::MachineRoot();
+  const fs::path m_path = platform::HostPath(kFile);
+};
+
+TEST_F(MachineFile, IsARegularOneOfItsOwnerAndNeverALink) {
+  constexpr char kRefused[] = "13 none 5 5";
+  const fs::path real = m_path.parent_path() / "Real.ini";
+  EXPECT_EQ(Use(kFile), "0 1 0 0");
+  EXPECT_EQ(fs::status(m_path).permissions(), fs::perms(0600)) << "made anew";
+  fs::rename(m_path, real);
+  const std::map<std::string, std::function<void()>> ways = {
+      {"link", [&] { fs::create_symlink("Real.ini", m_path); }},
+      {"dangling link", [&] { fs::create_symlink("absent", m_path); }},
+      {"folder", [&] { fs::create_directory(m_path); }},
+      {"FIFO", [&] { mkfifo(m_path.c_str(), 0600); }},
+      {"socket", [&] {
+         sockaddr_un address{AF_UNIX, {}};
+         std::strncpy(address.sun_path, m_path.c_str(), sizeof address.sun_path - 1);
+         const platform::Descriptor made(socket(AF_UNIX, SOCK_STREAM, 0));
+         bind(made.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
+       }}};
+  for (const auto& [name, place] : ways) {
+    place();
+    EXPECT_EQ(Use(kFile), kRefused) << name;
+    EXPECT_TRUE(PathFileExistsW(kFile)) << name;
+    fs::remove(m_path);
+  }
+  if (geteuid() == 0) {
+    fs::copy_file(real, m_path);
+    ASSERT_EQ(chown(m_path.c_str(), kOther, kOther), 0);
+    EXPECT_EQ(Use(kFile), kRefused) << "another's file";
+    fs::create_directory(m_root / "C/Theirs");
+    fs::copy_file(real, m_root / "C/Theirs/Real.ini");
+    ASSERT_EQ(chown((m_root / "C/Theirs").c_str(), kOther, kOther), 0);
+    EXPECT_EQ(Use(L"C:\\Theirs\\Real.ini"), kRefused) << "own file in another's folder";
+  }
+  EXPECT_EQ(m_machine.Read(L"C:\\SigilTest\\Real.ini"), "[User]\nA=2\r\n");
+
+  // Nor does a link lead there; but the machine's account may name a path of Linux.
+  fs::create_directory_symlink("SigilTest", m_root / "C/Link");
+  EXPECT_EQ(Use(L"C:\\Link\\Real.ini"), kRefused);
+  EXPECT_FALSE(PathIsDirectoryW(L"C:\\Link"));
+  std::string outside = (fs::temp_directory_path() / "sigil-test-XXXXXX").string();
+  ASSERT_NE(mkdtemp(outside.data()), nullptr);
+  fs::create_symlink(real, outside + "/link");
+  std::FILE* stream = nullptr;
+  EXPECT_EQ(_wfopen_s(&stream, platform::FromUtf8(outside + "/link").c_str(), L"rb"), 0);
+  std::fclose(stream);
+  ASSERT_EQ(mkfifo((outside + "/fifo").c_str(), 0600), 0);
+  EXPECT_EQ(_wfopen_s(&stream, platform::FromUtf8(outside + "/fifo").c_str(), L"rb"), EACCES);
+  fs::remove_all(outside);
+}
+
+TEST_F(MachineFile, HasAGreatestSize) {
+  std::FILE* stream = nullptr;
+  fs::resize_file(m_path, platform::kLargestFile);
+  EXPECT_EQ(_wfopen_s(&stream, kFile, L"rb"), 0);
+  std::fclose(stream);
+  EXPECT_EQ(platform::ReadWholeFile(m_path)->size(), platform::kLargestFile);
+  fs::resize_file(m_path, platform::kLargestFile + 1);
+  EXPECT_EQ(_wfopen_s(&stream, kFile, L"rb"), EFBIG);
+  EXPECT_THROW(platform::ReadWholeFile(m_path), std::system_error);
+}
+
+TEST_F(MachineFile, IsMadeForItsAccountAloneWhateverTheUmask) {
+  for (const mode_t mask : {0, 0277}) {
+    const mode_t before = umask(mask);
+    const fs::path file = m_root / "D" / std::to_string(mask) / "file";
+    EXPECT_TRUE(platform::Open(file, O_WRONLY | O_CREAT));
+    const std::wstring value = std::to_wstring(mask);  // a change, so that the file is made anew
+    EXPECT_TRUE(WritePrivateProfileStringW(L"User", L"A", value.c_str(), kFile));
+    umask(before);
+    for (const fs::path& made : {file, m_path})
+      EXPECT_EQ(fs::status(made).permissions(), fs::perms(0600)) << made;
+    EXPECT_EQ(fs::status(file.parent_path()).permissions(), fs::perms(0700));
+  }
+  // What an older version or another program left open to others is closed when it is met.
+  fs::permissions(m_path.parent_path(), fs::perms(0777));
+  EXPECT_EQ(Use(kFile), "0 191 0 0");
+  EXPECT_EQ(fs::status(m_path.parent_path()).permissions(), fs::perms(0700));
+}
+
+/// The last error of everything that asks the machine, or that it was not refused.
+std::string AskAll() {
+  std::string told = Use(kFile);
+  const auto add = [&](DWORD error) { told += " " + std::to_string(error); };
+  add(ErrorOf(CreateMutexW(nullptr, FALSE, L"Global\\TEST")));
+  add(ErrorOf(
+      CreateFileW(L"\\\\.\\pipe\\p", GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr)));
+  add(ErrorOf(PathIsDirectoryW(L"C:\\SigilTest")));
+  DWORD needed = 0, count = 0;
+  add(ErrorOf(EnumPrintersW(6, nullptr, 2, nullptr, 0, &needed, &count)));
+  wchar_t name[16], *folder = nullptr;
+  DWORD capacity = 16;
+  add(ErrorOf(GetUserNameW(name, &capacity)));
+  add(SHGetKnownFolderPath(FOLDERID_LocalAppDataLow, 0, nullptr, &folder) == E_FAIL ? 5 : 0);
+  return told;
+}
+
+std::string Snapshot(const fs::path& root) {
+  std::string all;
+  for (const auto& each : fs::recursive_directory_iterator(root))
+    all += each.path().string() + " " +
+           std::to_string(each.last_write_time().time_since_epoch().count()) + "\n";
+  return all;
+}
+
+TEST_F(MachineFile, IsClosedWhereOthersCanWriteToTheRoot) {
+  const std::string before = Snapshot(m_root);
+  fs::permissions(m_root, fs::perms(0720));
+  EXPECT_EQ(AskAll(), "13 none 5 5 5 5 5 5 5 5");
+  EXPECT_EQ(Snapshot(m_root), before);
+}
+
+// With the modes of an account that lets others look.
+TEST_F(MachineFile, IsClosedToEveryOtherAccountRootIncluded) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can be two accounts";
+  fs::permissions(m_root, fs::perms(0755));
+  for (const auto& each : fs::recursive_directory_iterator(m_root))
+    fs::permissions(each.path(), fs::perms(0755));
+  const std::string before = Snapshot(m_root);
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool isOther = setgroups(0, nullptr) == 0 && setresgid(kOther, kOther, kOther) == 0 &&
+                         setresuid(kOther, kOther, kOther) == 0;
+    EXPECT_TRUE(isOther);
+    EXPECT_EQ(AskAll(), "13 none 5 5 5 5 5 5 5 5");
+    _exit(testing::Test::HasFailure());
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  ASSERT_EQ(chown(m_root.c_str(), kOther, kOther), 0);
+  EXPECT_EQ(AskAll(), "13 none 5 5 5 5 5 5 5 5") << "root in another's machine";
+  ASSERT_EQ(chown(m_root.c_str(), 0, 0), 0);
+  EXPECT_EQ(Snapshot(m_root), before);
+}
+
+TEST_F(MachineFile, IsNotWaitedForWithoutEnd) {
+  const HANDLE mutex = CreateMutexW(nullptr, FALSE, L"Global\\TEST");
+  const platform::Descriptor folder(open(m_path.parent_path().c_str(), O_RDONLY | O_DIRECTORY));
+  const platform::Descriptor file(open((m_root / "mutex/Global+TEST").c_str(), O_RDWR));
+  CloseHandle(mutex);
+  ASSERT_EQ(flock(folder.Get(), LOCK_EX) | flock(file.Get(), LOCK_EX), 0);
+  DWORD inThread = 0;
+  std::thread writer(
+      [&] { inThread = ErrorOf(WritePrivateProfileStringW(L"User", L"A", L"2", kFile)); });
+  EXPECT_EQ(ErrorOf(CreateMutexW(nullptr, FALSE, L"Global\\TEST")), ERROR_LOCK_VIOLATION);
+  writer.join();
+  EXPECT_EQ(inThread, ERROR_LOCK_VIOLATION);
+}
+
+}  // namespace
+}  // namespace tests
