@@ -202,6 +202,6 @@ CString CWatermarkPolicyXMLParser::SingleText(const CString& query) {
   IXMLDOMNodePtr node;
   _com_util::CheckError(
       m_pRoot->selectSingleNode(_bstr_t(static_cast<const wchar_t*>(query)), &node));
-  const IXMLDOMElementPtr element = node;
-  return element == nullptr ? CString() : TextOf(element);
+  // A node that is no element leaves the pointer empty, and that raises.
+  return node == nullptr ? CString() : TextOf(IXMLDOMElementPtr(node));
 }

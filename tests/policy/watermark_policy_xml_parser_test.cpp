@@ -57,10 +57,10 @@ TEST_F(PolicyReader, AnswersFromTheDocument) {
                   {L"E']/*", L"Kind", "3"},
                   {L"e1", L"Kind", ""},
                   {L"", L"Kind", ""},
-                  // A quote in an ID makes another query of it, or none at all.
-                  {L"\" or \"\"=\"", L"Kind", "1"},
+                  // Queries that are none, since an ID holds a quote, and one for no element.
                   {L"\"", L"Kind", ""},
-                  {L"\"]|//*[\"", L"Kind[", ""}};
+                  {L"\"]|//*[\"", L"Kind[", ""},
+                  {L"E1", L"@ID", ""}};
   for (const auto& element : elements)
     EXPECT_EQ(Utf8(Reader()->GetWatermarkElement(element.id, element.name)), element.text)
         << platform::ToUtf8(element.id);
@@ -82,6 +82,7 @@ TEST_F(PolicyReader, TellsWhatIsWrongWithADocument) {
       {L"", -1},
       {L" ", -10},
       {L"\xFEFF<QuietMIMOSA><HLE/></QuietMIMOSA>", 0},
+      {L"\xFEFF\xFEFF<QuietMIMOSA><HLE/></QuietMIMOSA>", -10, true},
       {L"<QuietMIMOSA><HLE></QuietMIMOSA>", -10},
       {L"<QuietMIMOSA><HLE/></QuietMIMOSA>x", -10},
       {L"<?xml version='1.0' encoding='Shift_JIS'?><QuietMIMOSA><HLE/></QuietMIMOSA>", 0, true},
