@@ -35,20 +35,31 @@ IXMLDOMNodePtr Find(const IXMLDOMNodePtr& node, const wchar_t* query) {
   return found;
 }
 
-std::optional<std::wstring> TextOf(const IXMLDOMNodePtr& node, const wchar_t* query) {
-  const IXMLDOMNodePtr found = Find(node, query);
-  if (found == nullptr) return std::nullopt;
+std::wstring TextOf(const IXMLDOMNodePtr& node) {
   _bstr_t text;
-  CheckError(found->get_text(text.GetAddress()));
+  CheckError(node->get_text(text.GetAddress()));
   return Text(text);
 }
 
+std::optional<std::wstring> TextOf(const IXMLDOMNodePtr& node, const wchar_t* query) {
+  const IXMLDOMNodePtr found = Find(node, query);
+  if (found == nullptr) return std::nullopt;
+  return TextOf(found);
+}
+
 std::wstring IdOf(const IXMLDOMNodePtr& node) {
-  const IXMLDOMNodePtr id = Find(node, L"./@ID");
-  if (id == nullptr) return L"";
-  _variant_t value;
-  CheckError(id->get_nodeValue(&value));
-  return Text(value);
+  IXMLDOMNamedNodeMapPtr attributes;
+  CheckError(node->get_attributes(&attributes));
+  LONG count = 0;
+  CheckError(attributes->get_length(&count));
+  for (LONG i = 0; i < count; ++i) {
+    IXMLDOMNodePtr attribute;
+    CheckError(attributes->get_item(i, &attribute));
+    _bstr_t name;
+    CheckError(attribute->get_nodeName(name.GetAddress()));
+    if (Text(name) == L"ID") return TextOf(attribute);
+  }
+  return L"";
 }
 
 template <class Action>
@@ -90,9 +101,8 @@ PolicyText Read(const std::wstring& text) {
     Policy& added = policy.policies.emplace_back();
     added.id = IdOf(info);
     added.scope = TextOf(info, L"./PrinterScope");
-    ForEach(info, L"./ElementIDs/ID", [&](const IXMLDOMNodePtr& id) {
-      added.elementIds.push_back(TextOf(id, L".").value_or(L""));
-    });
+    ForEach(info, L"./ElementIDs/ID",
+            [&](const IXMLDOMNodePtr& id) { added.elementIds.push_back(TextOf(id)); });
   });
   ForEach(root, L"./Watermark/Elements/Element", [&](const IXMLDOMNodePtr& element) {
     policy.elements.push_back({IdOf(element), TextOf(element, L"./Kind").value_or(L""),

@@ -1,8 +1,8 @@
 #pragma once
 
-// COM and its C++ support, UUID text and the system's message texts. Texts are wide; a BSTR knows
-// its length. Objects and results follow COM's rules: an out-parameter receives one reference or an
-// own copy, which the caller gives back.
+// COM and its C++ support, and UUID text. Texts are wide; a BSTR knows its length. Objects and
+// results follow COM's rules: an out-parameter is never null and receives one reference or an own
+// copy, which the caller gives back.
 
 #include "platform/base.h"
 
@@ -29,16 +29,13 @@ inline RPC_STATUS UuidToStringW(const UUID* uuid, RPC_WSTR* text) {
 #include <utility>
 
 constexpr HRESULT DISP_E_TYPEMISMATCH = static_cast<HRESULT>(0x80020005U);
-constexpr HRESULT CLASS_E_NOAGGREGATION = static_cast<HRESULT>(0x80040110U);
 constexpr HRESULT REGDB_E_CLASSNOTREG = static_cast<HRESULT>(0x80040154U);
 constexpr HRESULT CO_E_NOTINITIALIZED = static_cast<HRESULT>(0x800401F0U);
 
-/// Wide text with its length before it and a terminator after it; it may hold NULs. Null is empty.
+/// Wide text with its length before it and a terminator after it. Null is empty.
 using BSTR = wchar_t*;
 
-/// A copy of NUL-terminated text; null for null and when memory is short.
-BSTR SysAllocString(const wchar_t* text);
-/// The same for `length` units; from null, of unset content.
+/// A copy of `length` units of text; null when memory is short.
 BSTR SysAllocStringLen(const wchar_t* text, UINT length);
 void SysFreeString(BSTR text);
 /// In units; 0 for null.
@@ -49,7 +46,6 @@ constexpr VARIANT_BOOL VARIANT_TRUE = -1;
 constexpr VARIANT_BOOL VARIANT_FALSE = 0;
 
 using VARTYPE = std::uint16_t;
-constexpr VARTYPE VT_EMPTY = 0;
 constexpr VARTYPE VT_NULL = 1;
 constexpr VARTYPE VT_BSTR = 8;
 
@@ -58,10 +54,6 @@ struct VARIANT {
   VARTYPE vt;
   BSTR bstrVal;
 };
-
-void VariantInit(VARIANT* value);
-/// Frees the text, if any, and leaves VT_EMPTY.
-HRESULT VariantClear(VARIANT* value);
 
 struct IUnknown {
   /// Another interface of the same object, with a reference; null and E_NOINTERFACE without one.
@@ -76,8 +68,6 @@ struct IUnknown {
 
 /// The allocator of CoTaskMemAlloc.
 struct IMalloc : IUnknown {
-  virtual void* Alloc(SIZE_T bytes) = 0;
-  virtual void* Realloc(void* block, SIZE_T bytes) = 0;
   virtual void Free(void* block) = 0;
 
  protected:
@@ -85,28 +75,26 @@ struct IMalloc : IUnknown {
 };
 
 inline constexpr IID IID_IUnknown = {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
-inline constexpr IID IID_IMalloc = {2, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
 constexpr DWORD CLSCTX_ALL = 0x17;
 
 /// Opens COM on this thread: S_OK, or S_FALSE when it was open; each is undone by one
-/// CoUninitialize. `reserved` is null, else E_INVALIDARG.
+/// CoUninitialize. `reserved` is null.
 HRESULT CoInitialize(LPVOID reserved);
 void CoUninitialize();
 
-/// A new object of a class, in `object`, which is null on failure. CO_E_NOTINITIALIZED on a thread
-/// without COM; REGDB_E_CLASSNOTREG for a class that is not there or not in `context`;
-/// CLASS_E_NOAGGREGATION for an `outer`; E_NOINTERFACE. The classes: DOMDocument60 (xml.h).
+/// A new object of a class, in `object`, which is null on failure. `outer` is null and `context`
+/// CLSCTX_ALL. CO_E_NOTINITIALIZED on a thread without COM; REGDB_E_CLASSNOTREG for another class
+/// than DOMDocument60 (xml.h); E_NOINTERFACE.
 HRESULT CoCreateInstance(const CLSID& classId, IUnknown* outer, DWORD context, const IID& iid,
                          LPVOID* object);
 
-/// Brings an object into the running state, in which objects of this process always are: S_OK;
-/// E_INVALIDARG for null.
+/// Brings an object into the running state, in which objects of this process always are: S_OK.
 HRESULT OleRun(IUnknown* object);
 
 void* CoTaskMemAlloc(SIZE_T bytes);
 void CoTaskMemFree(void* block);
-/// The one allocator of the process. `context` is 1, else E_INVALIDARG.
+/// The one allocator of the process. `context` is 1.
 HRESULT CoGetMalloc(DWORD context, IMalloc** allocator);
 
 using RPC_STATUS = std::int32_t;
@@ -119,35 +107,18 @@ RPC_STATUS UuidToStringW(const UUID* uuid, RPC_WSTR* text);
 /// Frees the text and leaves null. Null is fine.
 RPC_STATUS RpcStringFreeW(RPC_WSTR* text);
 
-constexpr DWORD FORMAT_MESSAGE_ALLOCATE_BUFFER = 0x100;
-constexpr DWORD FORMAT_MESSAGE_IGNORE_INSERTS = 0x200;
-constexpr DWORD FORMAT_MESSAGE_FROM_SYSTEM = 0x1000;
-constexpr DWORD ERROR_MR_MID_NOT_FOUND = 317;
-
-/// The system's English text for an HRESULT or a Windows error, with CR and LF at its end. The
-/// flags must be the three above: `buffer` is then the address of a pointer that receives the text,
-/// to be freed by LocalFree (security.h). Its length, or 0 and the last error:
-/// ERROR_MR_MID_NOT_FOUND without a text.
-DWORD FormatMessageW(DWORD flags, const void* source, DWORD messageId, DWORD languageId,
-                     LPWSTR buffer, DWORD size, void* arguments);
-
 /// What a failing result of COM is raised as.
 class _com_error {
  public:
   explicit _com_error(HRESULT error) : m_error(error) {}
-  _com_error(const _com_error& other) : m_error(other.m_error) {}
-  _com_error& operator=(const _com_error& other);
-  ~_com_error();
 
-  HRESULT Error() const { return m_error; }
-  /// The system's text without its line end; else "IDispatch error #%d" for codes above 0x80040200
-  /// up to 0x8004FFFF, and "Unknown error 0x%0lX". Lives as long as this; null when memory is
-  /// short.
+  /// The system's English text; "IDispatch error #%d" for codes without one above 0x80040200 up to
+  /// 0x8004FFFF, "Unknown error 0x%0lX" for the others. Lives as long as this.
   const wchar_t* ErrorMessage() const;
 
  private:
   HRESULT m_error;
-  mutable wchar_t* m_message = nullptr;
+  mutable wchar_t m_message[32] = {};  // where the system has no text
 };
 
 [[noreturn]] void _com_issue_error(HRESULT error);
@@ -158,46 +129,37 @@ inline void CheckError(HRESULT result) {
 }
 }  // namespace _com_util
 
-class _variant_t;
+/// An owned VARIANT. `&value` is where a function puts one, once.
+class _variant_t : public VARIANT {
+ public:
+  _variant_t() : VARIANT{} {}
+  _variant_t(const _variant_t&) = delete;
+  _variant_t& operator=(const _variant_t&) = delete;
+  ~_variant_t() {
+    if (vt == VT_BSTR) SysFreeString(bstrVal);
+  }
+};
 
 /// An owned BSTR. What makes a copy raises E_OUTOFMEMORY when memory is short.
 class _bstr_t {
  public:
   _bstr_t() = default;
-  _bstr_t(const wchar_t* text);  // NOLINT(google-explicit-constructor)
-  /// The text of a VT_BSTR; empty for VT_EMPTY; raises DISP_E_TYPEMISMATCH for others.
-  _bstr_t(const _variant_t& value);  // NOLINT(google-explicit-constructor)
-  /// Takes the text over, or copies it.
-  _bstr_t(BSTR text, bool copy);
-  _bstr_t(const _bstr_t& other) : _bstr_t(other.m_text, true) {}
-  _bstr_t(_bstr_t&& other) noexcept : m_text(std::exchange(other.m_text, nullptr)) {}
-  _bstr_t& operator=(_bstr_t other) noexcept {
-    std::swap(m_text, other.m_text);
-    return *this;
-  }
+  _bstr_t(const wchar_t* text);
+  /// The text of a VT_BSTR; raises DISP_E_TYPEMISMATCH for others.
+  _bstr_t(const _variant_t& value);
+  _bstr_t(const _bstr_t&) = delete;
+  _bstr_t& operator=(const _bstr_t&) = delete;
   ~_bstr_t() { SysFreeString(m_text); }
 
-  operator const wchar_t*() const { return m_text; }  // NOLINT(google-explicit-constructor)
-  operator wchar_t*() const { return m_text; }        // NOLINT(google-explicit-constructor)
-  bool operator!() const { return m_text == nullptr; }
+  operator const wchar_t*() const { return m_text; }
+  operator wchar_t*() const { return m_text; }
   UINT length() const { return SysStringLen(m_text); }
 
   /// Where a function puts a text that this then owns.
   BSTR* GetAddress();
-  void Attach(BSTR text) { *GetAddress() = text; }
-  BSTR Detach() { return std::exchange(m_text, nullptr); }
 
  private:
   BSTR m_text = nullptr;
-};
-
-/// An owned VARIANT. `&value` is where a function puts one; it must be empty then.
-class _variant_t : public VARIANT {
- public:
-  _variant_t() { VariantInit(this); }
-  _variant_t(const _variant_t&) = delete;
-  _variant_t& operator=(const _variant_t&) = delete;
-  ~_variant_t() { VariantClear(this); }
 };
 
 template <typename Interface_, const IID* iid>
@@ -212,27 +174,23 @@ template <typename IIID>
 class _com_ptr_t {
  public:
   using Interface = typename IIID::Interface;
-  static const IID& GetIID() { return IIID::GetIID(); }
 
-  // NOLINTBEGIN(google-explicit-constructor)
   _com_ptr_t() = default;
   _com_ptr_t(std::nullptr_t) {}
-  _com_ptr_t(Interface* object) : _com_ptr_t(object, true) {}
+  _com_ptr_t(Interface* object) : m_object(object) {
+    if (m_object != nullptr) m_object->AddRef();
+  }
   _com_ptr_t(const _com_ptr_t& other) : _com_ptr_t(other.m_object) {}
-  _com_ptr_t(_com_ptr_t&& other) noexcept : m_object(other.Detach()) {}
+  _com_ptr_t(_com_ptr_t&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
   template <typename Other>
   _com_ptr_t(const _com_ptr_t<Other>& other) {
-    if (other.GetInterfacePtr() == nullptr) return;
+    if (other == nullptr) return;
     void* object = nullptr;
-    const HRESULT result = other->QueryInterface(GetIID(), &object);
+    const HRESULT result = other->QueryInterface(IIID::GetIID(), &object);
     if (SUCCEEDED(result))
       m_object = static_cast<Interface*>(object);
     else if (result != E_NOINTERFACE)
       _com_issue_error(result);
-  }
-  // NOLINTEND(google-explicit-constructor)
-  _com_ptr_t(Interface* object, bool addReference) : m_object(object) {
-    if (addReference && m_object != nullptr) m_object->AddRef();
   }
   _com_ptr_t& operator=(_com_ptr_t other) noexcept {
     std::swap(m_object, other.m_object);
@@ -242,37 +200,25 @@ class _com_ptr_t {
     if (m_object != nullptr) m_object->Release();
   }
 
-  // NOLINTNEXTLINE(google-explicit-constructor)
   operator Interface*() const { return m_object; }
-  /// Empty: raises E_POINTER, as does Release.
-  Interface* operator->() const { return &**this; }
-  Interface& operator*() const {
+  /// Empty: raises E_POINTER.
+  Interface* operator->() const {
     if (m_object == nullptr) _com_issue_error(E_POINTER);
-    return *m_object;
+    return m_object;
   }
-  Interface* GetInterfacePtr() const { return m_object; }
 
   /// Where a function puts an object that this then owns; what it held is released first.
   Interface** operator&() {
     *this = nullptr;
     return &m_object;
   }
-  void Attach(Interface* object) { *&*this = object; }
-  Interface* Detach() { return std::exchange(m_object, nullptr); }
-  void Release() {
-    Interface* const object = &**this;
-    m_object = nullptr;
-    object->Release();
-  }
 
  private:
   Interface* m_object = nullptr;
 };
 
-// NOLINTBEGIN(bugprone-macro-parentheses): both are names.
 #define _COM_SMARTPTR_TYPEDEF(Interface, iid) \
   using Interface##Ptr = _com_ptr_t<_com_IIID<Interface, &iid>>
-// NOLINTEND(bugprone-macro-parentheses)
 
 _COM_SMARTPTR_TYPEDEF(IUnknown, IID_IUnknown);
 

@@ -32,17 +32,17 @@ int _wtoi(const wchar_t* text);
 /// no hexadecimal form, no infinity.
 double _wtof(const wchar_t* text);
 
-/// Opens a file for reading. `path` is a Windows path; the modes "r" and "rb" are known, both
-/// without translation of line ends. 0, or an error of <cerrno>, and then `*file` is null.
+/// Opens a file for reading. `path` is a Windows path, `mode` "rb". 0, or an error of <cerrno>, and
+/// then `*file` is null.
 errno_t _wfopen_s(std::FILE** file, const wchar_t* path, const wchar_t* mode);
 
 // Where the names are taken by functions that answer otherwise: `long` has 32 bits, and white space
 // is that of Unicode in every locale.
 namespace crt {
 
-/// `base` is 2 to 36, or 0 to read it from a prefix 0x or 0; 16 takes a prefix 0x. `*end`, unless
-/// `end` is null, is set behind the number, or to `text` when there is none. LONG_MAX or LONG_MIN
-/// (32 bits) and ERANGE beyond the range.
+/// `base` is 10, or 16, which takes a prefix 0x. `*end`, unless `end` is null, is set behind the
+/// number, or to `text` when there is none. LONG_MAX or LONG_MIN (32 bits) and ERANGE beyond the
+/// range.
 LONG wcstol(const wchar_t* text, wchar_t** end, int base);
 
 int iswspace(wchar_t character);

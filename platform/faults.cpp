@@ -7,6 +7,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace platform {
 
@@ -15,10 +16,12 @@ namespace {
 struct Fault {
   unsigned goodCalls;
   DWORD error;
+  bool isMet = false;
 };
 
 std::mutex g_guard;
 std::map<std::string, Fault, std::less<>> g_faults;
+std::string g_unmet;
 std::atomic<void (*)(const char*)> g_observer = nullptr;
 
 }  // namespace
@@ -30,7 +33,14 @@ void SetFault(const char* operation, unsigned goodCalls, DWORD error) {
 
 void ClearFaults() {
   const std::lock_guard lock(g_guard);
+  for (const auto& [operation, fault] : g_faults)
+    if (!fault.isMet) g_unmet += operation + ' ';
   g_faults.clear();
+}
+
+std::string TakeUnmetFaults() {
+  const std::lock_guard lock(g_guard);
+  return std::exchange(g_unmet, {});
 }
 
 std::optional<DWORD> TakeFault(const char* operation) {
@@ -43,6 +53,7 @@ std::optional<DWORD> TakeFault(const char* operation) {
     --fault.goodCalls;
     return std::nullopt;
   }
+  fault.isMet = true;
   if (fault.error == kThrows) throw std::bad_alloc();
   return fault.error;
 }

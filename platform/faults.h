@@ -5,6 +5,7 @@
 // in every other build the question costs nothing and the answer is always "no fault".
 
 #include <optional>
+#include <string>
 
 #include "platform/base.h"
 
@@ -20,7 +21,13 @@ constexpr bool kHasFaults = true;
 /// From its call number `goodCalls` + 1 on, counted from now, `operation` (its plain name, as
 /// "CreateMutexW" or "CFile::Read") fails with `error` in its own way of failing.
 void SetFault(const char* operation, unsigned goodCalls, DWORD error);
+
+/// Ends all faults.
 void ClearFaults();
+
+/// The operations, each with a blank behind it, whose faults have ended without failing any call,
+/// since the last time this was asked. A test with such a fault does not test what it says.
+std::string TakeUnmetFaults();
 
 /// Counts a call of `operation`; the error when this call is to fail.
 std::optional<DWORD> TakeFault(const char* operation);
@@ -34,6 +41,9 @@ constexpr bool kHasFaults = false;
 
 inline void SetFault(const char*, unsigned, DWORD) {}
 inline void ClearFaults() {}
+inline std::string TakeUnmetFaults() {
+  return {};
+}
 constexpr std::optional<DWORD> TakeFault(const char*) {
   return std::nullopt;
 }

@@ -7,13 +7,12 @@
 #include <concepts>
 #include <cstdio>
 #include <initializer_list>
-#include <memory>
-#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/base.h"
+#include "platform/owner.h"
 
 class CException {
  public:
@@ -43,14 +42,12 @@ class FormatArgument {
 };
 
 /// A wide string. Lengths and positions count UTF-16 units; a null pointer makes an empty text, but
-/// compares with none (CInvalidArgException). GetAt and [] take the positions of the text and of
-/// its terminator and raise CInvalidArgException for others; other operations pull theirs into the
-/// text.
+/// compares with none (CInvalidArgException). [] takes the positions of the text and of its
+/// terminator and raises CInvalidArgException for others.
 class CString {
  public:
   CString() = default;
   CString(LPCWSTR text) : m_text(text == nullptr ? L"" : text) {}
-  CString(LPCWSTR text, int length);
   explicit CString(std::wstring_view text) : m_text(text) {}
 
   operator LPCWSTR() const { return m_text.c_str(); }
@@ -58,13 +55,12 @@ class CString {
   int GetLength() const { return static_cast<int>(m_text.size()); }
   bool IsEmpty() const { return m_text.empty(); }
   void Empty() { m_text.clear(); }
-  wchar_t GetAt(int index) const;
-  wchar_t operator[](int index) const { return GetAt(index); }
+  wchar_t operator[](int index) const;
 
   /// Room to write at least `length` units and a terminator, until the next other operation but
-  /// ReleaseBuffer, which sets the length that counts; -1: up to the first NUL.
-  LPWSTR GetBuffer(int length = 0);
-  void ReleaseBuffer(int length = -1);
+  /// ReleaseBuffer, which sets the length that counts.
+  LPWSTR GetBuffer(int length);
+  void ReleaseBuffer(int length);
 
   CString& operator+=(const CString& other);
   CString& operator+=(LPCWSTR other) { return *this += CString(other); }
@@ -72,20 +68,19 @@ class CString {
 
   /// Negative, 0 or positive, by the numbers of the units up to the first NUL.
   int Compare(LPCWSTR other) const;
-  /// The same without regard to the case of letters.
+  /// 0 when the two are the same but for the case of their letters, in every locale.
   int CompareNoCase(LPCWSTR other) const;
 
+  /// What begins at `first`, from 0 to the length.
   CString Mid(int first) const;
-  CString Mid(int first, int count) const;
   /// The number of places where `from` stood. An empty `from` stands nowhere.
   int Replace(LPCWSTR from, LPCWSTR to);
   /// Takes white space off both ends.
   CString& Trim();
 
-  /// As wprintf of the Microsoft C run-time with the conversions d, i, u, x, X (32 bits, with or
-  /// without the prefix l), c, s (wide text) and %%, flags, width and precision as numbers. A
-  /// conversion that is another one, or finds no argument or one of the wrong kind, stands in the
-  /// text as it is written.
+  /// As wprintf of the Microsoft C run-time with the conversions %d, %X (32 bits) and %s (wide
+  /// text), a width as a number and a 0 before it. A conversion that is another one, or finds no
+  /// argument or one of the wrong kind, stands in the text as it is written.
   template <typename... Arguments>
   void Format(LPCWSTR format, const Arguments&... arguments) {
     FormatList(format, {FormatArgument(arguments)...});
@@ -103,20 +98,11 @@ inline CString operator+(CString left, const CString& right) {
 inline CString operator+(CString left, LPCWSTR right) {
   return left += right;
 }
-inline CString operator+(CString left, wchar_t right) {
-  return left += right;
-}
-inline CString operator+(LPCWSTR left, const CString& right) {
-  return CString(left) += right;
-}
 inline bool operator==(const CString& left, const CString& right) {
   return left.Compare(right) == 0;
 }
 inline bool operator==(const CString& left, LPCWSTR right) {
   return left.Compare(right) == 0;
-}
-inline bool operator<(const CString& left, const CString& right) {
-  return left.Compare(right) < 0;
 }
 
 /// A growing array, zero-filled for numbers. A bad index or size raises CInvalidArgException.
@@ -128,8 +114,6 @@ class CArray {
   CArray& operator=(const CArray&) = delete;
 
   INT_PTR GetSize() const { return static_cast<INT_PTR>(m_items.size()); }
-  INT_PTR GetCount() const { return GetSize(); }
-  bool IsEmpty() const { return m_items.empty(); }
   void SetSize(INT_PTR size) {
     if (size < 0) AfxThrowInvalidArgException();
     m_items.resize(static_cast<std::size_t>(size));
@@ -142,7 +126,6 @@ class CArray {
     return GetSize() - 1;
   }
 
-  const Type& GetAt(INT_PTR index) const { return m_items[Checked(index)]; }
   const Type& operator[](INT_PTR index) const { return m_items[Checked(index)]; }
   Type& operator[](INT_PTR index) { return m_items[Checked(index)]; }
   const Type* GetData() const { return m_items.data(); }
@@ -159,19 +142,8 @@ class CArray {
 
 using CByteArray = CArray<BYTE, BYTE>;
 
-class CFileException : public CException {
- public:
-  enum { none = 0, genericException = 1, fileNotFound = 2, badPath = 3, accessDenied = 5 };
-
-  explicit CFileException(int cause = none, LONG osError = -1, LPCWSTR fileName = nullptr)
-      : m_cause(cause), m_lOsError(osError), m_strFileName(fileName) {}
-
-  int m_cause;
-  LONG m_lOsError;  ///< -1 when the system had none.
-  CString m_strFileName;
-};
-
-[[noreturn]] void AfxThrowFileException(int cause, LONG osError = -1, LPCWSTR fileName = nullptr);
+/// A read error, or a file that is not open.
+class CFileException : public CException {};
 
 struct CFileStatus {
   ULONGLONG m_size = 0;  ///< Bytes; 0 for a folder.
@@ -180,12 +152,7 @@ struct CFileStatus {
 /// A file that is read. Closed at the end of its life.
 class CFile {
  public:
-  enum OpenFlags : UINT {
-    modeRead = 0,
-    shareDenyNone = 0x40,
-    typeText = 0x4000,
-    typeBinary = 0x8000,
-  };
+  enum OpenFlags : UINT { modeRead = 0, shareDenyNone = 0x40, typeText = 0x4000 };
 
   CFile() = default;
   CFile(const CFile&) = delete;
@@ -195,28 +162,25 @@ class CFile {
   /// FALSE when the file or folder is not there or cannot be asked.
   static BOOL GetStatus(LPCWSTR path, CFileStatus& status);
 
-  /// FALSE when the file cannot be opened; why is told in `*error`, unless that is null. Flags that
-  /// ask for more than reading are refused.
+  /// FALSE when the file cannot be opened. `error` is null: nobody asks why.
   virtual BOOL Open(LPCWSTR path, UINT flags, CFileException* error = nullptr);
 
-  /// The number of bytes read, less than `count` at the end of the file only. CFileException on a
-  /// read error or a file that is not open.
-  virtual UINT Read(void* buffer, UINT count);
-  virtual ULONGLONG GetLength() const;
-  virtual void Close();
+  /// The number of bytes read, less than `count` at the end of the file only. Raises
+  /// CFileException.
+  UINT Read(void* buffer, UINT count);
+  void Close() { m_stream.Reset(); }
 
  protected:
-  BOOL OpenAs(const char* operation, LPCWSTR path, UINT flags, CFileException* error);
-  std::FILE* Stream() const { return m_stream.get(); }
-  [[noreturn]] void ThrowReadError(LONG osError) const;
+  /// The stream of an open file; else raises CFileException.
+  std::FILE* Stream() const;
+  /// Raises CFileException after a read error.
+  void CheckStream() const;
+  bool OpenStream(LPCWSTR path);
 
  private:
-  struct Closer {
-    void operator()(std::FILE* stream) const { std::fclose(stream); }
-  };
+  static void CloseStream(std::FILE* stream) { std::fclose(stream); }
 
-  std::unique_ptr<std::FILE, Closer> m_stream;
-  CString m_path;
+  Owner<std::FILE*, CloseStream> m_stream;
 };
 
 /// A file that can be read line by line. With typeText CR LF is one line end and Ctrl-Z ends the
@@ -224,12 +188,11 @@ class CFile {
 class CStdioFile : public CFile {
  public:
   BOOL Open(LPCWSTR path, UINT flags, CFileException* error = nullptr) override;
-  void Close() override;
 
   /// The next line without its line end, of any length, widened by the ANSI code page. FALSE at the
-  /// end of the file. CFileException on a read error or a file that is not open. A NUL hides what
-  /// follows it in the same stretch of 128 units; a line that starts with one reads as none.
-  virtual BOOL ReadString(CString& line);
+  /// end of the file. Raises CFileException. A NUL hides what follows it in the same stretch of 128
+  /// units; a line that starts with one reads as none.
+  BOOL ReadString(CString& line);
 
  private:
   int NextByte();
@@ -246,22 +209,19 @@ class CStdioFile : public CFile {
 struct AFX_EXTENSION_MODULE {
   BOOL bInitialized = FALSE;
   HMODULE hModule = nullptr;
-  HMODULE hResource = nullptr;
 };
 
-/// Notes the module in the record. FALSE ends the load of the library.
+/// Notes the module in the record. FALSE would end the load of the library.
 BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HMODULE module);
 
-/// Empties the record and deletes the CDynLinkLibrary objects made on its record, or with `all` on
-/// any record.
-void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL all = FALSE);
+/// Empties the record and deletes the CDynLinkLibrary objects made on it. `all` is FALSE.
+void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state, BOOL all);
 
 /// A library in the framework's list, which owns it from its construction on. `new` gives null
 /// when there is no memory.
 class CDynLinkLibrary {
  public:
-  explicit CDynLinkLibrary(AFX_EXTENSION_MODULE& state, BOOL isSystem = FALSE);
-  ~CDynLinkLibrary();
+  explicit CDynLinkLibrary(AFX_EXTENSION_MODULE& state, BOOL isSystem);
   CDynLinkLibrary(const CDynLinkLibrary&) = delete;
   CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
 

@@ -29,24 +29,21 @@ char32_t TakeUtf16(std::wstring_view& text) {
   return kFirstSupplementary + ((first - 0xD800) << 10) + (second - 0xDC00);
 }
 
-void AppendUtf8(std::string& bytes, char32_t code) {
-  const auto add = [&bytes](char32_t byte) { bytes.push_back(static_cast<char>(byte)); };
-  const auto addTrail = [&add, code](int shift) { add(0x80 | ((code >> shift) & 0x3F)); };
-  if (code < 0x80) {
-    add(code);
-  } else if (code < 0x800) {
-    add(0xC0 | (code >> 6));
-    addTrail(0);
+/// Writes the bytes of a code point that is not ASCII and moves `out` behind them.
+void PutUtf8(char*& out, char32_t code) {
+  const auto put = [&out](char32_t byte) { *out++ = static_cast<char>(byte); };
+  const auto putTrail = [&put, code](int shift) { put(0x80 | ((code >> shift) & 0x3F)); };
+  if (code < 0x800) {
+    put(0xC0 | (code >> 6));
   } else if (code < kFirstSupplementary) {
-    add(0xE0 | (code >> 12));
-    addTrail(6);
-    addTrail(0);
+    put(0xE0 | (code >> 12));
+    putTrail(6);
   } else {
-    add(0xF0 | (code >> 18));
-    addTrail(12);
-    addTrail(6);
-    addTrail(0);
+    put(0xF0 | (code >> 18));
+    putTrail(12);
+    putTrail(6);
   }
+  putTrail(0);
 }
 
 /// What a lead byte asks for: the number of trail bytes and the range of the first of them, which
@@ -147,13 +144,25 @@ class BoundedSink {
 }  // namespace
 
 std::string ToUtf8(std::wstring_view text) {
-  std::string bytes;
-  bytes.reserve(text.size());
+  std::size_t room = 0;
+  for (const wchar_t each : text) {
+    const auto unit = static_cast<char32_t>(each);
+    room += 1U + (unit >= 0x80) + (unit >= 0x800) + (unit >= kFirstSupplementary);
+  }
+  std::string bytes(room, '\0');
+  char* out = bytes.data();
   while (!text.empty()) {
+    const auto first = static_cast<char32_t>(text[0]);
+    if (first < 0x80) {
+      *out++ = static_cast<char>(first);
+      text.remove_prefix(1);
+      continue;
+    }
     const char32_t code = TakeUtf16(text);
     const bool encodable = code <= kLast && !IsHighSurrogate(code) && !IsLowSurrogate(code);
-    AppendUtf8(bytes, encodable ? code : kReplacement);
+    PutUtf8(out, encodable ? code : kReplacement);
   }
+  bytes.resize(static_cast<std::size_t>(out - bytes.data()));
   return bytes;
 }
 

@@ -23,19 +23,18 @@ struct IXMLDOMNodeList;
 struct IXMLDOMNamedNodeMap;
 struct IXMLDOMParseError;
 
-// Every operation gives E_INVALIDARG for a null out-parameter, but for loadXML's, which may be
-// null. A node keeps its document's content alive, also when the document loads another.
+// A node is the document, an element or an attribute. It keeps its document's content alive, also
+// when the document loads another.
 
 struct IXMLDOMNode : IUnknown {
-  /// The qualified name; "#document", "#text", "#cdata-section" and "#comment" for those.
+  /// The qualified name; "#document" for the document.
   virtual HRESULT get_nodeName(BSTR* name) = 0;
 
-  /// The text of an attribute, text, CDATA section, comment or processing instruction; VT_NULL and
-  /// S_FALSE for a node of another kind.
+  /// The text of an attribute; VT_NULL and S_FALSE for the others.
   virtual HRESULT get_nodeValue(VARIANT* value) = 0;
 
-  /// An element's attributes, namespace declarations behind the others; null and S_FALSE for other
-  /// nodes.
+  /// An element's attributes, namespace declarations behind the others; null and S_FALSE for the
+  /// others.
   virtual HRESULT get_attributes(IXMLDOMNamedNodeMap** attributes) = 0;
 
   /// The text of the node and of the elements below it, without comments and processing
@@ -43,9 +42,9 @@ struct IXMLDOMNode : IUnknown {
   /// not part of a CDATA section, and white space alone between two parts of it is one blank.
   virtual HRESULT get_text(BSTR* text) = 0;
 
-  /// The nodes that the XPath 1.0 expression gives with this node as its context, in document
-  /// order. A failure for what is no valid expression, uses an undeclared prefix, gives no nodes
-  /// but a value, or takes too long to answer.
+  /// The elements that the query gives, in document order. Of XPath 1.0 it may use this: `./`,
+  /// which may be left out, and steps parted by `/`, each a name or NAME[@NAME="TEXT"] of ASCII
+  /// letters. E_FAIL for any other query, and for one that takes too long to answer.
   virtual HRESULT selectNodes(BSTR query, IXMLDOMNodeList** nodes) = 0;
 
   /// The first of them; null and S_FALSE if there is none.

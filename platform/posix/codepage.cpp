@@ -2,8 +2,7 @@
 
 #include <iconv.h>
 
-#include <algorithm>
-#include <cstring>
+#include <cwchar>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -16,7 +15,6 @@ namespace platform {
 
 namespace {
 
-constexpr UINT kJapanese = 932;
 constexpr wchar_t kNoCharacter = 0x30FB;  // what Windows reads for bytes that 932 has nothing for
 
 /// One direction of the C library's conversion, a character at a time. Locked by its user.
@@ -73,8 +71,16 @@ wchar_t UnitOf(std::string_view character) {
   return FromUtf16LeBytes({unit, sizeof unit})[0];
 }
 
-/// `allGood` tells whether there was nothing ill-formed.
-std::wstring FromJapanese(std::string_view bytes, bool& allGood) {
+/// The result of a conversion of `size` units into a target of `capacity`; 0 asks for the size
+/// alone.
+int ResultOf(std::size_t size, int capacity) {
+  const bool isFitting = capacity == 0 || size <= static_cast<std::size_t>(capacity);
+  return isFitting ? static_cast<int>(size) : FailWith(ERROR_INSUFFICIENT_BUFFER);
+}
+
+}  // namespace
+
+std::wstring FromAnsi(std::string_view bytes) {
   const std::lock_guard lock(g_guard);
   std::wstring text;
   text.reserve(bytes.size());
@@ -83,19 +89,13 @@ std::wstring FromJapanese(std::string_view bytes, bool& allGood) {
     // A NUL is never taken for the second half.
     const bool isPair = IsLeadByte(first) && bytes.size() > 1 && bytes[1] != '\0';
     const std::size_t size = isPair ? 2 : 1;
-    if (first < 0x80) {
-      text.push_back(static_cast<wchar_t>(first));
-    } else {
-      text.push_back(UnitOf(bytes.substr(0, size)));
-      constexpr std::string_view kRealOne = "\x81\x45";
-      if (text.back() == kNoCharacter && bytes.substr(0, size) != kRealOne) allGood = false;
-    }
+    text.push_back(first < 0x80 ? static_cast<wchar_t>(first) : UnitOf(bytes.substr(0, size)));
     bytes.remove_prefix(size);
   }
   return text;
 }
 
-std::string ToJapanese(std::wstring_view text, std::string_view substitute, bool& allGood) {
+std::string ToAnsi(std::wstring_view text) {
   static Converter converter("CP932", "UTF-16LE");
   const std::lock_guard lock(g_guard);
   std::string bytes;
@@ -112,105 +112,28 @@ std::string ToJapanese(std::wstring_view text, std::string_view substitute, bool
       character[0] = static_cast<char>(byte);
       size = 1;
     }
-    if (size == 0) allGood = false;
-    bytes += size == 0 ? substitute : std::string_view(character, size);
+    bytes += size == 0 ? "?" : std::string_view(character, size);
   }
   return bytes;
 }
 
-/// The result of a conversion into `target`, where 0 of `capacity` asks for the size alone.
-template <typename Unit>
-int Give(std::basic_string_view<Unit> result, Unit* target, int capacity) {
-  const int size = static_cast<int>(result.size());
-  if (capacity == 0) return size;
-  const int fitting = std::min(size, capacity);
-  result.copy(target, static_cast<std::size_t>(fitting));
-  return fitting == size ? size : FailWith(ERROR_INSUFFICIENT_BUFFER);
-}
-
-/// A source of `size` units; all to the terminator and with it for a negative size. Empty, and the
-/// last error, when the arguments are none.
-template <typename Unit, typename Target>
-std::basic_string_view<Unit> Source(const Unit* text, int size, const Target* target,
-                                    int capacity) {
-  const bool bad = text == nullptr || size == 0 || capacity < 0 ||
-                   (capacity > 0 && target == nullptr) ||
-                   static_cast<const void*>(text) == static_cast<const void*>(target);
-  if (bad) {
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return {};
-  }
-  if (size > 0) return {text, static_cast<std::size_t>(size)};
-  return {text, std::char_traits<Unit>::length(text) + 1};
-}
-
-bool IsJapanese(UINT codePage) {
-  return codePage == CP_ACP || codePage == kJapanese;
-}
-
-int Utf8ToWide(std::string_view source, DWORD flags, LPWSTR text, int capacity) {
-  if ((flags & ~MB_ERR_INVALID_CHARS) != 0) return FailWith(ERROR_INVALID_FLAGS);
-  if (flags != 0 && ToUtf8(FromUtf8(source)) != source)
-    return FailWith(ERROR_NO_UNICODE_TRANSLATION);
-  const std::size_t size = DecodeUtf8(source, text, static_cast<std::size_t>(capacity));
-  if (capacity > 0 && size > static_cast<std::size_t>(capacity))
-    return FailWith(ERROR_INSUFFICIENT_BUFFER);
-  return static_cast<int>(size);
-}
-
-int WideToUtf8(std::wstring_view source, DWORD flags, LPSTR bytes, int capacity) {
-  if ((flags & ~WC_ERR_INVALID_CHARS) != 0) return FailWith(ERROR_INVALID_FLAGS);
-  const std::string result = ToUtf8(source);
-  if (flags != 0 && FromUtf8(result) != source) return FailWith(ERROR_NO_UNICODE_TRANSLATION);
-  return Give<char>(result, bytes, capacity);
-}
-
-}  // namespace
-
-std::wstring FromAnsi(std::string_view bytes) {
-  bool ignored = true;
-  return FromJapanese(bytes, ignored);
-}
-
-std::string ToAnsi(std::wstring_view text) {
-  bool ignored = true;
-  return ToJapanese(text, "?", ignored);
-}
-
 }  // namespace platform
 
-using platform::FailWith;
-using platform::IsToFail;
-
-int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int size, LPWSTR text,
-                        int capacity) {
-  if (IsToFail("MultiByteToWideChar")) return 0;
-  const std::string_view source = platform::Source(bytes, size, text, capacity);
-  if (source.empty()) return 0;
-  if (codePage == CP_UTF8) return platform::Utf8ToWide(source, flags, text, capacity);
-  if (!platform::IsJapanese(codePage)) return FailWith(ERROR_INVALID_PARAMETER);
-  if ((flags & ~(MB_PRECOMPOSED | MB_ERR_INVALID_CHARS)) != 0) return FailWith(ERROR_INVALID_FLAGS);
-  bool allGood = true;
-  const std::wstring result = platform::FromJapanese(source, allGood);
-  if (!allGood && (flags & MB_ERR_INVALID_CHARS) != 0)
-    return FailWith(ERROR_NO_UNICODE_TRANSLATION);
-  return platform::Give<wchar_t>(result, text, capacity);
+int MultiByteToWideChar(UINT codePage, DWORD, LPCSTR bytes, int size, LPWSTR text, int capacity) {
+  const std::string_view source(bytes, static_cast<std::size_t>(size));
+  const auto room = static_cast<std::size_t>(capacity);
+  if (codePage == CP_UTF8)
+    return platform::ResultOf(platform::DecodeUtf8(source, text, room), capacity);
+  const std::wstring result = platform::FromAnsi(source);
+  result.copy(text, room);
+  return platform::ResultOf(result.size(), capacity);
 }
 
-int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LPSTR bytes,
-                        int capacity, LPCSTR defaultChar, BOOL* usedDefault) {
-  if (IsToFail("WideCharToMultiByte")) return 0;
-  const std::wstring_view source = platform::Source(text, length, bytes, capacity);
-  if (source.empty()) return 0;
-  if (codePage == CP_UTF8) {
-    if (defaultChar != nullptr || usedDefault != nullptr) return FailWith(ERROR_INVALID_PARAMETER);
-    return platform::WideToUtf8(source, flags, bytes, capacity);
-  }
-  if (!platform::IsJapanese(codePage)) return FailWith(ERROR_INVALID_PARAMETER);
-  if ((flags & ~WC_NO_BEST_FIT_CHARS) != 0) return FailWith(ERROR_INVALID_FLAGS);
-  bool allGood = true;
-  const std::string_view substitute = defaultChar == nullptr ? "?" : defaultChar;
-  const std::string result = platform::ToJapanese(source, substitute, allGood);
-  if (usedDefault != nullptr) *usedDefault = !allGood;
-  return platform::Give<char>(result, bytes, capacity);
+int WideCharToMultiByte(UINT, DWORD, LPCWSTR text, int length, LPSTR bytes, int capacity, LPCSTR,
+                        BOOL*) {
+  if (platform::IsToFail("WideCharToMultiByte")) return 0;
+  const std::size_t size = length < 0 ? std::wcslen(text) + 1 : static_cast<std::size_t>(length);
+  const std::string result = platform::ToAnsi({text, size});
+  result.copy(bytes, static_cast<std::size_t>(capacity));
+  return platform::ResultOf(result.size(), capacity);
 }

@@ -38,10 +38,6 @@ bool TakeSign(const wchar_t*& text) {
   return minus;
 }
 
-bool HasHexPrefix(const wchar_t* text) {
-  return DigitOf(text[0]) == 0 && (text[1] == L'x' || text[1] == L'X');
-}
-
 bool IsAsciiDigit(wchar_t character) {
   return character >= L'0' && character <= L'9';
 }
@@ -77,15 +73,10 @@ namespace crt {
 
 LONG wcstol(const wchar_t* text, wchar_t** end, int base) {
   if (end != nullptr) *end = const_cast<wchar_t*>(text);
-  if (text == nullptr || base < 0 || base == 1 || base > 36) {
-    errno = EINVAL;
-    return 0;
-  }
   while (iswspace(*text)) ++text;
   const bool minus = TakeSign(text);
-  if (base == 0 && DigitOf(*text) == 0) base = HasHexPrefix(text) ? 16 : 8;
-  if (base == 0) base = 10;
-  if (base == 16 && HasHexPrefix(text)) text += 2;
+  const bool hasPrefix = DigitOf(text[0]) == 0 && (text[1] == L'x' || text[1] == L'X');
+  if (base == 16 && hasPrefix) text += 2;
 
   using Limits = std::numeric_limits<LONG>;
   const std::int64_t limit = minus ? -std::int64_t{Limits::min()} : Limits::max();
@@ -120,16 +111,9 @@ double _wtof(const wchar_t* text) {
   return strtod_l(TakeReal(text).c_str(), nullptr, plain);
 }
 
-errno_t _wfopen_s(std::FILE** file, const wchar_t* path, const wchar_t* mode) {
-  if (file == nullptr) return EINVAL;
+errno_t _wfopen_s(std::FILE** file, const wchar_t* path, const wchar_t*) {
   *file = nullptr;
-  if (const auto fault = platform::TakeFault("_wfopen_s")) {
-    SetLastError(*fault);
-    return EACCES;
-  }
-  const bool isKnown =
-      mode != nullptr && (std::wstring_view(mode) == L"r" || std::wstring_view(mode) == L"rb");
-  if (path == nullptr || !isKnown) return EINVAL;
+  if (platform::TakeFault("_wfopen_s")) return EACCES;
   *file = platform::OpenToRead(platform::HostPath(path).c_str());
   return *file == nullptr ? errno : 0;
 }

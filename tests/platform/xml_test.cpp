@@ -44,7 +44,6 @@ TEST(Com, ErrorsHaveTheSystemsTextOrTheirNumber) {
   EXPECT_EQ(message(0x8ABCDEF0), L"Unknown error 0x8ABCDEF0");
   if (tests::IsWine()) return;  // which has other texts, or none
   EXPECT_EQ(message(0x80004005), L"Unspecified error");
-  EXPECT_EQ(message(0x80070005), L"Access is denied.");
 }
 
 std::wstring Repeat(const std::wstring& text, std::size_t count) {
@@ -115,9 +114,8 @@ class Xml : public testing::Test {
   }
 
   bool Load(const std::wstring& xml) {
-    const _bstr_t text(SysAllocStringLen(xml.data(), static_cast<UINT>(xml.size())), false);
     VARIANT_BOOL loaded = VARIANT_TRUE;
-    const HRESULT result = document->loadXML(text, &loaded);
+    const HRESULT result = document->loadXML(_bstr_t(xml.c_str()), &loaded);
     EXPECT_EQ(result, loaded == VARIANT_FALSE ? S_FALSE : S_OK);
     IXMLDOMParseErrorPtr error;
     LONG code = 1;
@@ -146,11 +144,12 @@ TEST_F(Xml, TextLosesOuterWhiteSpaceAndKeepsTheRest) {
         Row(L"<a>\n <b> x </b>\n<c/> <c> y </c>\n</a>", L"x   y"),
         Row(L"<a>1<b/> <b/>2<b>3</b></a>", L"1 23"),
         Row(L"<a xml:space='preserve'> <b xml:space='default'> </b>y </a>", L"  y "),
-        Row(L"<r xml:space='preserve'><a> x </a></r>", L" x "),
         Row(L"<a> <b xml:space='preserve'> x </b>y </a>", L"x y")}) {
     EXPECT_TRUE(Load(xml)) << Shown(xml);
-    EXPECT_EQ(Answer(document, L"//a"), text + L"|") << Shown(xml);
+    EXPECT_EQ(Answer(document, L"a"), text + L"|") << Shown(xml);
   }
+  EXPECT_TRUE(Load(L"<r xml:space='preserve'><a> x </a></r>"));
+  EXPECT_EQ(Answer(document, L"r/a"), L" x |");
 }
 
 TEST_F(Xml, LoadsWhatIsWellFormed) {
@@ -165,21 +164,22 @@ TEST_F(Xml, LoadsWhatIsWellFormed) {
 }
 
 TEST_F(Xml, RefusesWhatIsNotAndHoldsNothingThen) {
-  auto cases =
-      List(L"", L" \n", L"x", L"<a>", L"<a></b>", L"<a/><b/>", L"<a/>x", L"<a b=1/>", L"<a b='<'/>",
-           L"<1/>", L"<a>&b;</a>", L"<a>&</a>", L"<a>&#0;</a>", L"<a>&#xFFFE;</a>", L"<a>]]></a>",
-           L"<a>\x1</a>", L"<a>\xFFFF</a>", L"<a>\xD800</a>", L"<a>\xDC00</a>", L"<a><![CDATA[</a>",
-           L"<a b='1' b='2'/>", L"<a b='1'c='2'/>", L"<a><!-- -- --></a>",
-           L"<a xmlns:p='u' xmlns:q='u' p:b='1' q:b='2'/>", L" <?xml version='1.0'?><a/>");
+  auto cases = List(L"", L" \n", L"x", L"<a>", L"<a></b>", L"<a/><b/>", L"<a/>x", L"<a b=1/>",
+                    L"<a b='<'/>", L"<1/>", L"<a>&b;</a>", L"<a>&</a>", L"<a>&#0;</a>",
+                    L"<a>&#xFFFE;</a>", L"<a>]]></a>", L"<a>\x1</a>", L"<a>\xFFFF</a>",
+                    L"<a>\xD800</a>", L"<a>\xDC00</a>", L"<a><![CDATA[</a>", L"<a b='1' b='2'/>",
+                    L"<a b='1'c='2'/>", L"<a><!-- -- --></a>", L"\uFEFF", L"x\uFEFF<a/>",
+                    L"<a xmlns:p='u' xmlns:q='u' p:b='1' q:b='2'/>", L" <?xml version='1.0'?><a/>");
   if (!tests::IsWine())  // which takes these
-    cases.insert(cases.end(), {L"<p:a/>", L"<a p:b='1'/>", L"<?xml version='1.1'?><a/>",
-                               L"<!DOCTYPE a><a/>", L"<!DOCTYPE a [<!ENTITY b 'c'>]><a>&b;</a>",
-                               L"<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a/>",
-                               Repeat(L"<a>", 257) + Repeat(L"</a>", 257)});
+    cases.insert(cases.end(),
+                 {L"\uFEFF\uFEFF<a/>", L"<p:a/>", L"<a p:b='1'/>", L"<?xml version='1.1'?><a/>",
+                  L"<!DOCTYPE a><a/>", L"<!DOCTYPE a [<!ENTITY b 'c'>]><a>&b;</a>",
+                  L"<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a/>",
+                  Repeat(L"<a>", 257) + Repeat(L"</a>", 257)});
   for (const std::wstring& xml : cases) {
     EXPECT_TRUE(Load(L"<a><b/></a>"));
     EXPECT_FALSE(Load(xml)) << Shown(xml);
-    EXPECT_EQ(Answer(document, L"//*"), L"") << Shown(xml);
+    EXPECT_EQ(Answer(document, L"a"), L"") << Shown(xml);
   }
   EXPECT_FALSE(Load(L"<a>\n\n<b>\n</c></a>"));
   EXPECT_EQ(line, tests::IsWine() ? 0 : 4);  // Wine tells none
@@ -189,48 +189,50 @@ TEST_F(Xml, AnswersQueriesFromTheContextNode) {
   ASSERT_TRUE(
       Load(L"<R><E ID='1'><K>one</K></E><E ID='01'><K>zero</K></E><E ID='1'><K>two</K><K>three</K>"
            L"</E><E ID='a]/b'><K>slash</K></E><E ID=\"it's\"><K>quote</K></E><E ID=''><K>no</K></E>"
-           L"<E ID='&#34;'><K>double</K></E><E ID='印'><K>wide</K></E>"
-           L"<n xmlns='u' xmlns:p='v' ID='7'><E ID='3'><K>far</K></E></n></R>"));
+           L"<E ID='印'><K>wide</K></E><n xmlns='u' xmlns:p='v' ID='7'><E ID='3'><K>far</K></E></n>"
+           L"<E p:ID='5' xmlns:p='v'><K>other</K></E></R>"));
   using Row = std::pair<const wchar_t*, const wchar_t*>;
   for (const auto& [query, texts] :
-       {Row(L"R/E[@ID=\"1\"]/K", L"one|two|three|"), Row(L"./R/E[@ID='01']/K", L"zero|"),
+       {Row(L"R/E[@ID=\"1\"]/K", L"one|two|three|"), Row(L"./R/E[@ID=\"01\"]/K", L"zero|"),
         Row(L"R/E[@ID=\"a]/b\"]/K", L"slash|"), Row(L"R/E[@ID=\"it's\"]/K", L"quote|"),
-        Row(L"R/E[@ID=\"\"]/K", L"no|"), Row(L"R/E[@ID='\"']/K", L"double|"),
-        Row(L"R/E[@ID=\"印\"]/K", L"wide|"), Row(L"R/E[@id=\"1\"]/K", L""), Row(L"E", L""),
-        Row(L"//E[@ID=\"3\"]/K", L""), Row(L"//*[@ID=\"3\"]", L"far|"),
-        Row(L"R/E[@ID=\"\" or 1=1]/K[2]", L"three|"), Row(L"R/E[2]/K | R/E[1]/K", L"one|zero|"),
-        Row(L"R/*[local-name()='n']/@*", L"7|")})
+        Row(L"R/E[@ID=\"\"]/K", L"no|"), Row(L"R/E[@ID=\"印\"]/K", L"wide|"),
+        Row(L"R/E[@id=\"1\"]/K", L""), Row(L"E", L""), Row(L"R/n", L""),
+        Row(L"R/E[@ID=\"5\"]", L""), Row(L"R/E[@ID=\"1\"]/K[@ID=\"\"]", L"")})
     EXPECT_EQ(Answer(document, query), texts) << Shown(query);
   IXMLDOMNodePtr node;
-  ASSERT_EQ(document->selectSingleNode(_bstr_t(L"R/E[2]"), &node), S_OK);
-  EXPECT_EQ(Answer(node, L"./K") + Answer(node, L"/R/E[1]/K"), L"zero|one|");
+  ASSERT_EQ(document->selectSingleNode(_bstr_t(L"R/E[@ID=\"01\"]"), &node), S_OK);
+  EXPECT_EQ(Answer(node, L"./K"), L"zero|");
 }
 
 TEST_F(Xml, FailsForWhatIsNoQuery) {
   ASSERT_TRUE(Load(L"<R><E ID='1'><K>one</K></E></R>"));
   auto cases = List(L"", L"R//", L"R/E[]", L"p:R", L"$R", L"1", L"'R'", L"R = R", L"R 'x'",
                     L"count(R)", L"R | 1", L"nothing()", L"\uFFFF", L"R/E[@ID=\"a\"b\"]/K",
-                    L"R/E[@ID=\"1\"]/", L"R/E[@ID=\"1\"]/K[", L"count(R, R)", L"R/E[@ID=\"\xD800");
+                    L"R/E[@ID=\"1\"]/", L"R/E[@ID=\"1\"]/K[", L"R/E[@ID=\"\xD800");
   for (const wchar_t* part : {L"(", L"R[", L"-(", L"not("}) cases.push_back(Repeat(part, 20000));
+#ifndef _WIN32
+  // XPath knows more than the reader asks for.
+  for (const wchar_t* more : {L"//K", L"/R", L"R/*", L"R/@ID", L".", L"R/E[1]", L"R/E[@ID='1']/K",
+                              L"R/E[@ID=\"\" or \"1\"=\"1\"]/K", L"R|R", L"R/E[@ID=\"\xD800\"]"})
+    cases.push_back(more);
+#endif
   for (const std::wstring& query : cases)
     EXPECT_EQ(Answer(document, query), L"no query") << Shown(query);
 }
 
 TEST_F(Xml, NodesTellWhatTheyAreAndOutliveTheirDocument) {
-  ASSERT_TRUE(Load(L"<a z='1' y=' 2\n' p:x='&lt;' xmlns:p='u'>t<![CDATA[c]]><!--m--><?i d?></a>"));
-  IXMLDOMNodeListPtr nodes;
-  ASSERT_EQ(document->selectNodes(_bstr_t(L"//node()"), &nodes), S_OK);
-  EXPECT_FALSE(Load(L"<other>"));
-  document = nullptr;
-  EXPECT_EQ(All(nodes, &NameAndValue), L"a|#text=t|#cdata-section=c|#comment=m|i=d|");
+  ASSERT_TRUE(Load(L"<a z='1' y=' 2\n' p:x='&lt;' xmlns:p='u'>t</a>"));
   IXMLDOMNodePtr node;
   IXMLDOMNamedNodeMapPtr attributes;
-  ASSERT_EQ(nodes->get_item(1, &node), S_OK);
-  EXPECT_EQ(node->get_attributes(&attributes), S_FALSE);
-  EXPECT_EQ(IXMLDOMElementPtr(node), nullptr);
-  ASSERT_EQ(nodes->get_item(0, &node), S_OK);
+  ASSERT_EQ(document->selectSingleNode(_bstr_t(L"a"), &node), S_OK);
+  EXPECT_FALSE(Load(L"<other>"));
+  document = nullptr;
   ASSERT_EQ(IXMLDOMElementPtr(node)->get_attributes(&attributes), S_OK);
+  EXPECT_EQ(NameAndValue(node), L"a");
+  node = nullptr;
   EXPECT_EQ(All(attributes, &NameAndValue), L"z=1|y= 2 |p:x=<|xmlns:p=u|");
+  ASSERT_EQ(attributes->get_item(0, &node), S_OK);
+  EXPECT_EQ(IXMLDOMElementPtr(node), nullptr);
 }
 
 }  // namespace

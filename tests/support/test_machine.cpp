@@ -41,6 +41,7 @@ TestMachine::TestMachine() {
 
 TestMachine::~TestMachine() {
   platform::ClearFaults();
+  EXPECT_EQ(platform::TakeUnmetFaults(), "") << "these faults failed no call";
   EXPECT_EQ(RecorderLive(), 0) << "component objects and libraries are still there";
   HANDLE mutex = nullptr;
   EXPECT_EQ(TakeMutex(mutex, true), WAIT_OBJECT_0) << "the mutex is still held";

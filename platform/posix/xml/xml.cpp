@@ -8,6 +8,7 @@
 #include "platform/faults.h"
 #include "platform/posix/xml/xml_document.h"
 #include "platform/posix/xml/xml_query.h"
+#include "platform/utf.h"
 
 namespace platform {
 
@@ -25,7 +26,6 @@ class Object : public Interface {
   virtual ~Object() = default;
 
   HRESULT QueryInterface(const IID& iid, void** object) override {
-    if (object == nullptr) return E_POINTER;
     const bool has = iid == IID_IUnknown || Has(iid);
     *object = has ? static_cast<Interface*>(this) : nullptr;
     if (has) AddRef();
@@ -39,29 +39,33 @@ class Object : public Interface {
   }
 
  private:
-  virtual bool Has(const IID& iid) const = 0;
+  virtual bool Has(const IID&) const { return false; }
 
   ULONG m_references = 1;
 };
 
-/// Does one operation: its fault, its exceptions and a missing out-parameter become results.
-template <typename Out, typename Action>
-HRESULT Do(const char* operation, Out* out, Action action) {
-  if (const auto fault = TakeFault(operation)) return static_cast<HRESULT>(*fault);
-  if (out == nullptr) return E_INVALIDARG;
+/// Makes a result of what an operation throws.
+template <typename Action>
+HRESULT Do(Action action) {
   try {
-    return action(*out);
-  } catch (const xpath::QueryError&) {
+    return action();
+  } catch (const QueryError&) {
     return E_FAIL;
   } catch (const std::bad_alloc&) {
     return E_OUTOFMEMORY;
   }
 }
 
-BSTR NewText(std::wstring_view text) {
-  const BSTR copy = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-  if (copy == nullptr) throw std::bad_alloc();
-  return copy;
+/// The same for an operation that can be made to fail.
+template <typename Action>
+HRESULT Do(const char* operation, Action action) {
+  if (const auto fault = TakeFault(operation)) return static_cast<HRESULT>(*fault);
+  return Do(action);
+}
+
+HRESULT Give(std::wstring_view text, BSTR* out) {
+  *out = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+  return *out == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
 std::wstring_view View(BSTR text) {
@@ -72,30 +76,26 @@ IXMLDOMNode* NewNode(const Content& content, NodeId id);
 
 class NodeList final : public Object<IXMLDOMNodeList> {
  public:
-  NodeList(Content content, xpath::NodeSet nodes)
+  NodeList(Content content, std::vector<NodeId> nodes)
       : m_content(std::move(content)), m_nodes(std::move(nodes)) {}
 
   HRESULT get_item(LONG index, IXMLDOMNode** item) override {
-    return Do("IXMLDOMNodeList::get_item", item, [&](IXMLDOMNode*& out) {
-      out = nullptr;
+    return Do([&] {
+      *item = nullptr;
       if (index < 0 || static_cast<std::size_t>(index) >= m_nodes.size()) return S_FALSE;
-      out = NewNode(m_content, m_nodes[static_cast<std::size_t>(index)]);
+      *item = NewNode(m_content, m_nodes[static_cast<std::size_t>(index)]);
       return S_OK;
     });
   }
 
   HRESULT get_length(LONG* length) override {
-    return Do("IXMLDOMNodeList::get_length", length, [&](LONG& out) {
-      out = static_cast<LONG>(m_nodes.size());
-      return S_OK;
-    });
+    *length = static_cast<LONG>(m_nodes.size());
+    return S_OK;
   }
 
  private:
-  bool Has(const IID& iid) const override { return iid == IID_IXMLDOMNodeList; }
-
   const Content m_content;
-  const xpath::NodeSet m_nodes;
+  const std::vector<NodeId> m_nodes;
 };
 
 /// The attributes of an element are the nodes behind it, before its first child.
@@ -107,43 +107,24 @@ class AttributeMap final : public Object<IXMLDOMNamedNodeMap> {
         m_count(m_content->Tree()[element].firstChild - m_begin) {}
 
   HRESULT get_item(LONG index, IXMLDOMNode** item) override {
-    return Do("IXMLDOMNamedNodeMap::get_item", item, [&](IXMLDOMNode*& out) {
-      out = nullptr;
+    return Do([&] {
+      *item = nullptr;
       if (index < 0 || static_cast<NodeId>(index) >= m_count) return S_FALSE;
-      out = NewNode(m_content, m_begin + static_cast<NodeId>(index));
+      *item = NewNode(m_content, m_begin + static_cast<NodeId>(index));
       return S_OK;
     });
   }
 
   HRESULT get_length(LONG* length) override {
-    return Do("IXMLDOMNamedNodeMap::get_length", length, [&](LONG& out) {
-      out = static_cast<LONG>(m_count);
-      return S_OK;
-    });
+    *length = static_cast<LONG>(m_count);
+    return S_OK;
   }
 
  private:
-  bool Has(const IID& iid) const override { return iid == IID_IXMLDOMNamedNodeMap; }
-
   const Content m_content;
   const NodeId m_begin;
   const NodeId m_count;
 };
-
-std::wstring_view NodeName(const XmlTree& tree, NodeId id) {
-  switch (tree[id].kind) {
-    case NodeKind::kDocument:
-      return L"#document";
-    case NodeKind::kText:
-      return L"#text";
-    case NodeKind::kSection:
-      return L"#cdata-section";
-    case NodeKind::kComment:
-      return L"#comment";
-    default:
-      return tree.Name(id).qualified;
-  }
-}
 
 /// The operations of a node; IXMLDOMDocument2's are those of its document node.
 template <typename Interface>
@@ -152,53 +133,50 @@ class NodeObject : public Object<Interface> {
   NodeObject(Content content, NodeId id) : m_content(std::move(content)), m_id(id) {}
 
   HRESULT get_nodeName(BSTR* name) override {
-    return Do("IXMLDOMNode::get_nodeName", name, [&](BSTR& out) {
-      out = NewText(NodeName(Tree(), m_id));
-      return S_OK;
+    return Do([&] {
+      if (Kind() == NodeKind::kDocument) return Give(L"#document", name);
+      return Give(FromUtf8(reinterpret_cast<const char*>(Tree()[m_id].name)), name);
     });
   }
 
   HRESULT get_nodeValue(VARIANT* value) override {
-    return Do("IXMLDOMNode::get_nodeValue", value, [&](VARIANT& out) {
-      out = {VT_NULL, nullptr};
-      if (Kind() == NodeKind::kElement || Kind() == NodeKind::kDocument) return S_FALSE;
-      out = {VT_BSTR, NewText(Tree().Text(m_id))};
-      return S_OK;
+    return Do([&] {
+      *value = {VT_NULL, nullptr};
+      if (Kind() != NodeKind::kAttribute) return S_FALSE;
+      const HRESULT result = Give(TextOf(Tree(), m_id), &value->bstrVal);
+      if (result == S_OK) value->vt = VT_BSTR;
+      return result;
     });
   }
 
   HRESULT get_attributes(IXMLDOMNamedNodeMap** attributes) override {
-    return Do("IXMLDOMNode::get_attributes", attributes, [&](IXMLDOMNamedNodeMap*& out) {
-      out = nullptr;
+    return Do("IXMLDOMNode::get_attributes", [&] {
+      *attributes = nullptr;
       if (Kind() != NodeKind::kElement) return S_FALSE;
-      out = new AttributeMap(m_content, m_id);
+      *attributes = new AttributeMap(m_content, m_id);
       return S_OK;
     });
   }
 
   HRESULT get_text(BSTR* text) override {
-    return Do("IXMLDOMNode::get_text", text, [&](BSTR& out) {
-      out = NewText(TextOf(Tree(), m_id));
-      return S_OK;
-    });
+    return Do("IXMLDOMNode::get_text", [&] { return Give(TextOf(Tree(), m_id), text); });
   }
 
   HRESULT selectNodes(BSTR query, IXMLDOMNodeList** nodes) override {
-    return Do("IXMLDOMNode::selectNodes", nodes, [&](IXMLDOMNodeList*& out) {
-      out = nullptr;
-      if (query == nullptr) return E_INVALIDARG;
-      out = new NodeList(m_content, m_content->Select(m_id, View(query)));
+    return Do("IXMLDOMNode::selectNodes", [&] {
+      *nodes = nullptr;
+      constexpr auto kAll = static_cast<std::size_t>(-1);
+      *nodes = new NodeList(m_content, m_content->Select(m_id, View(query), kAll));
       return S_OK;
     });
   }
 
   HRESULT selectSingleNode(BSTR query, IXMLDOMNode** node) override {
-    return Do("IXMLDOMNode::selectSingleNode", node, [&](IXMLDOMNode*& out) {
-      out = nullptr;
-      if (query == nullptr) return E_INVALIDARG;
-      const NodeId found = m_content->SelectFirst(m_id, View(query));
-      if (found == kNoNode) return S_FALSE;
-      out = NewNode(m_content, found);
+    return Do("IXMLDOMNode::selectSingleNode", [&] {
+      *node = nullptr;
+      const std::vector<NodeId> found = m_content->Select(m_id, View(query), 1);
+      if (found.empty()) return S_FALSE;
+      *node = NewNode(m_content, found.front());
       return S_OK;
     });
   }
@@ -232,29 +210,20 @@ class ParseError final : public Object<IXMLDOMParseError> {
   explicit ParseError(XmlError error) : m_error(std::move(error)) {}
 
   HRESULT get_errorCode(LONG* code) override {
-    return Do("IXMLDOMParseError::get_errorCode", code, [&](LONG& out) {
-      out = m_error.code;
-      return Result();
-    });
+    *code = m_error.line == 0 ? 0 : E_FAIL;
+    return Result();
   }
-
   HRESULT get_reason(BSTR* reason) override {
-    return Do("IXMLDOMParseError::get_reason", reason, [&](BSTR& out) {
-      out = NewText(m_error.reason);
-      return Result();
-    });
+    const HRESULT result = Give(m_error.reason, reason);
+    return FAILED(result) ? result : Result();
   }
-
   HRESULT get_line(LONG* line) override {
-    return Do("IXMLDOMParseError::get_line", line, [&](LONG& out) {
-      out = m_error.line;
-      return Result();
-    });
+    *line = m_error.line;
+    return Result();
   }
 
  private:
-  bool Has(const IID& iid) const override { return iid == IID_IXMLDOMParseError; }
-  HRESULT Result() const { return m_error.code == 0 ? S_FALSE : S_OK; }
+  HRESULT Result() const { return m_error.line == 0 ? S_FALSE : S_OK; }
 
   const XmlError m_error;
 };
@@ -263,27 +232,22 @@ class Document final : public NodeObject<IXMLDOMDocument2> {
  public:
   Document() : NodeObject(std::make_shared<XmlContent>(XmlTree()), kDocumentNode) {}
 
-  HRESULT put_async(VARIANT_BOOL) override {
-    const auto fault = TakeFault("IXMLDOMDocument2::put_async");
-    return fault ? static_cast<HRESULT>(*fault) : S_OK;
-  }
+  HRESULT put_async(VARIANT_BOOL) override { return S_OK; }
 
   HRESULT loadXML(BSTR xml, VARIANT_BOOL* isSuccessful) override {
-    VARIANT_BOOL unread = VARIANT_FALSE;
-    return Do("IXMLDOMDocument2::loadXML", isSuccessful == nullptr ? &unread : isSuccessful,
-              [&](VARIANT_BOOL& out) {
-                out = VARIANT_FALSE;
-                m_content = std::make_shared<XmlContent>(XmlTree());
-                m_content = std::make_shared<XmlContent>(ParseXml(View(xml), m_error));
-                if (m_error.code != 0) return S_FALSE;
-                out = VARIANT_TRUE;
-                return S_OK;
-              });
+    return Do([&] {
+      *isSuccessful = VARIANT_FALSE;
+      m_content = std::make_shared<XmlContent>(XmlTree());
+      m_content = std::make_shared<XmlContent>(ParseXml(View(xml), m_error));
+      if (m_error.line != 0) return S_FALSE;
+      *isSuccessful = VARIANT_TRUE;
+      return S_OK;
+    });
   }
 
   HRESULT get_parseError(IXMLDOMParseError** error) override {
-    return Do("IXMLDOMDocument2::get_parseError", error, [&](IXMLDOMParseError*& out) {
-      out = new ParseError(m_error);
+    return Do([&] {
+      *error = new ParseError(m_error);
       return S_OK;
     });
   }

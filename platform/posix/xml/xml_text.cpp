@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platform/posix/xml/xml_tree.h"
+#include "platform/utf.h"
 
 namespace platform {
 
@@ -14,10 +15,9 @@ class TextCollector {
  public:
   explicit TextCollector(const XmlTree& tree) : m_tree(tree) {}
 
-  std::wstring Collect(NodeId id) {
-    AddPart(id);
-    const NodeId owner = m_tree[id].kind == NodeKind::kText ? m_tree[id].parent : id;
-    if (!m_tree[owner].keepsSpace) Trim();
+  std::string Collect(NodeId id) {
+    AddChildren(id);
+    if (!m_tree[id].keepsSpace) Trim();
     return std::move(m_text);
   }
 
@@ -26,64 +26,48 @@ class TextCollector {
   bool AddChildren(NodeId id) {
     const std::size_t begin = m_text.size();
     bool isSpace = m_tree[id].isSpaceInside;
-    m_tree.ForEachChild(id, [&](NodeId child) {
+    for (NodeId child = m_tree[id].firstChild; child < m_tree[id].end; child = m_tree[child].end) {
       // A blank is put between two parts of this node only, and is taken back if there is no
       // second.
       const std::size_t end = m_text.size();
       const bool isBlank = isSpace && end > begin;
-      if (isBlank) m_text += L' ';
+      if (isBlank) m_text += ' ';
       const std::size_t childBegin = m_text.size();
       const bool isSpaceAtEnd = AddPart(child);
       const bool isPart = m_text.size() > childBegin || m_tree[child].kind == NodeKind::kSection;
       if (!isPart && isBlank) m_text.resize(end);
       isSpace = (isSpace && !isPart) || isSpaceAtEnd || m_tree[child].isSpaceBehind;
-    });
+    }
     return isSpace;
   }
 
   bool AddPart(NodeId id) {
-    switch (m_tree[id].kind) {
-      case NodeKind::kDocument:
-      case NodeKind::kElement:
-        return AddChildren(id);
-      case NodeKind::kText:
-        m_text += m_tree.Text(id);
-        return false;
-      case NodeKind::kSection:
-        m_firstSection = std::min(m_firstSection, m_text.size());
-        m_text += m_tree.Text(id);
-        m_lastSectionEnd = m_text.size();
-        return false;
-      default:
-        return false;
-    }
+    const NodeKind kind = m_tree[id].kind;
+    if (kind == NodeKind::kElement) return AddChildren(id);
+    if (kind == NodeKind::kSection) m_firstSection = std::min(m_firstSection, m_text.size());
+    m_text += m_tree.Text(id);
+    if (kind == NodeKind::kSection) m_lastSectionEnd = m_text.size();
+    return false;
   }
 
   void Trim() {
-    constexpr wchar_t kSpace[] = L" \t\n\r";
+    constexpr char kSpace[] = " \t\n\r";
     const std::size_t end = m_text.find_last_not_of(kSpace) + 1;  // 0 if there is nothing else
     m_text.resize(std::max(end, m_lastSectionEnd));
     m_text.erase(0, std::min({m_text.find_first_not_of(kSpace), m_firstSection, m_text.size()}));
   }
 
   const XmlTree& m_tree;
-  std::wstring m_text;
-  std::size_t m_firstSection = std::wstring::npos;
+  std::string m_text;
+  std::size_t m_firstSection = std::string::npos;
   std::size_t m_lastSectionEnd = 0;
 };
 
 }  // namespace
 
 std::wstring TextOf(const XmlTree& tree, NodeId id) {
-  switch (tree[id].kind) {
-    case NodeKind::kDocument:
-    case NodeKind::kElement:
-    case NodeKind::kText:
-    case NodeKind::kSection:
-      return TextCollector(tree).Collect(id);
-    default:
-      return std::wstring(tree.Text(id));
-  }
+  if (tree[id].kind == NodeKind::kAttribute) return FromUtf8(tree.Text(id));
+  return FromUtf8(TextCollector(tree).Collect(id));
 }
 
 }  // namespace platform

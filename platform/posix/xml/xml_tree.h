@@ -1,62 +1,47 @@
 #pragma once
 
-// The content of an XML document: all its nodes in document order in one array, so that a node's
-// descendants are the range behind it. White space that MSXML drops while it loads is not there;
-// marks tell where it was.
+// The content of an XML document: its elements, attributes and texts in document order in one
+// array, so that a node's descendants are the range behind it. Names and texts are UTF-8. Comments
+// and processing instructions are not kept, nor is the white space that MSXML drops while it loads;
+// marks tell where that was.
+
+#include <libxml/parser.h>
 
 #include <cstdint>
-#include <deque>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
+
+#include "platform/owner.h"
 
 namespace platform {
 
 using NodeId = std::uint32_t;
 constexpr NodeId kDocumentNode = 0;
 constexpr NodeId kNoNode = static_cast<NodeId>(-1);
-constexpr std::uint32_t kNoName = static_cast<std::uint32_t>(-1);
 
-enum class NodeKind : std::uint8_t {
-  kDocument,
-  kElement,
-  kDeclaration,  // a namespace's
-  kAttribute,
-  kText,
-  kSection,  // CDATA
-  kComment,
-  kInstruction,
-};
+/// A name in the parser's dictionary, which has each only once, so that its address tells it. Null
+/// for what the document does not name.
+using XmlName = const xmlChar*;
+
+enum class NodeKind : std::uint8_t { kDocument, kElement, kAttribute, kText, kSection };  // CDATA
 
 struct XmlNode {
-  NodeId parent;
-  NodeId firstChild;    // one behind the attributes; `end` without a child
-  NodeId end;           // one behind the last descendant
-  std::uint32_t name;   // of elements, attributes, declarations and instructions
-  std::uint32_t begin;  // where its own text begins,
-  std::uint32_t size;   // and how long it is
-  NodeKind kind;
-  bool keepsSpace = false;     // xml:space="preserve" holds here
-  bool isSpaceInside = false;  // white space was dropped before the first child,
-  bool isSpaceBehind = false;  // or behind this node
-};
-
-/// A qualified name and the namespace that it is in.
-struct XmlName {
-  std::wstring qualified;
-  std::wstring uri;
-  std::uint32_t prefixSize;  // with the colon
-
-  std::wstring_view Local() const { return std::wstring_view(qualified).substr(prefixSize); }
-  std::wstring_view Prefix() const {
-    return std::wstring_view(qualified).substr(0, prefixSize == 0 ? 0 : prefixSize - 1);
-  }
+  XmlName name = nullptr;  // of elements and attributes, with the prefix
+  NodeId parent = kNoNode;
+  NodeId firstChild = 0;    // one behind the attributes; `end` without a child
+  NodeId end = 0;           // one behind the last descendant
+  std::uint32_t begin = 0;  // where the text of the others begins,
+  std::uint32_t size = 0;   // and how long it is
+  NodeKind kind = NodeKind::kDocument;
+  bool isInNamespace : 1 = false;
+  bool keepsSpace : 1 = false;     // xml:space="preserve" holds here
+  bool isSpaceInside : 1 = false;  // white space was dropped before the first child,
+  bool isSpaceBehind : 1 = false;  // or behind this node
 };
 
 struct XmlError {
-  std::int32_t code = 0;  // MSXML's; 0: none
-  std::int32_t line = 0;
+  std::int32_t line = 0;  // 0: none
   std::wstring reason;
 };
 
@@ -64,40 +49,30 @@ class XmlTree {
  public:
   /// A document node alone.
   XmlTree();
-  XmlTree(XmlTree&&) noexcept = default;
-  XmlTree& operator=(XmlTree&&) noexcept = default;
 
   const XmlNode& operator[](NodeId id) const { return m_nodes[id]; }
   NodeId Size() const { return static_cast<NodeId>(m_nodes.size()); }
 
-  const XmlName& Name(NodeId id) const { return m_names[m_nodes[id].name]; }
-  /// The number of an unqualified name without a namespace; kNoName if the document has none such.
-  std::uint32_t FindName(std::wstring_view name) const;
-
-  /// The node's own text: that of an attribute, declaration, text, section, comment, instruction.
-  std::wstring_view Text(NodeId id) const {
-    return std::wstring_view(m_texts).substr(m_nodes[id].begin, m_nodes[id].size);
+  XmlName FindName(std::string_view name) const {
+    return xmlDictExists(m_dictionary.Get(), reinterpret_cast<XmlName>(name.data()),
+                         static_cast<int>(name.size()));
   }
 
-  /// Attributes and declarations lie between an element and its first child.
-  bool IsAttribute(NodeId id) const {
-    return m_nodes[id].kind == NodeKind::kAttribute || m_nodes[id].kind == NodeKind::kDeclaration;
-  }
-  /// Calls `visit` with each child in order.
-  template <typename Visit>
-  void ForEachChild(NodeId id, Visit visit) const {
-    for (NodeId child = m_nodes[id].firstChild; child < m_nodes[id].end; child = m_nodes[child].end)
-      visit(child);
+  /// The node's own text: that of an attribute, a text or a section.
+  std::string_view Text(NodeId id) const {
+    return std::string_view(m_texts).substr(m_nodes[id].begin, m_nodes[id].size);
   }
 
  private:
   friend class XmlTreeBuilder;
 
+  Owner<xmlDict*, xmlDictFree> m_dictionary;
   std::vector<XmlNode> m_nodes;
-  std::wstring m_texts;
-  std::deque<XmlName> m_names;  // which stay where they are: m_plainNames looks at them
-  std::unordered_map<std::wstring_view, std::uint32_t> m_plainNames;
+  std::string m_texts;
 };
+
+/// Where `text` has its first half of a surrogate pair, or unit beyond Unicode; its size if none.
+std::size_t FindHalfCharacter(std::wstring_view text);
 
 /// Reads XML 1.0 with namespaces as MSXML 6.0 does; without content and with `error` set when it is
 /// refused. Throws std::bad_alloc.
