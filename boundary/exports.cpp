@@ -1,3 +1,5 @@
+#define SIGIL_SETTING_IMPLEMENTATION
+
 #include "boundary/exports.h"
 
 #include "host/system_setting_mng.h"

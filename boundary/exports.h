@@ -1,19 +1,45 @@
 #pragma once
 
-// The six operations of the library, under plain names and with the ordinals 1 to 6 in this order.
-// Each stands alone: no order of calls is required, each may come from any thread of any process
-// and be repeated. Text is NUL-terminated and read during the call only. Nothing is thrown. All
-// passes over the setting file exclude each other, in all processes; a call waits up to 180 seconds
-// for its turn.
+// The six operations of SigilSetting for a host process, in C11 or C++. Installed, this is
+// <sigil/sigil_setting.h>.
+//
+// Each stands alone: no order of calls is required, and each may be repeated. Each may come from
+// any thread of any process: a call runs on the calling thread alone, and all passes over the
+// setting file, in all processes, exclude each other. A call waits up to 180 seconds for its turn.
+//
+// Text is NUL-terminated UTF-16, one unit in each wchar_t (on Linux too, where it has 32 bits), and
+// is read during the call only. Nothing is thrown, and nothing is held between two calls.
+//
+// At each call the library loads the Settings component, SigilUtil_x86.dll, from the folder in
+// which the host's own executable lies (on Linux, the file that symbolic links lead to). Without it
+// there, a call gives -101.
+//
+// The names are undecorated, with the ordinals 1 to 6 in the order below; the calling convention is
+// that of C, __cdecl on 32-bit Windows.
 
-#ifdef _WIN32
-#define SIGIL_EXPORT __declspec(dllexport)
+#ifndef __cplusplus
+#include <stdbool.h>
+#include <stddef.h>
+#endif
+
+#ifndef _WIN32
+#define SIGIL_SETTING_API __attribute__((visibility("default")))
+#define SIGIL_SETTING_CALL
 #else
-#define SIGIL_EXPORT __attribute__((visibility("default")))
+#ifdef SIGIL_SETTING_IMPLEMENTATION  // the library's own source
+#define SIGIL_SETTING_API __declspec(dllexport)
+#else
+#define SIGIL_SETTING_API __declspec(dllimport)
+#endif
+#define SIGIL_SETTING_CALL __cdecl
+#endif
+
+#ifdef __cplusplus
+extern "C" {
 #endif
 
 /// What an export gives back.
-enum SigilSettingResult : int {
+enum SigilSettingResult {
   SIGIL_SETTING_DONE = 0,
   /// The policy is applied, but the user's full name is still to be obtained.
   SIGIL_SETTING_NO_FULL_NAME = -99,
@@ -22,38 +48,39 @@ enum SigilSettingResult : int {
   /// The watermark function is off in the system settings; nothing was done.
   SIGIL_SETTING_FUNCTION_OFF = -200,
   /// The system settings could not be read; nothing was done.
-  SIGIL_SETTING_UNREADABLE = -201,
+  SIGIL_SETTING_UNREADABLE = -201
 };
-
-extern "C" {
 
 /// Switches the watermarks off and tells the control service.
 /// 0, -101, -200, -201; -1 to -5 when all is switched but telling the service failed: -1 no
 /// security descriptor, -2 no pipe, -3 the write, -4 closing the pipe when it was told, -5 nothing
 /// to say.
-SIGIL_EXPORT int SigilSettingReleaseWaterMark();
+SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingReleaseWaterMark(void);
 
 /// Switches the watermarks on, as the delivered policy's scope says, and tells the control service.
 /// 0, -101, -200, -201; a service that was not told changes nothing.
-SIGIL_EXPORT int SigilSettingSetWaterMark();
+SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingSetWaterMark(void);
 
 /// Applies policy `policyId` of the document `policyXml` to the default entry and to every printer
 /// of the suite's driver, and rebuilds the exclude list. A non-zero `resetFullName` has the user's
 /// full name looked up anew. The first and third arguments have no effect; the third may be null.
 /// 0, -99, -101.
-SIGIL_EXPORT int SigilSettingUpdateWaterMarkSetting(unsigned int unused, int policyId,
-                                                    const wchar_t* unusedText,
-                                                    const wchar_t* policyXml, int resetFullName);
+SIGIL_SETTING_API int SIGIL_SETTING_CALL
+SigilSettingUpdateWaterMarkSetting(unsigned int unused, int policyId, const wchar_t* unusedText,
+                                   const wchar_t* policyXml, int resetFullName);
 
 /// Switches the watermarks off and deletes them; asks for no system settings and tells nobody.
 /// 0, -101.
-SIGIL_EXPORT int SigilSettingReleaseWaterMarkForService();
+SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingReleaseWaterMarkForService(void);
 
 /// Stores whether the Settings component calls its print-content log callback.
 /// 0, -101.
-SIGIL_EXPORT int SigilSettingSetUseContentLog(bool useContentLog);
+SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingSetUseContentLog(bool useContentLog);
 
 /// Rebuilds the exclude list from the printers that exist now.
 /// 0, -101.
-SIGIL_EXPORT int SigilSettingUpdateExcludePrinter();
-}
+SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingUpdateExcludePrinter(void);
+
+#ifdef __cplusplus
+}  // extern "C"
+#endif
