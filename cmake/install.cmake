@@ -13,6 +13,9 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/${PROJECT_NAME})
+if(WIN32)
+  set(CMAKE_INSTALL_DOCDIR .)
+endif()
 
 install(FILES boundary/exports.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sigil
         RENAME sigil_setting.h)
@@ -71,7 +74,7 @@ else()
   set(CPACK_DEBIAN_PACKAGE_SECTION libs)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
-  # The library's name is read anew by the dynamic linker.
-  set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+  file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
+  set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers)
 endif()
 include(CPack)
