@@ -41,8 +41,10 @@ install(FILES ${PROJECT_BINARY_DIR}/${PROJECT_NAME}Config.cmake
               ${PROJECT_BINARY_DIR}/${PROJECT_NAME}ConfigVersion.cmake DESTINATION ${package})
 
 if(NOT WIN32)
-  # The library goes by two names: its own, and the link that sigilctl finds beside itself.
-  set_target_properties(SigilSetting PROPERTIES INSTALL_RPATH "$ORIGIN/sigil:$ORIGIN")
+  # The library goes by two names, its own and the link that sigilctl finds beside itself, and finds
+  # the log from either. The build folder has everything in one place, where this path holds too.
+  set_target_properties(SigilSetting PROPERTIES INSTALL_RPATH "$ORIGIN/sigil:$ORIGIN"
+                                                BUILD_WITH_INSTALL_RPATH ON)
   install(TARGETS sigilctl log4cxx SigilUtil_x86 RUNTIME DESTINATION ${SIGIL_PRIVATE_DIR}
                                                  LIBRARY DESTINATION ${SIGIL_PRIVATE_DIR})
   set(links ${PROJECT_BINARY_DIR}/links)
