@@ -56,6 +56,18 @@ bool IsSafe(const peers::Descriptor& file) {
          (S_ISREG(status.st_mode) || S_ISCHR(status.st_mode));
 }
 
+/// Whether the disk has room for a line of this size. The room is taken already, with some more for
+/// the lines of others at this moment: of a line that is written without, a full disk would take
+/// the beginning. Where a file system cannot tell, it has room.
+bool TakeRoom(const peers::Descriptor& file, std::size_t size) {
+  constexpr off_t kForOthers = 0x2000;
+  struct stat status;
+  if (fstat(file.Get(), &status) != 0 || fallocate(file.Get(), FALLOC_FL_KEEP_SIZE, status.st_size,
+                                                   static_cast<off_t>(size) + kForOthers) == 0)
+    return true;
+  return errno != ENOSPC && errno != EDQUOT && errno != EFBIG;
+}
+
 /// Each line is one write, which the system puts at the end of the file as it then is.
 class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
  protected:
@@ -69,7 +81,7 @@ class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
       fs::create_directories(path.parent_path(), failed);
       file = Open(path);
     }
-    if (!IsSafe(file)) return;
+    if (!IsSafe(file) || !TakeRoom(file, line.size())) return;
     [[maybe_unused]] const ssize_t written = write(file.Get(), line.data(), line.size());
   }
   void flush_() override {}

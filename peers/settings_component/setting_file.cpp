@@ -1,5 +1,7 @@
 #include "peers/settings_component/setting_file.h"
 
+#include <sys/stat.h>
+
 #include <mutex>
 #include <system_error>
 #include <tuple>
@@ -66,9 +68,24 @@ void Create(const fs::path& file) {
   if (linked != 0 && error != EEXIST) ThrowSystemError(file.string(), error);
 }
 
+/// The files that SQLite makes beside the setting file get its mode. Those made while it was
+/// read-only would keep everybody from writing after it is writable again, so their mode follows.
+void LetModesFollow(const fs::path& file) {
+  struct stat own = {};
+  if (lstat(file.c_str(), &own) != 0) return;
+  for (const char* suffix : {"-wal", "-shm"}) {
+    const std::string name = file.string() + suffix;
+    struct stat beside = {};
+    if (lstat(name.c_str(), &beside) == 0 && S_ISREG(beside.st_mode) &&
+        beside.st_mode != own.st_mode)
+      chmod(name.c_str(), own.st_mode & 07777);
+  }
+}
+
 /// Always to write, where the file allows that: only a writer takes the files beside it away again.
 std::unique_ptr<Database> Open(const fs::path& file, SettingFile::Access access) {
   if (access == SettingFile::Access::kCreate && !fs::exists(file)) Create(file);
+  LetModesFollow(file);
   auto database = std::make_unique<Database>(file, SQLITE_OPEN_READWRITE);
   if (database->Number("PRAGMA application_id") != kApplicationId ||
       database->Number("PRAGMA user_version") != kVersion)

@@ -153,8 +153,15 @@ std::shared_ptr<Mutex> OpenMutex(Descriptor file) {
   return std::make_shared<Mutex>(std::move(file), shared);
 }
 
+/// Takes the room on the disk at once: on a full one, touching memory that has none yet would end
+/// the process.
+void TakeRoom(const Descriptor& file, off_t size) {
+  const int error = posix_fallocate(file.Get(), 0, size);
+  if (error != 0) throw std::system_error(error, std::generic_category());
+}
+
 std::shared_ptr<Mutex> MakeMutex(Descriptor file, bool owned) {
-  Check(ftruncate(file.Get(), sizeof(SharedMutex)) == 0);
+  TakeRoom(file, sizeof(SharedMutex));
   auto* const shared = new (Map(file)) SharedMutex{};
   pthread_mutexattr_t attributes;
   pthread_mutexattr_init(&attributes);
