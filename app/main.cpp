@@ -208,6 +208,7 @@ void RequireMachine() {
 
 int Run(int argc, char** argv) {
   CLI::App program("Host program of the SigilSetting library", "sigilctl");
+  program.set_version_flag("--version", std::string("sigilctl ") + SIGIL_VERSION);
   program.fallthrough();  // --root may stand behind the command too, which takes this over now
   Arguments arguments;
   const CLI::Option* const root =

@@ -34,6 +34,22 @@ else()
   target_compile_options(sigil_options INTERFACE -Wno-sign-conversion)
 endif()
 
+# What makes a fault harder to use against a host, on Linux; tools/check_hardening looks for it. The
+# checked forms of the C library need an optimised build, and sanitizers have their own.
+if(NOT WIN32)
+  include(CheckPIESupported)
+  check_pie_supported()
+  target_compile_options(sigil_options INTERFACE -fstack-protector-strong)
+  target_link_options(sigil_options INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+  if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize=")
+    target_compile_definitions(sigil_options
+                               INTERFACE $<$<CONFIG:Release,RelWithDebInfo>:_FORTIFY_SOURCE=3>)
+    # g++ takes the short form of a std::wstring that is moved for a buffer that overflows.
+    target_compile_options(sigil_options
+                           INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-attribute-warning>)
+  endif()
+endif()
+
 # sigil_sources(RESULT FOLDER...): the sources of folders below the root, less those that belong to
 # the other home by their name.
 function(sigil_sources result)

@@ -6,13 +6,13 @@
 #include <system_error>
 #include <vector>
 
+#include "app/delivery/output_file.h"
 #include "app/inventory/table.h"
 #include "app/page/draw.h"
 #include "app/page/layout.h"
 #include "app/page/set_text.h"
 #include "app/usage_error.h"
 #include "platform/posix/machine/machine.h"
-#include "platform/posix/machine/whole_file.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -106,9 +106,7 @@ void Preview(std::ostream& out, const peers::SettingFileContent& content,
   caption.emplace_back();
   caption.insert(caption.end(), std::begin(page::kMeaning), std::end(page::kMeaning));
 
-  const std::string picture = page::Draw(page, caption, format);
-  platform::ChangeWholeFile(std::filesystem::absolute(options.picture),
-                            [&](const auto&) { return std::optional(picture); });
+  WriteOutput(options.picture, page::Draw(page, caption, format));
   out << "preview: " << options.picture.string() << " shows " << count << " of " << subject
       << ".\n";
   for (const std::string& note : notes) out << "  " << note << "\n";

@@ -1,7 +1,9 @@
 #include <fcntl.h>
 #include <spdlog/logger.h>
 #include <spdlog/sinks/base_sink.h>
+#include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
@@ -40,6 +42,18 @@ class LogPath {
   fs::path m_path;
 };
 
+/// Whether the disk has room for a line of this size. The room is taken already, with some more for
+/// the lines of others at this moment: of a line that is written without, a full disk would take
+/// the beginning. Where a file system cannot tell, it has room.
+bool TakeRoom(const platform::Descriptor& file, std::size_t size) {
+  constexpr off_t kForOthers = 0x2000;
+  struct stat status;
+  if (fstat(file.Get(), &status) != 0 || fallocate(file.Get(), FALLOC_FL_KEEP_SIZE, status.st_size,
+                                                   static_cast<off_t>(size) + kForOthers) == 0)
+    return true;
+  return errno != ENOSPC && errno != EDQUOT && errno != EFBIG;
+}
+
 /// Each line is one write, which the system puts at the end of the file as it then is.
 class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
  protected:
@@ -47,7 +61,7 @@ class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
     spdlog::memory_buf_t line;
     formatter_->format(message, line);
     const platform::Descriptor file = platform::Open(m_path.Get(), O_WRONLY | O_APPEND | O_CREAT);
-    if (!file) return;
+    if (!file || !TakeRoom(file, line.size())) return;
     [[maybe_unused]] const ssize_t written = write(file.Get(), line.data(), line.size());
   }
   void flush_() override {}

@@ -1,6 +1,7 @@
 #include "peers/settings_component/setting_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <iterator>
@@ -136,11 +137,26 @@ std::unique_ptr<Database> OpenToRead(const fs::path& file) {
   return Checked(std::make_unique<Database>(file, SQLITE_OPEN_READONLY));
 }
 
+/// The files that SQLite makes beside the setting file get its mode. Those made while it was
+/// read-only would keep everybody from writing after it is writable again, so their mode follows.
+void LetModesFollow(const fs::path& file) {
+  struct stat own = {};
+  if (lstat(file.c_str(), &own) != 0) return;
+  for (const char* suffix : {"-wal", "-shm"}) {
+    const std::string name = file.string() + suffix;
+    struct stat beside = {};
+    if (lstat(name.c_str(), &beside) == 0 && S_ISREG(beside.st_mode) &&
+        beside.st_mode != own.st_mode)
+      chmod(name.c_str(), own.st_mode & 07777);
+  }
+}
+
 std::unique_ptr<Database> Open(const fs::path& file, SettingFile::Access access) {
   if (access == SettingFile::Access::kCreate && !fs::exists(file)) Create(file);
   RequireOrdinaryFile(file);
   const fs::path real = RealPath(file);
   if (access == SettingFile::Access::kRead) return OpenToRead(real);
+  LetModesFollow(real);
   auto database = Checked(std::make_unique<Database>(real, SQLITE_OPEN_READWRITE));
   database->Execute("PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON");
   return database;

@@ -11,7 +11,8 @@ namespace {
 
 using Text = const wchar_t*;
 
-/// A list of the file as an enumeration sees it: read anew by each count.
+/// A list of the file as an enumeration sees it: read anew by each count. One that could not be
+/// read at the last count is unknown.
 template <class Item>
 class Listing {
  public:
@@ -19,10 +20,13 @@ class Listing {
 
   Result Count() {
     return Guarded([&] {
+      m_isUnknown = true;
       m_items = m_load();
+      m_isUnknown = false;
       return static_cast<Result>(m_items->size());
     });
   }
+  bool IsUnknown() const { return m_isUnknown; }
 
   /// What the last count found, or what one would find now.
   std::vector<Item>& Items() {
@@ -33,13 +37,16 @@ class Listing {
  private:
   std::function<std::vector<Item>()> m_load;
   std::optional<std::vector<Item>> m_items;
+  bool m_isUnknown = false;
 };
 
 class SettingsObject : public Counted<Sigil::Settings> {
  public:
   Result Save(std::int32_t mode) override {
     if (mode != 0) return kBadArgument;
-    return Guarded([&] {
+    // Who was told of no entries has not deleted them: what it adds would come on top of them.
+    if (m_excluded.IsUnknown() || m_secondExcluded.IsUnknown()) return kFailed;
+    return Guarded([&]() -> Result {
       const auto end = m_changes.begin() + static_cast<std::ptrdiff_t>(m_settled);
       const std::vector<ListChange> settled(m_changes.begin(), end);
       m_store->Write([&](SettingFile& file) { file.Apply(settled); });

@@ -141,10 +141,18 @@ std::shared_ptr<Mutex> OpenMutex(Descriptor file) {
   return std::make_shared<Mutex>(std::move(file), shared);
 }
 
+/// Takes the room on the disk at once: on a full one, touching memory that has none yet would end
+/// the process.
+void TakeRoom(const Descriptor& file, off_t size) {
+  const int error = posix_fallocate(file.Get(), 0, size);
+  if (error != 0) throw std::system_error(error, std::generic_category());
+}
+
 /// Null when another process was faster.
 std::shared_ptr<Mutex> MakeMutex(const fs::path& path) {
   Draft draft(path);
-  Check(Lock(draft.File(), LOCK_SH, {}) && ftruncate(draft.File().Get(), sizeof(SharedMutex)) == 0);
+  Check(Lock(draft.File(), LOCK_SH, {}));
+  TakeRoom(draft.File(), sizeof(SharedMutex));
   auto* const shared = new (Map(draft.File())) SharedMutex{};
   pthread_mutexattr_t attributes;
   pthread_mutexattr_init(&attributes);

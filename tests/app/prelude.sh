@@ -1,3 +1,6 @@
+# shellcheck shell=bash
+# shellcheck disable=SC2154,SC2034  # variables of the sessions around it
+#
 # What every session begins with. $programs is the folder of the programs, $source_folder that of the
 # sources.
 

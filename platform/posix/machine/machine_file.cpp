@@ -65,16 +65,18 @@ Descriptor Enter(const Descriptor& folder, const std::string& name, Missing miss
   };
   Descriptor inner = open();
   if (!inner && errno == ENOENT && missing == Missing::kIsMade) {
-    if (mkdirat(folder.Get(), name.c_str(), kOwnFolder) == 0)
-      fchmodat(folder.Get(), name.c_str(), kOwnFolder, 0);
+    if (mkdirat(folder.Get(), name.c_str(), kOwnFolder) == 0 &&
+        fchmodat(folder.Get(), name.c_str(), kOwnFolder, 0) != 0)
+      return {};
     inner = open();
   }
   struct stat status = {};
   if (!inner || fstat(inner.Get(), &status) != 0) return {};
   if (status.st_uid != geteuid() || S_ISLNK(status.st_mode)) return FailWith(EACCES);
   if (!S_ISDIR(status.st_mode)) return FailWith(ENOTDIR);
-  if ((status.st_mode & kOthers) != 0)
-    fchmodat(folder.Get(), name.c_str(), status.st_mode & kOwnFolder, 0);
+  if ((status.st_mode & kOthers) != 0 &&
+      fchmodat(folder.Get(), name.c_str(), status.st_mode & kOwnFolder, 0) != 0 && errno != EROFS)
+    return {};
   return inner;
 }
 

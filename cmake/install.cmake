@@ -1,0 +1,82 @@
+# What an installation holds, and the packages made of it.
+#
+#   Linux    LIBDIR/libSigilSetting.so.N     the library
+#            LIBDIR/sigil/                   sigilctl and, beside it as beside any host, the component
+#                                            and the log that stand in for the closed ones; apart from
+#                                            LIBDIR, where another liblog4cxx.so may lie
+#            bin/sigilctl                    a link there
+#   Windows  bin/SigilSetting.dll            the closed parts come with the host
+#   both     include/sigil/sigil_setting.h, the CMake package, the guide for hosts; pkg-config's file
+#            on Linux
+
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/${PROJECT_NAME})
+if(WIN32)
+  set(CMAKE_INSTALL_DOCDIR .)
+endif()
+
+install(FILES boundary/exports.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sigil
+        RENAME sigil_setting.h)
+install(FILES docs/hosting.md DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME README.md)
+install(TARGETS SigilSetting)
+
+# The target of the CMake package is written by hand: one exported by CMake would bring the log along.
+set(SIGIL_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR})
+set(SIGIL_PRIVATE_DIR ${CMAKE_INSTALL_LIBDIR}/sigil)
+if(WIN32)
+  set(SIGIL_LIBRARY ${CMAKE_INSTALL_BINDIR}/${PROJECT_NAME}.dll)
+  set(SIGIL_IMPORT_LIBRARY ${CMAKE_INSTALL_LIBDIR}/${PROJECT_NAME}.dll.a)
+else()
+  set(SIGIL_LIBRARY ${CMAKE_INSTALL_LIBDIR}/lib${PROJECT_NAME}.so)
+  set(SIGIL_IMPORT_LIBRARY ${SIGIL_LIBRARY})
+endif()
+configure_package_config_file(
+  cmake/${PROJECT_NAME}Config.cmake.in ${PROJECT_NAME}Config.cmake
+  INSTALL_DESTINATION ${package} NO_CHECK_REQUIRED_COMPONENTS_MACRO
+  PATH_VARS SIGIL_INCLUDE_DIR SIGIL_LIBRARY SIGIL_IMPORT_LIBRARY SIGIL_PRIVATE_DIR)
+write_basic_package_version_file(${PROJECT_NAME}ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/${PROJECT_NAME}Config.cmake
+              ${PROJECT_BINARY_DIR}/${PROJECT_NAME}ConfigVersion.cmake DESTINATION ${package})
+
+if(NOT WIN32)
+  # The library goes by two names, its own and the link that sigilctl finds beside itself, and finds
+  # the log from either. The build folder has everything in one place, where this path holds too.
+  set_target_properties(SigilSetting PROPERTIES INSTALL_RPATH "$ORIGIN/sigil:$ORIGIN"
+                                                BUILD_WITH_INSTALL_RPATH ON)
+  install(TARGETS sigilctl log4cxx SigilUtil_x86 RUNTIME DESTINATION ${SIGIL_PRIVATE_DIR}
+                                                 LIBRARY DESTINATION ${SIGIL_PRIVATE_DIR})
+  set(links ${PROJECT_BINARY_DIR}/links)
+  file(MAKE_DIRECTORY ${links})
+  file(CREATE_LINK ../lib${PROJECT_NAME}.so.${PROJECT_VERSION_MAJOR}
+                   ${links}/lib${PROJECT_NAME}.so SYMBOLIC)
+  file(RELATIVE_PATH program /${CMAKE_INSTALL_BINDIR} /${SIGIL_PRIVATE_DIR}/sigilctl)
+  file(CREATE_LINK ${program} ${links}/sigilctl SYMBOLIC)
+  install(FILES ${links}/lib${PROJECT_NAME}.so DESTINATION ${SIGIL_PRIVATE_DIR})
+  install(FILES ${links}/sigilctl DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+  set(folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  file(RELATIVE_PATH SIGIL_PREFIX_FROM_HERE /${folder} /)
+  configure_file(cmake/${PROJECT_NAME}.pc.in ${PROJECT_NAME}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${PROJECT_NAME}.pc DESTINATION ${folder})
+endif()
+
+set(CPACK_PACKAGE_NAME sigilsetting)
+set(CPACK_PACKAGE_VENDOR ${PROJECT_NAME})
+set(CPACK_PACKAGE_CONTACT "The ${PROJECT_NAME} developers <root@localhost>")
+set(CPACK_STRIP_FILES ON)
+if(WIN32)
+  set(CPACK_GENERATOR ZIP)
+  set(CPACK_PACKAGE_FILE_NAME ${PROJECT_NAME}-${PROJECT_VERSION}-win32)
+else()
+  set(CPACK_GENERATOR DEB)
+  set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+  file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
+  set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers)
+endif()
+include(CPack)
