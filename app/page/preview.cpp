@@ -108,7 +108,7 @@ void Preview(std::ostream& out, const peers::SettingFileContent& content,
 
   const std::string picture = page::Draw(page, caption, format);
   platform::ChangeWholeFile(std::filesystem::absolute(options.picture),
-                            [&](const auto&) { return picture; });
+                            [&](const auto&) { return std::string(picture); });
   out << "preview: " << options.picture.string() << " shows " << count << " of " << subject
       << ".\n";
   for (const std::string& note : notes) out << "  " << note << "\n";

@@ -53,8 +53,8 @@ Descriptor OpenFolder(const std::filesystem::path& path, Missing missing);
 bool Lock(const Descriptor& file, int operation, std::chrono::milliseconds patience);
 
 /// A new file that is to take the place of `target`, beside which it lies until it is renamed or
-/// linked. The folder must have been opened, as that checks it. Elsewhere than in the machine it has
-/// the mode of the file that is there, or that of a new one. Throws std::system_error.
+/// linked. The folder must have been opened, as that checks it. Elsewhere than in the machine it
+/// has the mode of the file that is there, or that of a new one. Throws std::system_error.
 class Draft {
  public:
   explicit Draft(const std::filesystem::path& target);
