@@ -1,14 +1,12 @@
 #include "app/input_file.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <stdexcept>
 #include <system_error>
 
-#include "peers/descriptor.h"
+#include "platform/posix/machine/machine_file.h"
 
 namespace app {
 namespace {
@@ -25,7 +23,7 @@ void RequireSize(std::size_t size, std::size_t greatest) {
 }
 
 std::optional<std::string> ReadInput(const std::filesystem::path& file, std::size_t greatest) {
-  const peers::Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+  const platform::Descriptor opened = platform::Open(file, O_RDONLY, 0);  // of any kind, told below
   if (!opened && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
   struct stat status = {};
   if (!opened || fstat(opened.Get(), &status) != 0) Refuse();

@@ -118,7 +118,7 @@ class Tail {
   [[noreturn]] static void FailToWrite() { peers::ThrowSystemError("standard output"); }
 
   peers::Descriptor Open() const {
-    peers::Descriptor file(open(m_path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    peers::Descriptor file = platform::Open(m_path, O_RDONLY, 0);  // of any kind, told below
     if (!file) peers::ThrowSystemError(m_path.string());
     struct stat status = {};
     if (fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))

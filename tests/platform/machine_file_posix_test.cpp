@@ -101,6 +101,14 @@ TEST_F(MachineFile, IsARegularOneOfItsOwnerAndNeverALink) {
   std::FILE* stream = nullptr;
   EXPECT_EQ(_wfopen_s(&stream, platform::FromUtf8(outside + "/link").c_str(), L"rb"), 0);
   std::fclose(stream);
+  fs::rename(real, outside + "/file");
+  fs::permissions(outside + "/file", fs::perms(0644));
+  fs::remove(outside + "/link");
+  fs::create_symlink("file", outside + "/link");
+  EXPECT_EQ(Use(platform::FromUtf8(outside + "/link").c_str()), "0 2 0 0");
+  platform::ChangeWholeFile(outside + "/link", [](const auto&) { return "new"; });
+  EXPECT_EQ(*platform::ReadWholeFile(outside + "/file"), "new");
+  EXPECT_EQ(fs::status(outside + "/file").permissions(), fs::perms(0644));
   ASSERT_EQ(mkfifo((outside + "/fifo").c_str(), 0600), 0);
   EXPECT_EQ(_wfopen_s(&stream, platform::FromUtf8(outside + "/fifo").c_str(), L"rb"), EACCES);
   fs::remove_all(outside);

@@ -35,6 +35,15 @@ std::optional<std::string> BelowRoot(const fs::path& path) {
   return rest;
 }
 
+mode_t ModeFor(const fs::path& file) {
+  if (IsInMachine(file)) return kOwnFile;
+  struct stat status = {};
+  if (stat(file.c_str(), &status) == 0) return status.st_mode & 0777;
+  const mode_t mask = umask(kOthers);
+  umask(mask);
+  return 0666 & ~mask;
+}
+
 Descriptor OpenRoot() {
   return Descriptor(open(MachineRoot().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
@@ -125,6 +134,10 @@ Descriptor OpenElsewhere(const fs::path& path, int flags, mode_t type) {
 
 }  // namespace
 
+bool IsInMachine(const fs::path& path) {
+  return BelowRoot(path).has_value();
+}
+
 Descriptor Open(const fs::path& path, int flags, mode_t type) {
   flags |= O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
   if (const auto rest = BelowRoot(path)) return OpenBelow(*rest, flags, type);
@@ -155,7 +168,7 @@ bool Lock(const Descriptor& file, int operation, std::chrono::milliseconds patie
 
 Draft::Draft(const fs::path& target)
     : m_name(target.string() + ".XXXXXX"), m_file(mkostemp(m_name.data(), O_CLOEXEC)) {
-  if (!m_file || fchmod(m_file.Get(), kOwnFile) != 0)
+  if (!m_file || fchmod(m_file.Get(), ModeFor(target)) != 0)
     throw std::system_error(errno, std::generic_category(), target.string());
 }
 

@@ -35,6 +35,9 @@ constexpr std::size_t kLargestFile = 17 << 20;
 /// How long a lock on a file is waited for that its holders need for a moment only.
 constexpr std::chrono::seconds kLockPatience(5);
 
+/// Whether `path` is written as one below the root.
+bool IsInMachine(const std::filesystem::path& path);
+
 /// Opens what lies at `path`, with the flags of open(2); O_CREAT makes the folders on the way too.
 /// `type` is what it has to be, as S_IFREG, or 0: anything, also a link, which O_PATH can open.
 /// Without success errno: EACCES for what has another owner or type, for a link and in another
@@ -50,7 +53,8 @@ Descriptor OpenFolder(const std::filesystem::path& path, Missing missing);
 bool Lock(const Descriptor& file, int operation, std::chrono::milliseconds patience);
 
 /// A new file that is to take the place of `target`, beside which it lies until it is renamed or
-/// linked. The folder must have been opened, as that checks it. Throws std::system_error.
+/// linked. The folder must have been opened, as that checks it. Elsewhere than in the machine it
+/// has the mode of the file that is there, or that of a new one. Throws std::system_error.
 class Draft {
  public:
   explicit Draft(const std::filesystem::path& target);

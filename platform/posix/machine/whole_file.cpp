@@ -55,11 +55,14 @@ std::optional<std::string> ReadWholeFile(const fs::path& path) {
 
 void ChangeWholeFile(const fs::path& path,
                      const std::function<std::string(const std::optional<std::string>&)>& change) {
-  const Descriptor folder = OpenFolder(path.parent_path(), Missing::kFails);
+  std::error_code ignored;
+  const bool isLink = !IsInMachine(path) && fs::is_symlink(path, ignored);
+  const fs::path target = isLink ? fs::canonical(path) : path;
+  const Descriptor folder = OpenFolder(target.parent_path(), Missing::kFails);
   if (!folder || !Lock(folder, LOCK_EX, kLockPatience)) Throw(path);
-  const auto before = ReadWholeFile(path);
+  const auto before = ReadWholeFile(target);
   const std::string after = change(before);
-  if (after != before) Replace(path, after);
+  if (after != before) Replace(target, after);
 }
 
 }  // namespace platform

@@ -14,9 +14,9 @@ namespace platform {
 std::optional<std::string> ReadWholeFile(const std::filesystem::path& path);
 
 /// Gives the file the bytes that `change` makes of its old ones (null: there is no file). They take
-/// the place of the old at once, in a file that only its owner can read, so readers need no lock;
-/// those who change files of one folder take turns, in all processes. Throws std::system_error,
-/// EBUSY when its turn has not come within kLockPatience, and the file is then as it was.
+/// the place of the old at once, so readers need no lock; those who change files of one folder take
+/// turns, in all processes. Throws std::system_error, EBUSY when its turn has not come within
+/// kLockPatience, and the file is then as it was.
 void ChangeWholeFile(const std::filesystem::path& path,
                      const std::function<std::string(const std::optional<std::string>&)>& change);
 
