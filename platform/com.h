@@ -217,8 +217,10 @@ class _com_ptr_t {
   Interface* m_object = nullptr;
 };
 
+// NOLINTBEGIN(bugprone-macro-parentheses): both are names.
 #define _COM_SMARTPTR_TYPEDEF(Interface, iid) \
   using Interface##Ptr = _com_ptr_t<_com_IIID<Interface, &iid>>
+// NOLINTEND(bugprone-macro-parentheses)
 
 _COM_SMARTPTR_TYPEDEF(IUnknown, IID_IUnknown);
 

@@ -80,7 +80,6 @@ void CWatermarkPolicyXMLParser::DeleteInstance() {
   delete std::exchange(g_pInstance, nullptr);
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the document is the reader's own.
 int CWatermarkPolicyXMLParser::SetXmlData(CString xml) {
   try {
     return Load(xml);

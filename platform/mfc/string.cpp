@@ -125,15 +125,15 @@ void CString::FormatList(LPCWSTR format, std::initializer_list<FormatArgument> a
   const auto* argument = arguments.begin();
   while (*format != L'\0') {
     const wchar_t* const start = format;
-    if (*format++ != L'%') {
-      result += *start;
-      continue;
-    }
+    format += std::wcscspn(format, L"%");
+    result.append(start, format);
+    if (*format == L'\0') break;
+    const wchar_t* const percent = format++;
     const Conversion conversion = TakeConversion(format);
     const bool isText = conversion.type == L's';
     const bool isKnown = isText || conversion.type == L'd' || conversion.type == L'X';
     if (!isKnown || argument == arguments.end() || argument->IsText() != isText)
-      result.append(start, format);
+      result.append(percent, format);
     else
       result += FormatOne(conversion, *argument);
     if (isKnown && argument != arguments.end()) ++argument;

@@ -23,6 +23,7 @@ class Scanner {
 
   std::vector<Step> Steps() {
     std::vector<Step> steps;
+    steps.reserve(5);  // as many as the longest query of the reader has
     Take("./");
     do {
       Step& step = steps.emplace_back();
