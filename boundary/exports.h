@@ -56,8 +56,9 @@ enum SigilSettingResult {
   SIGIL_SETTING_UNREADABLE = -201
 };
 
-/// Switches the watermarks off and tells the control service. Needs the delivered policy file with a
-/// scope: without one nothing is changed, and it gives -101.
+/// Switches the watermarks off and tells the control service. Needs the delivered policy file with
+/// a scope: without one nothing is changed, and it gives -101.
+///
 /// 0, -101, -200, -201; -1 to -5 when all is switched but telling the service failed: -1 no
 /// security descriptor, -2 no pipe, -3 the write, -4 closing the pipe when it was told, -5 nothing
 /// to say.
@@ -78,8 +79,8 @@ SIGIL_SETTING_API int SIGIL_SETTING_CALL
 SigilSettingUpdateWaterMarkSetting(unsigned int unused, int policyId, const wchar_t* unusedText,
                                    const wchar_t* policyXml, int resetFullName);
 
-/// Switches the watermarks off and deletes them; asks for no system settings and tells nobody. Needs
-/// the delivered policy file as SigilSettingReleaseWaterMark does.
+/// Switches the watermarks off and deletes them; asks for no system settings and tells nobody.
+/// Needs the delivered policy file as SigilSettingReleaseWaterMark does.
 /// 0, -101.
 SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingReleaseWaterMarkForService(void);
 

@@ -201,6 +201,7 @@ HMODULE GetModuleHandleW(LPCWSTR name) {
 }
 
 DWORD GetModuleFileNameW(HMODULE module, LPWSTR path, DWORD capacity) {
+  if (IsToFail("GetModuleFileNameW")) return 0;
   const std::wstring name = platform::PathOf(module == nullptr ? platform::HostModule() : module);
   if (name.empty() || (path == nullptr && capacity > 0)) {
     SetLastError(name.empty() ? ERROR_MOD_NOT_FOUND : ERROR_INVALID_PARAMETER);

@@ -89,6 +89,7 @@ using platform::Machine;
 
 NET_API_STATUS NetWkstaGetInfo(LPWSTR, DWORD, BYTE** record) {
   return platform::Answer(record, [=](const Machine& machine) {
+    if (const auto fault = platform::TakeFault("NetWkstaGetInfo")) return *fault;
     return platform::HandOut(std::optional(machine.domain), &WKSTA_INFO_100::wki100_langroup,
                              record);
   });

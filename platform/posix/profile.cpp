@@ -78,6 +78,7 @@ DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR fallback, L
 }
 
 BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR file) {
+  if (platform::IsToFail("WritePrivateProfileStringW")) return FALSE;
   try {
     platform::ChangeWholeFile(platform::HostPath(file),
                               [=](const std::optional<std::string>& before) {

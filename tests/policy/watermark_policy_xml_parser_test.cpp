@@ -67,6 +67,22 @@ TEST_F(PolicyReader, AnswersFromTheDocument) {
   ExpectLinesWith({"CWatermarkPolicyXMLParser"}, m_told("queries that are none"));
 }
 
+TEST_F(PolicyReader, FindsAnAttributeInAnyCase) {
+  CWatermarkPolicyXMLParser* const reader = Reader();  // Opens COM on this thread.
+  IXMLDOMDocument2Ptr document;
+  ASSERT_EQ(CoCreateInstance(CLSID_DOMDocument60, nullptr, CLSCTX_ALL, IID_IXMLDOMDocument2,
+                             reinterpret_cast<void**>(&document)),
+            S_OK);
+  VARIANT_BOOL loaded = VARIANT_FALSE;
+  document->loadXML(_bstr_t(L"<HLE vers='1' vERSION='7' version='8'/>"), &loaded);
+  IXMLDOMNodePtr node;
+  document->selectSingleNode(_bstr_t(L"HLE"), &node);
+  const std::pair<const wchar_t*, const wchar_t*> cases[] = {
+      {L"Version", L"7"}, {L"VERS", L"1"}, {L"Ver", L""}};
+  for (const auto& [name, value] : cases)
+    EXPECT_STREQ(reader->GetAttributeValue(node, name), value);
+}
+
 TEST_F(PolicyReader, TellsWhatIsWrongWithADocument) {
   const auto nested = [](int depth) {
     std::wstring text = L"<QuietMIMOSA><HLE>";
