@@ -62,6 +62,9 @@ function(sigil_library name kind)
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   if(WIN32)
     set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "")
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/platform/windows/dll/run_time.cpp)
+    target_link_options(${name} PRIVATE LINKER:--entry=_EnterDll@12
+                                        LINKER:--wrap=__gthr_win32_mutex_destroy)
   else()
     # With clang's sanitizers the program has what they leave open.
     target_link_options(${name} PRIVATE LINKER:--exclude-libs,ALL
