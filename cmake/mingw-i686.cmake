@@ -15,7 +15,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-add_compile_definitions(UNICODE _UNICODE _WIN32_WINNT=0x0601)
+# The oldest Windows that the DLLs load on is XP.
+add_compile_definitions(UNICODE _UNICODE _WIN32_WINNT=0x0501)
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT -static)
 endforeach()
