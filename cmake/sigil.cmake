@@ -76,6 +76,9 @@ endfunction()
 function(sigil_log name)
   sigil_library(${name} SHARED ${ARGN})
   set_target_properties(${name} PROPERTIES OUTPUT_NAME log4cxx)
+  if(WIN32)
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/logging/log4cxx.def)
+  endif()
 endfunction()
 
 # sigil_component(NAME SOURCE...): a Settings component, by the file name it has in both homes.
