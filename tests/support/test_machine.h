@@ -70,6 +70,10 @@ class TestMachine {
 /// On Wine, whose limits some cases cannot pass. They say which.
 bool IsWine();
 
+/// Whether an exception of the component reaches the library: on Linux, where the modules share
+/// their C++ library, and on Windows from the component that another compiler built.
+bool CanComponentThrow();
+
 /// Has another thread do `work`, and waits for its end. The C++ library of the Windows home has
 /// none.
 void RunInThread(const std::function<void()>& work);

@@ -43,6 +43,10 @@ bool IsWine() {
   return false;
 }
 
+bool CanComponentThrow() {
+  return true;
+}
+
 void RunInThread(const std::function<void()>& work) {
   std::thread(work).join();
 }

@@ -66,6 +66,10 @@ bool IsWine() {
   return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
+bool CanComponentThrow() {
+  return GetModuleHandleW(L"recorder.dll") != nullptr;
+}
+
 void RunInThread(const std::function<void()>& work) {
   const auto run = [](void* given) -> DWORD WINAPI {
     (*static_cast<const std::function<void()>*>(given))();
