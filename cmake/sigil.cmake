@@ -78,6 +78,16 @@ function(sigil_library name kind)
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   if(WIN32)
     set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "")
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/platform/windows/dll/run_time.cpp)
+    target_link_options(${name} PRIVATE LINKER:--entry=_EnterDll@12
+                                        LINKER:--wrap=__gthr_win32_mutex_destroy)
+    # The symbols lie beside it, where a debugger looks.
+    set(file $<TARGET_FILE:${name}>)
+    add_custom_command(
+      TARGET ${name} POST_BUILD
+      COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
+      COMMAND ${CMAKE_STRIP} ${file}
+      COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${file}.debug ${file})
   else()
     # With clang's sanitizers the program has what they leave open.
     target_link_options(${name} PRIVATE LINKER:--exclude-libs,ALL
@@ -89,6 +99,9 @@ endfunction()
 function(sigil_log name)
   sigil_library(${name} SHARED ${ARGN})
   set_target_properties(${name} PROPERTIES OUTPUT_NAME log4cxx)
+  if(WIN32)
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/logging/log4cxx.def)
+  endif()
 endfunction()
 
 # sigil_component(NAME SOURCE...): a Settings component, by the file name it has in both homes.

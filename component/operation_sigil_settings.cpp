@@ -92,8 +92,8 @@ bool OperationSigilSettings::CreateInstance() {
   if (!m_pComponent) return false;
   const auto pfnCreate = m_pComponent->pfnCreateInstance;
   if (pfnCreate == nullptr ||
-      pfnCreate(&Sigil::kSettingsFirstIdentity, &Sigil::kSettingsSecondIdentity,
-                reinterpret_cast<void**>(m_pSettings.Out())) != 0 ||
+      CallForeign(pfnCreate, &Sigil::kSettingsFirstIdentity, &Sigil::kSettingsSecondIdentity,
+                  reinterpret_cast<void**>(m_pSettings.Out())) != 0 ||
       !m_pSettings) {
     Log(kNoInstance);
     return false;

@@ -3,6 +3,8 @@
 #include <exception>
 #include <utility>
 
+#include "platform/foreign.h"
+
 namespace Sigil {
 
 /// Holds the one reference that whoever gets an object of the Settings component has on it, and
@@ -15,7 +17,7 @@ template <typename Interface>
 class CReference {
  public:
   CReference() = default;
-  CReference(CReference&& other) noexcept : m_pObject(std::exchange(other.m_pObject, nullptr)) {}
+  CReference(CReference&& other) noexcept : m_object(std::exchange(other.m_object, {})) {}
   CReference& operator=(CReference&&) = delete;
   ~CReference() noexcept(false) {
     if (std::uncaught_exceptions() <= m_nExceptions) {
@@ -28,22 +30,23 @@ class CReference {
     }
   }
 
-  Interface* operator->() const { return m_pObject; }
-  Interface& operator*() const { return *m_pObject; }
-  explicit operator bool() const { return m_pObject != nullptr; }
+  Interface* operator->() const { return m_object.Get(); }
+  Interface& operator*() const { return *m_object.Get(); }
+  explicit operator bool() const { return m_object.Get() != nullptr; }
 
   /// Where an operation of the component puts the object. What was held is given back first.
   Interface** Out() {
     Reset();
-    return &m_pObject;
+    return m_object.Place();
   }
 
   void Reset() {
-    if (Interface* object = std::exchange(m_pObject, nullptr)) object->Release();
+    ForeignObject<Interface> object = std::exchange(m_object, {});
+    if (object.Get() != nullptr) object.Get()->Release();
   }
 
  private:
-  Interface* m_pObject = nullptr;
+  ForeignObject<Interface> m_object;
   int m_nExceptions = std::uncaught_exceptions();  ///< Those that this outlives.
 };
 

@@ -9,8 +9,8 @@ CSigilString::CSigilString() {
   if (IsLoaded(component)) {
     const auto pfnCreate = EntryPoint<CreateInstanceFunction>(component, kCreateInstanceName);
     if (pfnCreate != nullptr)
-      pfnCreate(&kStringFirstIdentity, &kStringSecondIdentity,
-                reinterpret_cast<void**>(m_pString.Out()));
+      CallForeign(pfnCreate, &kStringFirstIdentity, &kStringSecondIdentity,
+                  reinterpret_cast<void**>(m_pString.Out()));
   }
   if (!m_pString) throw kCannotCreate;
 }

@@ -8,13 +8,16 @@
 
 #ifdef _WIN32
 
-// The SDK has `ErrorMessage` ignore the inserts of a system text; MinGW-w64's forgets to, and such
-// a text would be refused.
+// Two repairs to MinGW-w64's `ErrorMessage`. It forgets to ignore the inserts of a system text, so
+// that such a text would be refused; and it formats with a call that came with Windows Vista.
+#include <cstdio>
 #pragma push_macro("FormatMessage")
 #undef FormatMessage
 #define FormatMessage(flags, ...) \
   FormatMessageW((flags) | FORMAT_MESSAGE_IGNORE_INSERTS, __VA_ARGS__)
+#define swprintf_s _snwprintf
 #include <comdef.h>
+#undef swprintf_s
 #pragma pop_macro("FormatMessage")
 
 _COM_SMARTPTR_TYPEDEF(IUnknown, IID_IUnknown);

@@ -7,13 +7,24 @@
 
 #ifdef _WIN32
 
+#include <share.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <cwchar>
 #include <cwctype>
 
 namespace crt {
+
 using ::iswspace;
 using ::wcstol;
+
+/// As the run-time's own, which came with Windows Vista.
+inline errno_t _wfopen_s(std::FILE** file, const wchar_t* path, const wchar_t* mode) {
+  *file = _wfsopen(path, mode, _SH_DENYWR);
+  return *file == nullptr ? errno : 0;
+}
+
 }  // namespace crt
 
 #else
@@ -39,6 +50,8 @@ errno_t _wfopen_s(std::FILE** file, const wchar_t* path, const wchar_t* mode);
 // Where the names are taken by functions that answer otherwise: `long` has 32 bits, and white space
 // is that of Unicode in every locale.
 namespace crt {
+
+using ::_wfopen_s;
 
 /// `base` is 10, or 16, which takes a prefix 0x. `*end`, unless `end` is null, is set behind the
 /// number, or to `text` when there is none. LONG_MAX or LONG_MIN (32 bits) and ERANGE beyond the

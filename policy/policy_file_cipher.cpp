@@ -71,7 +71,7 @@ int CPolicyFileCipher::DecryptFile(const CString& path, CString& text) const {
   CFileStatus status;
   if (!CFile::GetStatus(path, status)) return 1;
   Owner<std::FILE*, kCloseStream> file;
-  if (_wfopen_s(file.Out(), path, L"rb") != 0) return 1;
+  if (crt::_wfopen_s(file.Out(), path, L"rb") != 0) return 1;
 
   CByteArray chunk;
   for (bool ended = false; !ended;) {

@@ -1,6 +1,5 @@
 // A logging component that drops every line: what a pass costs by itself.
 
-#define LOG4CXX_MGR_IMPLEMENTATION
 #include "logging/log4cxx_mgr.h"
 
 void Log4cxxMgr::LogOutDetail(int, int, const wchar_t*, int, const wchar_t*) {}

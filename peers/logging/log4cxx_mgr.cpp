@@ -7,8 +7,6 @@
 // Each text stands as platform/visible_text.h shows it, so that one call stays one line. Lines
 // below the level in the environment variable SIGIL_LOG_LEVEL (0 when it is not set) are left out.
 
-#define LOG4CXX_MGR_IMPLEMENTATION
-
 #include "logging/log4cxx_mgr.h"
 
 #include <cstdlib>

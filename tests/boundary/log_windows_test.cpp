@@ -25,12 +25,12 @@ TEST(Log, AppendsALineForEachFormWithoutSetUp) {
     return reinterpret_cast<void*>(GetProcAddress(library, name));
   };
   SetLastError(4711);
-  reinterpret_cast<Form>(form("_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_"))(1, 153, L"F", 7,
+  reinterpret_cast<Form>(form("?LogOutDetail@Log4cxxMgr@@SAXHHPB_WH0@Z"))(1, 153, L"F", 7,
                                                                           L"透かし");
-  reinterpret_cast<FormWithCode>(form("_ZN10Log4cxxMgr12LogOutDetailEiiPKwiiS1_"))(5, 154, L"G", 8,
+  reinterpret_cast<FormWithCode>(form("?LogOutDetail@Log4cxxMgr@@SAXHHPB_WHH0@Z"))(5, 154, L"G", 8,
                                                                                    231, L"a\nb");
-  reinterpret_cast<FormWithLabel>(form("_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_S1_"))(
-      0, 155, L"H", 9, L"項目", L"63");
+  reinterpret_cast<FormWithLabel>(form("?LogOutDetail@Log4cxxMgr@@SAXHHPB_WH00@Z"))(0, 155, L"H", 9,
+                                                                                    L"項目", L"63");
   EXPECT_EQ(GetLastError(), 4711U);
   const std::string head =
       R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} )" + std::to_string(GetCurrentProcessId()) + " ";

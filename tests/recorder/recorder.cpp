@@ -1,5 +1,3 @@
-#define LOG4CXX_MGR_IMPLEMENTATION
-
 #include "tests/recorder/recorder.h"
 
 #include <atomic>

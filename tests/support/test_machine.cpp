@@ -4,7 +4,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <thread>
 
 #include "platform/faults.h"
 #include "platform/synch.h"
@@ -21,11 +20,11 @@ namespace {
 /// became of its wait.
 DWORD TakeMutex(HANDLE& mutex, bool givesBack) {
   DWORD wait = WAIT_FAILED;
-  std::thread([&] {
+  RunInThread([&] {
     mutex = CreateMutexW(nullptr, FALSE, L"Global\\MIMOSA_HLE_SIGIL_SETTING");
     wait = WaitForSingleObject(mutex, 0);
     if (givesBack) ReleaseMutex(mutex);
-  }).join();
+  });
   return wait;
 }
 

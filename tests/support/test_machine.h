@@ -4,6 +4,7 @@
 // machine folder, on Windows the machine itself, cleaned before and after.
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -68,6 +69,14 @@ class TestMachine {
 
 /// On Wine, whose limits some cases cannot pass. They say which.
 bool IsWine();
+
+/// Whether an exception of the component reaches the library: on Linux, where the modules share
+/// their C++ library, and on Windows from the component that another compiler built.
+bool CanComponentThrow();
+
+/// Has another thread do `work`, and waits for its end. The C++ library of the Windows home has
+/// none.
+void RunInThread(const std::function<void()>& work);
 
 /// A thread takes the mutex of the setting file and ends. The handle keeps the mutex in being.
 HANDLE AbandonMutex();

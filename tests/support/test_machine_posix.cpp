@@ -1,6 +1,7 @@
 #include <stdlib.h>
 
 #include <fstream>
+#include <thread>
 
 #include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
@@ -40,6 +41,14 @@ fs::path TestMachine::Place(std::wstring_view path) {
 
 bool IsWine() {
   return false;
+}
+
+bool CanComponentThrow() {
+  return true;
+}
+
+void RunInThread(const std::function<void()>& work) {
+  std::thread(work).join();
 }
 
 std::string SettingFile() {

@@ -66,6 +66,21 @@ bool IsWine() {
   return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
+bool CanComponentThrow() {
+  return GetModuleHandleW(L"recorder.dll") != nullptr;
+}
+
+void RunInThread(const std::function<void()>& work) {
+  const auto run = [](void* given) -> DWORD WINAPI {
+    (*static_cast<const std::function<void()>*>(given))();
+    return 0;
+  };
+  const HANDLE thread =
+      CreateThread(nullptr, 0, run, const_cast<std::function<void()>*>(&work), 0, nullptr);
+  WaitForSingleObject(thread, INFINITE);
+  CloseHandle(thread);
+}
+
 std::string SettingFile() {
   LPWSTR folder = nullptr;
   SHGetKnownFolderPath(FOLDERID_LocalAppDataLow, 0, nullptr, &folder);

@@ -8,18 +8,19 @@
 
 #include "platform/faults.h"
 #include "tests/recorder/recorder.h"
+#include "tests/support/test_machine.h"
 
 namespace tests {
 
 struct Twist {
-  bool everywhere;  ///< Needs neither faults nor exceptions that pass from module to module.
+  bool isPossible;  ///< In this home, with this component.
   std::function<void()> apply;
 };
 
 /// Every call of `operation` after the good ones fails.
 inline Twist Fault(const char* operation, unsigned goodCalls = 0,
                    DWORD error = ERROR_ACCESS_DENIED) {
-  return {false, [=] { platform::SetFault(operation, goodCalls, error); }};
+  return {platform::kHasFaults, [=] { platform::SetFault(operation, goodCalls, error); }};
 }
 
 /// The `nth` call (0: every one) gives `result`.
@@ -28,7 +29,7 @@ inline Twist Gives(const wchar_t* call, unsigned nth, std::int32_t result) {
 }
 
 inline Twist Throws(const wchar_t* call, unsigned nth = 1) {
-  return {false, [=] { RecorderScriptThrow(call, nth); }};
+  return {CanComponentThrow(), [=] { RecorderScriptThrow(call, nth); }};
 }
 
 /// The component holds `value` under `name`.
@@ -47,10 +48,10 @@ inline Twists operator+(Twists all, const Twist& one) {
   return all;
 }
 
-/// False where this home cannot have one of them.
+/// False where one of them is not possible.
 inline bool Apply(const Twists& twists) {
   for (const Twist& twist : twists) {
-    if (!twist.everywhere && !platform::kHasFaults) return false;
+    if (!twist.isPossible) return false;
     twist.apply();
   }
   return true;
