@@ -1,9 +1,11 @@
 #pragma once
 
 // The library as any host has it: loaded at run time from the host's own folder, its operations
-// looked up by name.
+// looked up by name; and what it tells while one of them runs.
 
+#include <functional>
 #include <string>
+#include <vector>
 
 #include "boundary/exports.h"
 
@@ -18,8 +20,28 @@ struct Exports {
   decltype(&SigilSettingUpdateExcludePrinter) updateExclude;
 };
 
-/// Loads the library, which stays loaded. std::runtime_error when it or an operation is missing.
-Exports LoadExports();
+/// A message that the library has logged. Texts are UTF-8.
+struct Message {
+  int level;
+  int number;
+  std::string function;
+  std::string text;
+
+  bool operator==(const Message&) const = default;
+};
+
+/// What came of a call: the export's result and every message on the way, also those that the log
+/// file leaves out or has no room for.
+struct Outcome {
+  int result = 0;
+  std::vector<Message> messages;
+};
+
+using ExportCall = std::function<int(const Exports&)>;
+
+/// Loads the library, which stays loaded, and makes the call. std::runtime_error when the library,
+/// an operation or its log is missing. One call at a time.
+Outcome Call(const ExportCall& call);
 
 /// Where the host expects a library of this file name.
 std::wstring BesideHost(const std::wstring& fileName);

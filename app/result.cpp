@@ -1,8 +1,12 @@
 #include "app/result.h"
 
+#include <algorithm>
 #include <iostream>
 
+#include "app/cause.h"
 #include "app/inventory/setting_state.h"
+#include "app/inventory/table.h"
+#include "app/messages.h"
 #include "boundary/exports.h"
 
 namespace app {
@@ -10,6 +14,48 @@ namespace {
 
 std::string NotTold(const char* reason) {
   return std::string("The watermarks are off, but the control service was not told: ") + reason;
+}
+
+bool Has(const std::vector<Message>& troubles, Weight weight) {
+  return std::ranges::any_of(
+      troubles, [&](const Message& message) { return MeaningOf(message).weight == weight; });
+}
+
+/// Whether the pass ran to its end, whoever could not be told of it afterwards.
+bool Ran(int result) {
+  return result != SIGIL_SETTING_FAILED && result != SIGIL_SETTING_FUNCTION_OFF &&
+         result != SIGIL_SETTING_UNREADABLE;
+}
+
+/// What is told of the result itself; `unsaved` is why the work is not in the setting file.
+std::string Sentence(const Outcome& outcome, const Work& work, const std::string& unsaved,
+                     const std::vector<Message>& troubles) {
+  if (outcome.result == SIGIL_SETTING_FAILED) {
+    const std::string cause = unsaved.empty() ? FirstFailure(outcome.messages) : unsaved;
+    return "The pass failed: " + (work.cause.empty() ? cause : work.cause) + ".";
+  }
+  if (!unsaved.empty()) return "Yet it is not saved: " + unsaved + ".";
+  if (Has(troubles, Weight::kFailure)) return "Yet not all is done.";
+  return outcome.result == SIGIL_SETTING_DONE ? work.done : MeaningOf(outcome.result);
+}
+
+/// Messages of one number are told together.
+void Tell(std::vector<Message> troubles) {
+  constexpr std::size_t kMostLines = 5;
+  while (!troubles.empty()) {
+    const int number = troubles.front().number;
+    const Meaning meaning = MeaningOf(troubles.front());
+    std::cerr << "sigilctl: " << (meaning.weight == Weight::kWarning ? "warning: " : "")
+              << OneLine(meaning.sentence) << ".\n";
+    if (!meaning.next.empty()) std::cerr << "  " << meaning.next << "\n";
+    std::size_t lines = 0;
+    for (const Message& message : troubles)
+      if (message.number == number && ++lines <= kMostLines)
+        std::cerr << "  log: " << message.level << " " << message.number << " "
+                  << OneLine(message.text) << "\n";
+    if (lines > kMostLines) std::cerr << "  and " << lines - kMostLines << " more\n";
+    std::erase_if(troubles, [&](const Message& message) { return message.number == number; });
+  }
 }
 
 }  // namespace
@@ -39,15 +85,35 @@ std::string MeaningOf(int result) {
   }
 }
 
-int Report(const std::string& command, int result, const std::string& done) {
-  const std::string meaning = result == SIGIL_SETTING_DONE ? done : MeaningOf(result);
-  std::cout << command << ": " << result << ". " << meaning << "\n";
-  if (result == SIGIL_SETTING_NO_FULL_NAME)
-    std::cerr << "sigilctl: warning: the login name stands in for the user's full name.\n";
-  const bool isDone = result == SIGIL_SETTING_DONE || result == SIGIL_SETTING_NO_FULL_NAME;
-  if (isDone && !CanSave())
-    std::cerr << "sigilctl: warning: nothing was saved, the setting file is none; see the log.\n";
-  return isDone ? 0 : 1;
+std::string WhyUnsaved() try {
+  const SettingState file = ExamineSettingFile();
+  return file.unsaved.empty() ? file.place + " could not be written" : file.unsaved;
+} catch (const std::exception& error) {
+  return "the setting file's place is unknown: " + CauseOf(error);
+}
+
+int Report(const Outcome& outcome, const Work& work) {
+  std::vector<Message> troubles = Troubles(outcome.messages);
+  const bool isUnsaved = !work.unsaved.empty() || Has(troubles, Weight::kUnsaved);
+  const std::string unsaved = !isUnsaved ? "" : work.unsaved.empty() ? WhyUnsaved() : work.unsaved;
+  const bool isWhole = Ran(outcome.result) && !isUnsaved && !Has(troubles, Weight::kFailure);
+
+  std::cout << work.command << ": " << outcome.result << ". "
+            << Sentence(outcome, work, unsaved, troubles) << "\n";
+  if (isWhole && !work.numbers.empty()) std::cout << "  " << work.numbers << "\n";
+  for (const std::string& line : work.lines) std::cout << "  " << line << "\n";
+  std::cout << std::flush;
+  std::erase_if(troubles, [&](const Message& message) {
+    return std::ranges::find(work.told, message) != work.told.end();
+  });
+  Tell(std::move(troubles));
+  const bool isToldToAll =
+      outcome.result == SIGIL_SETTING_DONE || outcome.result == SIGIL_SETTING_NO_FULL_NAME;
+  return isWhole && isToldToAll ? 0 : 1;
+}
+
+std::string Counted(std::size_t count, const std::string& one, const std::string& many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
 }  // namespace app

@@ -1,5 +1,6 @@
 #include "app/text_file.h"
 
+#include <iostream>
 #include <stdexcept>
 #include <utility>
 
@@ -34,15 +35,26 @@ std::optional<std::wstring> FromUtf16Be(std::string_view bytes) {
   return FromUtf16Le(swapped);
 }
 
-std::string Read(const std::filesystem::path& file) {
-  std::optional<std::string> bytes;
-  try {
-    bytes = ReadInput(file, kGreatestPolicy);
-  } catch (const std::runtime_error& error) {
-    throw UsageError(file.string() + ": " + error.what());
-  }
-  if (!bytes) throw UsageError(file.string() + ": no such file");
+constexpr char kStandardInput[] = "-";
+
+std::string ReadStandardInput() {
+  std::string bytes;
+  char block[0x10000];
+  do {
+    std::cin.read(block, sizeof block);
+    bytes.append(block, static_cast<std::size_t>(std::cin.gcount()));
+    RequireSize(bytes.size(), kGreatestPolicy);
+  } while (std::cin);
+  return bytes;
+}
+
+std::string Read(const std::string& file) try {
+  if (file == kStandardInput) return ReadStandardInput();
+  auto bytes = ReadInput(file, kGreatestPolicy);
+  if (!bytes) throw std::runtime_error("no such file");
   return std::move(*bytes);
+} catch (const std::runtime_error& error) {
+  throw UsageError(NameOf(file) + ": " + error.what());
 }
 
 }  // namespace
@@ -56,11 +68,15 @@ std::optional<std::wstring> DecodeText(std::string_view bytes) {
   return FromUtf8(bytes);
 }
 
-std::wstring ReadTextFile(const std::filesystem::path& file) {
+std::wstring ReadTextFile(const std::string& file) {
   auto text = DecodeText(Read(file));
-  if (!text) throw UsageError(file.string() + ": neither UTF-8 nor UTF-16 text");
-  if (text->empty()) throw UsageError(file.string() + ": the file is empty");
+  if (!text) throw UsageError(NameOf(file) + ": neither UTF-8 nor UTF-16 text");
+  if (text->empty()) throw UsageError(NameOf(file) + ": the file is empty");
   return std::move(*text);
+}
+
+std::string NameOf(const std::string& file) {
+  return file == kStandardInput ? "standard input" : file;
 }
 
 }  // namespace app

@@ -2,7 +2,6 @@
 
 // Text files as people and programs leave them.
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,8 +13,11 @@ namespace app {
 /// what is ill-formed in its encoding or holds a NUL.
 std::optional<std::wstring> DecodeText(std::string_view bytes);
 
-/// The text of a file of at most kGreatestPolicy bytes, which is not empty. UsageError for any
-/// other.
-std::wstring ReadTextFile(const std::filesystem::path& file);
+/// The text of a file of at most kGreatestPolicy bytes, which is not empty; "-" is standard input.
+/// UsageError for any other.
+std::wstring ReadTextFile(const std::string& file);
+
+/// How such a file is named to people.
+std::string NameOf(const std::string& file);
 
 }  // namespace app

@@ -8,7 +8,7 @@
 #include "app/delivery/output_file.h"
 #include "app/delivery/policy_file.h"
 #include "app/input_file.h"
-#include "app/policy_text.h"
+#include "app/rehearsal/refusal.h"
 #include "app/text_file.h"
 #include "app/usage_error.h"
 #include "platform/posix/machine/machine.h"
@@ -40,10 +40,11 @@ void Tell(std::size_t size, const std::string& place) {
 
 }  // namespace
 
-void SealPolicy(const std::string& file, const std::string& output) {
+void SealPolicy(const std::string& file, const std::string& output, int policyId, bool isForced) {
   const std::wstring text = ReadTextFile(file);
   RequireKey();
-  const std::string sealed = SealedText(text, file);
+  const std::string sealed = SealedText(text, NameOf(file));
+  const Verdict verdict = RefuseOrTell(text, NameOf(file), policyId, Use::kDelivery, isForced);
   if (output.empty()) {
     const DeliveryFolder delivery = FindDeliveryFolder();
     WriteOutput(platform::HostPath(delivery.PolicyFile()), sealed);
@@ -52,9 +53,8 @@ void SealPolicy(const std::string& file, const std::string& output) {
     WriteOutput(output, sealed);
     Tell(sealed.size(), output);
   }
-  if (const PolicyText policy = ReadPolicy(text); !policy.refusal.empty())
-    std::cerr << "sigilctl: warning: the passes will refuse this policy: "
-              << platform::Visible(policy.refusal) << "\n";
+  for (const std::string& line : verdict.lines)
+    std::cout << "  " << platform::Visible(line) << "\n";
 }
 
 }  // namespace app

@@ -9,33 +9,43 @@
 
 #include "logging/log4cxx_mgr.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "peers/logging/log_file.h"
+#include "peers/logging/log_watch.h"
 #include "platform/utf.h"
 #include "platform/visible_text.h"
 
 namespace {
+
+std::atomic<logging::Watcher> g_watcher = nullptr;
 
 int LowestLevel() {
   const char* level = std::getenv("SIGIL_LOG_LEVEL");
   return level == nullptr ? 0 : std::atoi(level);
 }
 
-std::wstring Shown(const wchar_t* text) {
-  return text == nullptr ? L"(null)" : platform::Visible(std::wstring_view(text));
+const wchar_t* OrNull(const wchar_t* text) {
+  return text == nullptr ? L"(null)" : text;
 }
 
-/// `rest` gives the end of the line; it is asked only for a line that is written.
+/// `rest` gives the end of the line; it is asked only for a line that somebody gets.
 template <class Rest>
 void Log(int level, int number, const wchar_t* function, int line, Rest rest) noexcept {
   try {
-    if (level < LowestLevel()) return;
+    const logging::Watcher watcher = g_watcher;
+    const bool isWritten = level >= LowestLevel();
+    if (watcher == nullptr && !isWritten) return;
+    const std::wstring text = rest();
+    if (watcher != nullptr) watcher(level, number, OrNull(function), text.c_str());
+    if (!isWritten) return;
     logging::Append(platform::ToUtf8(std::to_wstring(level) + L' ' + std::to_wstring(number) +
-                                     L' ' + Shown(function) + L'(' + std::to_wstring(line) + L") " +
-                                     rest()));
+                                     L' ' + platform::Visible(std::wstring_view(OrNull(function))) +
+                                     L'(' + std::to_wstring(line) + L") " +
+                                     platform::Visible(text)));
   } catch (...) {
     // A log is never the reason for a failure.
   }
@@ -45,16 +55,21 @@ void Log(int level, int number, const wchar_t* function, int line, Rest rest) no
 
 void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, int line,
                               const wchar_t* text) {
-  Log(level, number, function, line, [&] { return Shown(text); });
+  Log(level, number, function, line, [&] { return std::wstring(OrNull(text)); });
 }
 
 void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, int line, int code,
                               const wchar_t* text) {
   Log(level, number, function, line,
-      [&] { return Shown(text) + L" (code " + std::to_wstring(code) + L')'; });
+      [&] { return std::wstring(OrNull(text)) + L" (code " + std::to_wstring(code) + L')'; });
 }
 
 void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, int line,
                               const wchar_t* label, const wchar_t* value) {
-  Log(level, number, function, line, [&] { return Shown(label) + L'=' + Shown(value); });
+  Log(level, number, function, line,
+      [&] { return std::wstring(OrNull(label)) + L'=' + OrNull(value); });
+}
+
+void SigilWatchLog(logging::Watcher watcher) {
+  g_watcher = watcher;
 }

@@ -16,7 +16,7 @@ policy() {
   echo "<QuietMIMOSA><HLE><Watermark><PolicyInfos><PolicyInfo ID='1'><ElementIDs><ID>E1</ID>"
   echo "</ElementIDs><PrinterScope>$1</PrinterScope></PolicyInfo></PolicyInfos><Elements><Element"
   echo "ID='E1'><Kind>0</Kind><Name>題</Name><Text>社外秘😀"
-  echo "印</Text></Element></Elements></Watermark></HLE></QuietMIMOSA>"
+  echo "印</Text><Opacity>50</Opacity></Element></Elements></Watermark></HLE></QuietMIMOSA>"
 }
 
 # Every file and folder of the machine, or of another folder, with its content and the time of its

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <regex>
 
+#include "peers/logging/log_watch.h"
 #include "platform/posix/machine/machine.h"
 #include "tests/support/test_machine.h"
 
@@ -28,6 +29,7 @@ class Log : public testing::Test {
     plain = reinterpret_cast<Plain*>(find("_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_"));
     withCode = reinterpret_cast<WithCode*>(find("_ZN10Log4cxxMgr12LogOutDetailEiiPKwiiS1_"));
     withLabel = reinterpret_cast<WithLabel*>(find("_ZN10Log4cxxMgr12LogOutDetailEiiPKwiS1_S1_"));
+    watch = reinterpret_cast<SigilWatchLogFunction*>(find("SigilWatchLog"));
   }
   ~Log() override {
     unsetenv("SIGIL_LOG");
@@ -47,6 +49,7 @@ class Log : public testing::Test {
   Plain* plain;
   WithCode* withCode;
   WithLabel* withLabel;
+  SigilWatchLogFunction* watch;
   tests::TestMachine machine;
 };
 
@@ -84,6 +87,23 @@ TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentAndDropsWhatItCannotWrite) {
   char byte;
   EXPECT_EQ(read(reader, &byte, 1), 0);
   close(reader);
+}
+
+std::wstring g_watched;
+
+TEST_F(Log, TellsAWatcherAlsoWhatTheFileDoesNotGet) {
+  watch([](int level, int number, const wchar_t* function, const wchar_t* text) {
+    g_watched += std::to_wstring(level) + L' ' + std::to_wstring(number) + L' ' + function + L' ' +
+                 text + L'\n';
+  });
+  setenv("SIGIL_LOG_LEVEL", "9", 1);
+  plain(3, 1, L"A", 1, L"a\tb");
+  withCode(5, 2, nullptr, 2, -2, L"c");
+  withLabel(0, 3, L"C", 3, L"d", nullptr);
+  watch(nullptr);
+  plain(5, 4, L"D", 4, L"unseen");
+  EXPECT_EQ(g_watched, L"3 1 A a\tb\n5 2 (null) c (code -2)\n0 3 C d=(null)\n");
+  EXPECT_EQ(Lines(), "");
 }
 
 }  // namespace

@@ -1,0 +1,25 @@
+#include "app/command.h"
+
+#include <charconv>
+
+#include "app/usage_error.h"
+
+namespace app {
+
+std::string Values::Text(const std::string& name, const std::string& otherwise) const {
+  const auto found = m_values.find(name);
+  return found == m_values.end() ? otherwise : found->second;
+}
+
+int Values::Number(const std::string& name, int otherwise) const {
+  if (!Has(name)) return otherwise;
+  const std::string text = Text(name);
+  int number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end)
+    throw UsageError(name + ": '" + text + "' is no number of 32 bits");
+  return number;
+}
+
+}  // namespace app

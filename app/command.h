@@ -1,0 +1,45 @@
+#pragma once
+
+// A command as its definition tells it. Parsing and help are made from definitions alone.
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace app {
+
+struct Option {
+  std::string name;   ///< "--json", "-o,--output", or "FILE" for an argument.
+  std::string value;  ///< What an option takes, as "N"; empty for a flag and for an argument.
+  std::string help;
+  bool isNeeded = false;   ///< It must be there.
+  std::string needs = {};  ///< The option without which it means nothing.
+
+  /// The name that Values knows it by: the last of its names.
+  std::string Key() const { return name.substr(name.rfind(',') + 1); }
+};
+
+/// What the command line says: the options that are there, with what they take.
+class Values {
+ public:
+  void Set(const std::string& name, std::string value) { m_values[name] = std::move(value); }
+  bool Has(const std::string& name) const { return m_values.contains(name); }
+  /// `otherwise` for an option that is not there.
+  std::string Text(const std::string& name, const std::string& otherwise = "") const;
+  /// The same for a number of 32 bits; UsageError for any other text.
+  int Number(const std::string& name, int otherwise) const;
+
+ private:
+  std::map<std::string, std::string> m_values;
+};
+
+struct Command {
+  std::string name;
+  std::string help;
+  std::vector<Option> options = {};
+  std::function<int(const Values&)> run;  ///< Gives the exit status.
+  bool needsMachine = true;
+};
+
+}  // namespace app

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <vector>
+
+#include "app/command.h"
+
+namespace app {
+
+/// All commands of the program, in the order of its help.
+std::vector<Command> Commands();
+
+/// What holds for all of them, as the help tells it.
+inline constexpr char kRootHelp[] = "The machine's folder (else SIGIL_ROOT)";
+inline constexpr char kFooter[] =
+    "Exit status:\n"
+    "  0  the work is done; check: nothing found; diff: no difference\n"
+    "  1  an export or the machine failed, or nothing was saved;\n"
+    "     check: findings; diff: differences\n"
+    "  2  a wrong argument or a file that will not do; nothing has been changed\n"
+    "\n"
+    "Environment:\n"
+    "  SIGIL_ROOT       the machine's folder; else sigil/machine in XDG_DATA_HOME,\n"
+    "                   which is ~/.local/share where it is not set\n"
+    "  SIGIL_LOG        the log file, in place of the machine's own\n"
+    "  SIGIL_LOG_LEVEL  the lowest level that is written to it (0)\n"
+    "  TMPDIR           where policies are rehearsed, in private folders that go\n"
+    "                   again; memory where it is not set\n";
+
+}  // namespace app

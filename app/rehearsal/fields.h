@@ -1,0 +1,32 @@
+#pragma once
+
+// A watermark record as a list of named values, for all that compares and prints records. A random
+// ID is none of them.
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "app/inventory/json.h"
+#include "peers/settings_component/setting_file.h"
+
+namespace app {
+
+using FieldValue = std::variant<bool, std::int32_t, double, std::string>;
+
+struct Field {
+  const char* name;  ///< As in the setting file.
+  FieldValue (*get)(const peers::WatermarkRecord&);
+};
+
+/// In the order of the setting file.
+const std::vector<Field>& Fields();
+
+/// For people: 'text', 14, on, 0xFF0000.
+std::string Shown(const Field& field, const FieldValue& value);
+
+Json JsonOf(const FieldValue& value);
+Json JsonOf(const peers::WatermarkRecord& mark);
+
+}  // namespace app

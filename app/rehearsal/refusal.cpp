@@ -1,0 +1,55 @@
+#include "app/rehearsal/refusal.h"
+
+#include "app/cause.h"
+#include "app/rehearsal/review.h"
+#include "app/usage_error.h"
+
+namespace app {
+namespace {
+
+constexpr std::size_t kMostLines = 20;
+
+/// Empty for a policy that may go.
+std::string Refusal(const Review& review, Use use) {
+  if (!review.refusal.empty()) return review.refusal;
+  for (const Finding& finding : review.remarks.findings)
+    if (use == Use::kDelivery && finding.kind == "undelivered") return finding.message;
+  return review.isEmptied ? WhyEmptied(review) + ": every entry would be emptied" : "";
+}
+
+std::vector<std::string> LinesOf(const Review& review, const std::string& file) {
+  std::vector<std::string> lines;
+  for (const Finding& finding : review.remarks.findings) lines.push_back(Line(file, finding));
+  if (lines.size() <= kMostLines) return lines;
+  const std::size_t left = lines.size() - kMostLines;
+  lines.resize(kMostLines);
+  lines.push_back("and " + std::to_string(left) + " findings more, which `sigilctl check` tells");
+  return lines;
+}
+
+}  // namespace
+
+Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int policyId, Use use,
+                     bool isForced, bool resetName) try {
+  const Review review = ReviewPolicy(text, policyId, resetName);
+  const std::string refusal = Refusal(review, use);
+  if (!refusal.empty() && !isForced)
+    throw UsageError(file + ": " + refusal + ". Nothing is changed; --force does it all the same.");
+  Verdict verdict;
+  if (!review.failure.empty()) return verdict;
+  verdict.cause = review.refusal;
+  verdict.elements = review.elements.size();
+  verdict.told = review.told;
+  verdict.lines = LinesOf(review, file);
+  if (!review.refusal.empty()) verdict.lines = {file + ": " + review.refusal};
+  return verdict;
+} catch (const UsageError&) {
+  throw;
+} catch (const std::exception& error) {
+  if (!isForced)
+    throw std::runtime_error("no rehearsal could be held: " + CauseOf(error) +
+                             ". --force goes on without one.");
+  return {{"not rehearsed: " + CauseOf(error)}, {}, "", 0};
+}
+
+}  // namespace app

@@ -1,0 +1,32 @@
+#pragma once
+
+// A bad policy never replaces a good one by accident.
+
+#include <string>
+#include <vector>
+
+#include "app/library.h"
+
+namespace app {
+
+/// What a policy is let at.
+enum class Use {
+  kUpdate,    ///< The machine's records.
+  kDelivery,  ///< Every machine that it is delivered to.
+};
+
+/// What a rehearsal says of a policy that is let through.
+struct Verdict {
+  std::vector<std::string> lines;  ///< What is to be told of it, a line each.
+  std::vector<Message> told;       ///< The trouble that the lines tell.
+  std::string cause;               ///< Why the passes refuse it, where --force lets it through.
+  std::size_t elements = 0;        ///< How many its list has; 0 when it was not rehearsed.
+};
+
+/// Rehearses the policy. UsageError with the reason when the passes refuse it or it empties every
+/// entry, and whatever keeps the rehearsal from being held; with `isForced` neither, and the lines
+/// tell of it. `file` is how the lines name the text. Nothing of the machine changes.
+Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int policyId, Use use,
+                     bool isForced, bool resetName = false);
+
+}  // namespace app

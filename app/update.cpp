@@ -1,0 +1,65 @@
+#include "app/update.h"
+
+#include <set>
+
+#include "app/rehearsal/refusal.h"
+#include "app/rehearsal/rehearse.h"
+#include "app/result.h"
+#include "app/text_file.h"
+#include "app/told.h"
+#include "peers/settings_component/setting_file.h"
+
+namespace app {
+namespace {
+
+/// The GUIDs of all watermarks in the setting file; nothing when it cannot be read.
+std::set<std::string> WatermarkIds() {
+  std::set<std::string> ids;
+  try {
+    for (const auto& entry : peers::ReadSettingFile(peers::FindSettingPlace().file).entries)
+      for (const auto& mark : entry.watermarks) ids.insert(mark.id);
+  } catch (const std::exception&) {
+    ids.clear();
+  }
+  return ids;
+}
+
+/// An update leaves no watermark as it was. Others may update at the same time, so what is new may
+/// be theirs as well.
+bool IsUntouched(const std::set<std::string>& before, const std::set<std::string>& after) {
+  for (const std::string& id : after)
+    if (before.contains(id)) return true;
+  return after.empty();
+}
+
+std::string Numbers(const WorkDone& done, std::size_t elements) {
+  if (done.entries == 0) return "";
+  const std::string on = " on " + Counted(done.entries, "entry", "entries") + ".";
+  const std::size_t each = done.marks / done.entries;
+  if (done.marks % done.entries != 0) return Counted(done.marks, "watermark", "watermarks") + on;
+  if (elements == 0) return Counted(each, "element", "elements") + on;
+  return std::to_string(each) + " of " + Counted(elements, "element", "elements") + on;
+}
+
+}  // namespace
+
+int Update(const Values& values) {
+  const int policyId = values.Number("--policy-id", 1);
+  const bool resetName = values.Has("--reset-name");
+  const std::wstring text = ReadTextFile(values.Text("FILE"));
+  const Verdict verdict = RefuseOrTell(text, NameOf(values.Text("FILE")), policyId, Use::kUpdate,
+                                       values.Has("--force"), resetName);
+  const std::set<std::string> before = WatermarkIds();
+  const Outcome outcome = Call(UpdateCall(text, policyId, resetName));
+  const WorkDone done = WorkDoneIn(outcome);
+  Work work{.command = "update",
+            .done = "The policy is applied.",
+            .numbers = Numbers(done, verdict.elements),
+            .lines = verdict.cause.empty() ? verdict.lines : std::vector<std::string>(),
+            .cause = verdict.cause,
+            .told = verdict.told};
+  if (done.marks > 0 && IsUntouched(before, WatermarkIds())) work.unsaved = WhyUnsaved();
+  return Report(outcome, work);
+}
+
+}  // namespace app
