@@ -31,6 +31,14 @@ void CopyFile(const fs::path& file, const ScratchMachine& machine) {
   if (const auto bytes = platform::ReadWholeFile(file)) machine.Write(*place, *bytes);
 }
 
+void CopyIfReadable(const fs::path& file, const ScratchMachine& machine) {
+  try {
+    CopyFile(file, machine);
+  } catch (const std::system_error&) {
+    // The library goes on without it too.
+  }
+}
+
 /// Byte by byte, with the log of what is not in it yet: opening the machine's own would leave
 /// traces beside it. What cannot be read is left out, and so is a copy that is no setting file, as
 /// the file is damaged or changed at that moment.
@@ -90,9 +98,9 @@ void ScratchMachine::CopyMachine() const {
   const DeliveryFolder delivery = FindDeliveryFolder();
   for (const std::wstring& file :
        {ClientIni(), KeySource(), delivery.PolicyFile(), delivery.SystemSetting()})
-    CopyFile(platform::HostPath(file), *this);
+    CopyIfReadable(platform::HostPath(file), *this);
   const fs::path settings = peers::FindSettingPlace().file;
-  CopyFile(settings.parent_path() / "UserInfoWM.ini", *this);
+  CopyIfReadable(settings.parent_path() / "UserInfoWM.ini", *this);
   CopySettings(settings, *this);
 }
 

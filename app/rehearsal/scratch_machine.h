@@ -38,8 +38,8 @@ class ScratchMachine {
   void Write(const std::filesystem::path& file, const std::string& bytes) const;
 
   /// Makes it like the machine that the desk works on: its machine.ini, the files of its client and
-  /// what its setting file holds. A setting file that cannot be read is left out; for any other
-  /// file that cannot, std::system_error.
+  /// what its setting file holds. What cannot be read is left out, but for machine.ini:
+  /// std::system_error.
   void CopyMachine() const;
 
  private:
