@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kWidth = 80;
 constexpr std::size_t kNameWidth = 24;
+constexpr std::size_t kMostRows = 40;
 
 /// Words behind an indent, in lines that fit the narrowest terminal.
 void PrintWrapped(const std::string& head, std::string_view text) {
@@ -64,9 +65,12 @@ void PrintLacking(const Review& review) {
     width = std::max(width, DisplayWidth(rows.back().first));
   }
   if (rows.empty()) return;
+  const std::size_t left = rows.size() - std::min(rows.size(), kMostRows);
+  rows.resize(rows.size() - left);
   std::cout << "\nWhat is not there reads as\n";
   for (const auto& [id, text] : rows)
     PrintWrapped("  " + id + std::string(width - DisplayWidth(id) + 2, ' '), text);
+  if (left > 0) std::cout << "  and " << left << " elements more, which --json tells\n";
 }
 
 void PrintNotes(const std::string& file, const Review& review) {
