@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <spdlog/logger.h>
 #include <spdlog/sinks/base_sink.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -42,16 +43,19 @@ class LogPath {
   fs::path m_path;
 };
 
-/// Whether the disk has room for a line of this size. The room is taken already, with some more for
-/// the lines of others at this moment: of a line that is written without, a full disk would take
-/// the beginning. Where a file system cannot tell, it has room.
+/// Whether there is room for a line of this size. On the disk it is taken already, with some more
+/// for the lines of others at this moment: of a line that is written without, a full disk would
+/// take the beginning, and so would a limit on the size of files. Where a file system cannot tell,
+/// it has room.
 bool TakeRoom(const platform::Descriptor& file, std::size_t size) {
-  constexpr off_t kForOthers = 0x2000;
-  struct stat status;
-  if (fstat(file.Get(), &status) != 0 || fallocate(file.Get(), FALLOC_FL_KEEP_SIZE, status.st_size,
-                                                   static_cast<off_t>(size) + kForOthers) == 0)
-    return true;
-  return errno != ENOSPC && errno != EDQUOT && errno != EFBIG;
+  constexpr std::size_t kForOthers = 0x2000;
+  const auto room = static_cast<off_t>(size + kForOthers);
+  struct stat status = {};
+  struct rlimit limit = {};
+  if (fstat(file.Get(), &status) != 0 || getrlimit(RLIMIT_FSIZE, &limit) != 0) return true;
+  if (static_cast<rlim_t>(status.st_size + room) > limit.rlim_cur) return false;
+  return fallocate(file.Get(), FALLOC_FL_KEEP_SIZE, status.st_size, room) == 0 ||
+         (errno != ENOSPC && errno != EDQUOT);
 }
 
 /// Each line is one write, which the system puts at the end of the file as it then is.

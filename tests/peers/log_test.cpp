@@ -1,6 +1,8 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -104,6 +106,23 @@ TEST_F(Log, TellsAWatcherAlsoWhatTheFileDoesNotGet) {
   plain(5, 4, L"D", 4, L"unseen");
   EXPECT_EQ(g_watched, L"3 1 A a\tb\n5 2 (null) c (code -2)\n0 3 C d=(null)\n");
   EXPECT_EQ(Lines(), "");
+}
+
+TEST_F(Log, WritesALineWholeOrNotAtAllWhereRoomEnds) {
+  constexpr rlim_t kRoom = 0x4000;
+  rlimit before = {};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const auto action = signal(SIGXFSZ, SIG_IGN);
+  const rlimit less = {kRoom, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &less);
+  const std::wstring text(90, L'x');
+  for (int i = 0; i < 500; ++i) plain(1, 1, L"F", 1, text.c_str());
+  setrlimit(RLIMIT_FSIZE, &before);
+  signal(SIGXFSZ, action);
+  plain(1, 1, L"F", 1, L"again");
+  EXPECT_GT(machine.Read(kLogFile).size(), kRoom / 4);
+  EXPECT_TRUE(std::regex_match(Lines(), std::regex("(STAMP 1 1 F\\(1\\) x{90}\n)+"
+                                                   "STAMP 1 1 F\\(1\\) again\n")));
 }
 
 }  // namespace

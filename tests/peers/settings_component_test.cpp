@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 #include <sys/wait.h>
 
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -260,6 +261,36 @@ TEST(SettingsComponent, GivesUpAFileThatIsReadWithoutEnd) {
               testing::ThrowsMessage<std::runtime_error>(testing::HasSubstr("more work")));
   EXPECT_LT(Open()->GetExcludePrinterCount(), 0);
   EXPECT_EQ(Keep(*Entry(*Open(), L"*")), 0) << "the rest of it is sound";
+}
+
+TEST(SettingsComponent, AddsNothingToAListThatCouldNotBeRead) {
+  const tests::TestMachine machine;
+  GUID id{};
+  auto settings = Open();
+  settings->AddExcludePrinter(L"old", &id);
+  EXPECT_EQ(Keep(*settings), 0);
+  settings = Open();
+  Sql("ALTER TABLE excluded RENAME TO away");
+  EXPECT_LT(settings->GetExcludePrinterCount(), 0);
+  Sql("ALTER TABLE away RENAME TO excluded");
+  settings->AddExcludePrinter(L"new", &id);
+  EXPECT_NE(Keep(*settings), 0);
+  EXPECT_EQ(Sql("SELECT name FROM excluded"), "old\n");
+  EXPECT_EQ(settings->GetExcludePrinterCount(), 2);  // the file's and its own
+  EXPECT_EQ(settings->Save(0), 0);
+  EXPECT_EQ(Sql("SELECT name FROM excluded"), "old\nnew\n");
+}
+
+TEST(SettingsComponent, WritesAgainToWhatWasReadOnlyForAWhile) {
+  const tests::TestMachine machine;
+  EXPECT_EQ(Keep(*Open()), 0);
+  // Made by SQLite while the setting file was read-only, and left by a process that died.
+  const std::string shared = File().string() + "-shm";
+  std::ofstream(shared) << std::string(0x8000, '\0');
+  fs::permissions(shared, fs::perms::owner_read);
+  const auto settings = Open();
+  EXPECT_EQ(settings->GetExcludePrinterCount(), 0);
+  EXPECT_EQ(fs::status(shared).permissions(), fs::status(File()).permissions());
 }
 
 TEST(SettingsComponent, LocksOutOthers) {
