@@ -5,11 +5,10 @@
 //   LEVEL NUMBER FUNCTION(LINE) LABEL=VALUE
 //
 // Each text stands as platform/visible_text.h shows it, so that one call stays one line. Lines
-// below the level in the environment variable SIGIL_LOG_LEVEL (0 when it is not set) are left out.
+// below logging::LowestLevel are left out.
 
 #include "logging/log4cxx_mgr.h"
 
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -19,11 +18,6 @@
 
 namespace {
 
-int LowestLevel() {
-  const char* level = std::getenv("SIGIL_LOG_LEVEL");
-  return level == nullptr ? 0 : std::atoi(level);
-}
-
 std::wstring Shown(const wchar_t* text) {
   return text == nullptr ? L"(null)" : platform::Visible(std::wstring_view(text));
 }
@@ -32,7 +26,7 @@ std::wstring Shown(const wchar_t* text) {
 template <class Rest>
 void Log(int level, int number, const wchar_t* function, int line, Rest rest) noexcept {
   try {
-    if (level < LowestLevel()) return;
+    if (level < logging::LowestLevel()) return;
     logging::Append(platform::ToUtf8(std::to_wstring(level) + L' ' + std::to_wstring(number) +
                                      L' ' + Shown(function) + L'(' + std::to_wstring(line) + L") " +
                                      rest()));
