@@ -5,12 +5,11 @@
 //   LEVEL NUMBER FUNCTION(LINE) LABEL=VALUE
 //
 // Each text stands as platform/visible_text.h shows it, so that one call stays one line. Lines
-// below the level in the environment variable SIGIL_LOG_LEVEL (0 when it is not set) are left out.
+// below logging::LowestLevel are left out.
 
 #include "logging/log4cxx_mgr.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -23,11 +22,6 @@ namespace {
 
 std::atomic<logging::Watcher> g_watcher = nullptr;
 
-int LowestLevel() {
-  const char* level = std::getenv("SIGIL_LOG_LEVEL");
-  return level == nullptr ? 0 : std::atoi(level);
-}
-
 const wchar_t* OrNull(const wchar_t* text) {
   return text == nullptr ? L"(null)" : text;
 }
@@ -37,7 +31,7 @@ template <class Rest>
 void Log(int level, int number, const wchar_t* function, int line, Rest rest) noexcept {
   try {
     const logging::Watcher watcher = g_watcher;
-    const bool isWritten = level >= LowestLevel();
+    const bool isWritten = level >= logging::LowestLevel();
     if (watcher == nullptr && !isWritten) return;
     const std::wstring text = rest();
     if (watcher != nullptr) watcher(level, number, OrNull(function), text.c_str());

@@ -16,6 +16,10 @@ namespace logging {
 inline constexpr wchar_t kLogFile[] =
     L"C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
 
+/// Lines below this level are left out: the number in the environment variable SIGIL_LOG_LEVEL as
+/// it is now, 0 without one.
+int LowestLevel();
+
 /// Appends one line, whole: local time with milliseconds, the process's number, then `text`, UTF-8
 /// without a line end. A line that cannot be written is dropped. May throw for want of memory.
 ///

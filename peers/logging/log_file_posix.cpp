@@ -88,6 +88,10 @@ spdlog::logger& Logger() {
 
 }  // namespace
 
+int LowestLevel() {
+  return std::atoi(Variable("SIGIL_LOG_LEVEL").c_str());
+}
+
 void Append(std::string_view text) {
   Logger().log(spdlog::level::info, spdlog::string_view_t(text.data(), text.size()));
 }

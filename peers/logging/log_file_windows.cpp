@@ -1,7 +1,10 @@
-#include <shlobj.h>
 #include <windows.h>
+// After windows.h.
+#include <sddl.h>
+#include <shlobj.h>
 
 #include <cstdio>
+#include <cwchar>
 #include <string>
 
 #include "peers/logging/log_file.h"
@@ -9,20 +12,45 @@
 namespace logging {
 namespace {
 
-constexpr wchar_t kLogFile[] = L"\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
+// kLogFile below the common data folder, which need not lie on drive C.
+constexpr wchar_t kBelowCommonData[] =
+    L"\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
 
-std::wstring LogFile() {
-  wchar_t file[MAX_PATH * 4];
-  const DWORD capacity = sizeof file / sizeof *file;
-  const DWORD length = GetEnvironmentVariableW(L"SIGIL_LOG", file, capacity);
-  if (length != 0 && length < capacity) return {file, length};
-  if (!SHGetSpecialFolderPathW(nullptr, file, CSIDL_COMMON_APPDATA, FALSE)) return {};
-  return std::wstring(file) + kLogFile;
+// The file is made by the account that logs first. All others of the machine read and append, and
+// only the system and administrators may do more.
+constexpr wchar_t kAccess[] = L"D:(A;;FA;;;SY)(A;;FA;;;BA)(A;;0x12008D;;;BU)";
+
+/// Keeps the thread's last error, which the caller of the log may still want to know.
+class LastError {
+ public:
+  LastError() = default;
+  ~LastError() { SetLastError(m_error); }
+  LastError(const LastError&) = delete;
+  LastError& operator=(const LastError&) = delete;
+
+ private:
+  const DWORD m_error = GetLastError();
+};
+
+/// Empty when it is not set, or too long for any use here.
+std::wstring Variable(const wchar_t* name) {
+  wchar_t value[MAX_PATH * 4];
+  const DWORD capacity = sizeof value / sizeof *value;
+  const DWORD length = GetEnvironmentVariableW(name, value, capacity);
+  return length < capacity ? std::wstring(value, length) : std::wstring();
 }
 
-HANDLE Open(const std::wstring& file) {
+std::wstring LogFile() {
+  std::wstring named = Variable(L"SIGIL_LOG");
+  if (!named.empty()) return named;
+  wchar_t folder[MAX_PATH];
+  if (!SHGetSpecialFolderPathW(nullptr, folder, CSIDL_COMMON_APPDATA, FALSE)) return {};
+  return std::wstring(folder) + kBelowCommonData;
+}
+
+HANDLE Open(const std::wstring& file, DWORD disposition, SECURITY_ATTRIBUTES* access) {
   return CreateFileW(file.c_str(), FILE_APPEND_DATA,
-                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, access, disposition,
                      FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
@@ -31,6 +59,17 @@ void MakeFolders(const std::wstring& file) {
   for (std::size_t end = file.find(L'\\'); end != std::wstring::npos;
        end = file.find(L'\\', end + 1))
     CreateDirectoryW(file.substr(0, end).c_str(), nullptr);
+}
+
+/// Opens the file, which another process may make at the same time.
+HANDLE Make(const std::wstring& file) {
+  MakeFolders(file);
+  SECURITY_ATTRIBUTES access = {sizeof access, nullptr, FALSE};
+  const bool isKnown = ConvertStringSecurityDescriptorToSecurityDescriptorW(
+      kAccess, SDDL_REVISION_1, &access.lpSecurityDescriptor, nullptr);
+  const HANDLE made = Open(file, OPEN_ALWAYS, isKnown ? &access : nullptr);
+  LocalFree(access.lpSecurityDescriptor);
+  return made;
 }
 
 std::string Stamp() {
@@ -45,21 +84,23 @@ std::string Stamp() {
 
 }  // namespace
 
+int LowestLevel() {
+  const LastError kept;
+  return _wtoi(Variable(L"SIGIL_LOG_LEVEL").c_str());
+}
+
 void Append(std::string_view text) {
-  const DWORD error = GetLastError();  // the caller may still want to know it
+  const LastError kept;
   const std::string line = Stamp() + std::string(text) + "\n";
   const std::wstring path = LogFile();
-  HANDLE file = Open(path);
-  if (file == INVALID_HANDLE_VALUE && GetLastError() == ERROR_PATH_NOT_FOUND) {
-    MakeFolders(path);
-    file = Open(path);
-  }
-  if (file != INVALID_HANDLE_VALUE) {
-    DWORD written = 0;
-    WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
-    CloseHandle(file);
-  }
-  SetLastError(error);
+  HANDLE file = Open(path, OPEN_EXISTING, nullptr);
+  if (file == INVALID_HANDLE_VALUE &&
+      (GetLastError() == ERROR_FILE_NOT_FOUND || GetLastError() == ERROR_PATH_NOT_FOUND))
+    file = Make(path);
+  if (file == INVALID_HANDLE_VALUE) return;
+  DWORD written = 0;
+  WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+  CloseHandle(file);
 }
 
 }  // namespace logging

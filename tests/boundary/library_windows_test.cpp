@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <stdexcept>
-
 #include "boundary/exports.h"
+#include "tests/boundary/replacement_windows.h"
 #include "tests/recorder/recorder.h"
 #include "tests/support/test_machine.h"
 
@@ -48,40 +46,6 @@ TEST(Library, LoadingAndUnloadingTouchesNoFileAndLogsNothing) {
   EXPECT_EQ(RecorderCount(), 0U);
 }
 
-/// In place of what the library has of kernel32, for the life of this.
-class Replacement {
- public:
-  Replacement(const char* name, void* function) : m_place(PlaceOf(name)) { Swap(function); }
-  ~Replacement() { Swap(m_original); }
-  Replacement(const Replacement&) = delete;
-  Replacement& operator=(const Replacement&) = delete;
-
- private:
-  static void** PlaceOf(const char* name) {
-    const auto function =
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name));
-    auto* const base = reinterpret_cast<char*>(GetModuleHandleW(L"SigilSetting.dll"));
-    const LONG offset = reinterpret_cast<const IMAGE_DOS_HEADER*>(base)->e_lfanew;
-    const auto& headers = *reinterpret_cast<const IMAGE_NT_HEADERS*>(base + offset);
-    const auto& table = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
-    const auto first = reinterpret_cast<void**>(base + table.VirtualAddress);
-    void** const end = first + table.Size / sizeof *first;
-    void** const place = std::find(first, end, function);
-    if (place == end) throw std::runtime_error(name);
-    return place;
-  }
-
-  void Swap(void* function) {
-    DWORD before = 0;
-    VirtualProtect(m_place, sizeof *m_place, PAGE_READWRITE, &before);
-    m_original = std::exchange(*m_place, function);
-    VirtualProtect(m_place, sizeof *m_place, before, &before);
-  }
-
-  void** m_place;
-  void* m_original = nullptr;
-};
-
 std::vector<std::string> g_attributes;
 
 void Note(const char* operation, const SECURITY_ATTRIBUTES* attributes) {
@@ -110,8 +74,9 @@ TEST(Library, TheServiceReceivesSixteenBytesAndTheSharedObjectsAreOpenToAll) {
   machine.Write(kSystemSetting, "63,1\r\n");
   machine.Write(kPolicyFile, SealPolicy("<QuietMIMOSA><HLE/></QuietMIMOSA>"));
   g_attributes.clear();
-  const Replacement mutex("CreateMutexW", reinterpret_cast<void*>(NoteMutex));
-  const Replacement file("CreateFileW", reinterpret_cast<void*>(NotePipe));
+  const HMODULE library = GetModuleHandleW(L"SigilSetting.dll");
+  const Replacement mutex(library, "CreateMutexW", reinterpret_cast<void*>(NoteMutex));
+  const Replacement file(library, "CreateFileW", reinterpret_cast<void*>(NotePipe));
   const std::pair<int (*)(), std::string> cases[] = {
       {SigilSettingReleaseWaterMark, "R\0e\0l\0e\0a\0s\0e\0\0\0"s},
       {SigilSettingSetWaterMark, "S\0e\0t\0t\0i\0n\0g\0\0\0"s}};

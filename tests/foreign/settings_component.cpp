@@ -35,6 +35,15 @@ Text Copy(Text text) {
   return copy;
 }
 
+// --- The identities, written here once more, so that a slip in the library's own shows
+
+constexpr GUID kSettings[] = {
+    {0x939D0FE0, 0x3386, 0x466D, {0xA1, 0x45, 0xE3, 0x07, 0xA9, 0xAA, 0x5D, 0xC9}},
+    {0x8CB443F7, 0xE498, 0x4A02, {0xA5, 0x0A, 0x66, 0x75, 0x47, 0x38, 0xD1, 0x24}}};
+constexpr GUID kString[] = {
+    {0x9195CE54, 0x518B, 0x48F8, {0x87, 0xC8, 0xBA, 0x2F, 0xFC, 0x92, 0xBC, 0x9E}},
+    {0xFB2A1FC4, 0x6B0F, 0x4C8C, {0x89, 0x0B, 0x61, 0x0A, 0x9E, 0x43, 0x29, 0xC3}}};
+
 // --- What calls and values look like in the record
 
 constexpr GUID MakeGuid(wchar_t letter, unsigned number) {
@@ -97,6 +106,10 @@ Result StateNumber(Text name) {
   return number;
 }
 
+bool WritesGuids() {
+  return *RecorderState(L"no GUIDs") == L'\0';
+}
+
 /// The line of that index; empty after the last one.
 Line StateLine(Text name, Number index) {
   Line line;
@@ -157,13 +170,14 @@ class Recorded : public Interface {
     return ++m_references;
   }
   std::uint32_t Release() override {
-    Line line;
+    Line operation, line;
+    operation << m_kind << L"::Release";
     line << m_shown.Text() << L"::Release()";
     if (--m_references == 0)
       RecorderLive(-1);
     else
       line << L" leaves " << m_references;
-    RecorderAdd(line.Text());
+    Ask(operation, line, 0);
     return m_references;
   }
 
@@ -206,7 +220,7 @@ class ForeignWatermark : public Recorded<Sigil::Watermark> {
 
   Result GetId(GUID* guid) override {
     const Result result = Call(__func__, guid);
-    if (!Sigil::Failed(result)) *guid = m_guid;
+    if (!Sigil::Failed(result) && WritesGuids()) *guid = m_guid;
     return result;
   }
   Result SetName(Text text) override { return Call(__func__, text); }
@@ -265,7 +279,7 @@ class ForeignPrinterSettings : public Recorded<Sigil::PrinterSettings> {
   Result GetWatermarkInfo(Number index, GUID* guid, wchar_t* buffer, Size capacity) override {
     const Result result = Call(__func__, index, guid, buffer, capacity);
     if (Sigil::Failed(result)) return result;
-    *guid = MakeGuid(L'O', static_cast<unsigned>(index) + 1);
+    if (WritesGuids()) *guid = MakeGuid(L'O', static_cast<unsigned>(index) + 1);
     for (Size i = 0; i < capacity; ++i) buffer[i] = L'透';
     buffer[capacity] = L'\0';
     return result;
@@ -292,7 +306,11 @@ class ForeignSettings : public Recorded<Sigil::Settings> {
   Result Commit() override { return Call(__func__); }
   Result GetSettingFileDir(wchar_t* buffer, Size* length) override {
     const Result result = Call(__func__, buffer, *length);
-    return result != 0 ? result : GiveText(RecorderState(L"setting folder"), buffer, length);
+    if (result != 0) return result;
+    const Result given = GiveText(RecorderState(L"setting folder"), buffer, length);
+    if (buffer != nullptr && *RecorderState(L"told length") != L'\0')
+      *length = static_cast<Size>(StateNumber(L"told length"));
+    return given;
   }
   Result GetPrinterSettingCount() override {
     return Usual(LineCount(L"printer settings"), __func__);
@@ -401,10 +419,8 @@ int __stdcall DllMain(void* /*instance*/, DWORD reason, void* /*reserved*/) {
 }
 
 RECORDER_API Result SigilCreateInstance(const GUID* first, const GUID* second, void** out) {
-  const bool settings =
-      *first == Sigil::kSettingsFirstIdentity && *second == Sigil::kSettingsSecondIdentity;
-  const bool text =
-      *first == Sigil::kStringFirstIdentity && *second == Sigil::kStringSecondIdentity;
+  const bool settings = *first == kSettings[0] && *second == kSettings[1];
+  const bool text = *first == kString[0] && *second == kString[1];
   Line operation, line;
   operation << L"SigilCreateInstance";
   line << operation.Text() << L"("
