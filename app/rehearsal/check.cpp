@@ -55,18 +55,18 @@ std::string Lacking(const std::vector<Finding>& notes, const std::string& elemen
 }
 
 void PrintLacking(const Review& review) {
-  std::size_t width = 0;
   std::set<std::string> seen;
   std::vector<std::pair<std::string, std::string>> rows;
   for (const ElementFate& fate : review.elements) {
     const std::string text = Lacking(review.remarks.notes, fate.id);
     if (text.empty() || !seen.insert(fate.id).second) continue;
     rows.emplace_back(OneLine(fate.id, kNameWidth), text);
-    width = std::max(width, DisplayWidth(rows.back().first));
   }
   if (rows.empty()) return;
   const std::size_t left = rows.size() - std::min(rows.size(), kMostRows);
   rows.resize(rows.size() - left);
+  std::size_t width = 0;
+  for (const auto& [id, text] : rows) width = std::max(width, DisplayWidth(id));
   std::cout << "\nWhat is not there reads as\n";
   for (const auto& [id, text] : rows)
     PrintWrapped("  " + id + std::string(width - DisplayWidth(id) + 2, ' '), text);
