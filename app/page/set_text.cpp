@@ -1,6 +1,5 @@
 #include "app/page/set_text.h"
 
-#include <fontconfig/fontconfig.h>
 
 #include <algorithm>
 #include <map>
@@ -42,14 +41,6 @@ class Typesetting {
     pango_context_set_round_glyph_positions(m_context.Get(), FALSE);
     pango_context_set_language(m_context.Get(), pango_language_from_string("ja"));
   }
-  /// Pango and Cairo keep fonts beyond their last use; here all are given back.
-  ~Typesetting() {
-    m_context.Reset();
-    m_fonts.Reset();
-    cairo_debug_reset_static_data();
-    FcFini();
-  }
-
   Owner<PangoFontMap*, g_object_unref> m_fonts;
   Owner<PangoContext*, g_object_unref> m_context;
 };
