@@ -1,5 +1,6 @@
 #include "app/page/set_text.h"
 
+#include <fontconfig/fontconfig.h>
 
 #include <algorithm>
 #include <map>
