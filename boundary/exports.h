@@ -10,10 +10,10 @@
 // Text is NUL-terminated UTF-16, one unit in each wchar_t (on Linux too, where it has 32 bits), and
 // is read during the call only. Nothing is held between two calls.
 //
-// Nothing is thrown. What the Settings component throws fails the pass (-101) where component and
-// library share one C++ run-time, as they do on Linux. On Windows the library has a run-time of its
-// own: a component must let no exception out there, since one can pass by every handler of the
-// library and end the host process.
+// Nothing is thrown. What the Settings component throws ends in a result, as a rule -101: on Linux,
+// where component and library share one C++ run-time, and on Windows from a component of the
+// platform's usual compiler. A component that GCC built for Windows with a run-time of its own must
+// let nothing out: that run-time would end the host process.
 //
 // At each call the library loads the Settings component, SigilUtil_x86.dll, from the folder in
 // which the host's own executable lies (on Linux, the file that symbolic links lead to). Without it

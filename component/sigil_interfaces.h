@@ -7,6 +7,11 @@
 // caller takes any result but 0 for one, the call says so. `length` is a count of wide characters:
 // going in, the buffer's capacity; coming out, the length of the text with its terminator. Nothing
 // here is safe for concurrent use of one object.
+//
+// An object begins with a table of its operations: AddRef and Release, then those below in the
+// order in which they stand, and no slot for a destructor, which is why none is virtual. On Windows
+// operations have C++'s own convention for 32-bit x86, thiscall, and the entry point has C's,
+// cdecl; for GCC as for the platform's usual compiler that goes without saying.
 
 #include <cstdint>
 

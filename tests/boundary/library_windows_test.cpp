@@ -46,6 +46,23 @@ TEST(Library, LoadingAndUnloadingTouchesNoFileAndLogsNothing) {
   EXPECT_EQ(RecorderCount(), 0U);
 }
 
+TEST(Library, AThreadInTheOtherApartmentGetsWhatNeedsNoDocument) {
+  TestMachine machine;
+  machine.Write(kSystemSetting, "63,1\r\n");
+  machine.Write(kPolicyFile, SealPolicy("<QuietMIMOSA><HLE/></QuietMIMOSA>"));
+  EXPECT_EQ(SigilSettingSetWaterMark(), 0);
+  RunInThread([] {
+    CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+    EXPECT_EQ(SigilSettingSetWaterMark(), -101);
+    EXPECT_EQ(SigilSettingUpdateExcludePrinter(), 0);
+    APTTYPE type = APTTYPE_CURRENT;
+    APTTYPEQUALIFIER qualifier;
+    CoGetApartmentType(&type, &qualifier);
+    EXPECT_EQ(type, APTTYPE_MTA) << "it was closed for the thread";
+    CoUninitialize();
+  });
+}
+
 std::vector<std::string> g_attributes;
 
 void Note(const char* operation, const SECURITY_ATTRIBUTES* attributes) {
