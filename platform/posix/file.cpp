@@ -143,7 +143,7 @@ BOOL PathRemoveFileSpecW(LPWSTR path) {
 BOOL PathAppendW(LPWSTR path, LPCWSTR more) {
   std::wstring result(path);
   const wchar_t separator = platform::SeparatorOf(result);
-  if (!result.ends_with(separator)) result += separator;
+  if (!result.empty() && !result.ends_with(separator)) result += separator;
   for (; *more != L'\0'; ++more) result += *more == L'\\' ? separator : *more;
   const bool isFitting = result.size() < MAX_PATH;
   path[isFitting ? result.copy(path, result.size()) : 0] = L'\0';

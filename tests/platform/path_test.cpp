@@ -16,7 +16,8 @@ TEST(Path, LosesItsLastPieceAndTakesMore) {
         Row(L"C:\\a", nullptr, L"C:\\"), Row(L"C:\\", nullptr, L"C:\\"), Row(L"C:", nullptr, L"C:"),
         Row(L"\\a", nullptr, L"\\"), Row(L"\\\\srv\\a", nullptr, L"\\\\srv"),
         Row(L"a", nullptr, L""), Row(L"", nullptr, L""), Row(L"a\\b/c", nullptr, L"a"),
-        Row(L"C:\\a", L"b\\c.dll", L"C:\\a\\b\\c.dll"), Row(L"C:\\a\\", L"b", L"C:\\a\\b")}) {
+        Row(L"C:\\a", L"b\\c.dll", L"C:\\a\\b\\c.dll"), Row(L"C:\\a\\", L"b", L"C:\\a\\b"),
+        Row(L"", L"a\\b", L"a\\b")}) {
     wchar_t path[MAX_PATH];
     std::wcscpy(path, before);
     if (more == nullptr)
