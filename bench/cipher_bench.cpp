@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t kMessage = 16 << 20;
 constexpr std::size_t kChunk = 1 << 20;
-constexpr std::size_t kChunks = 64;
+constexpr std::size_t kChunks = 16;
 constexpr std::uint8_t kKey[32] = {1, 2, 3};
 
 std::vector<std::uint8_t> Noise(std::size_t size) {

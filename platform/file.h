@@ -40,9 +40,9 @@ BOOL PathIsDirectoryW(LPCWSTR path);
 /// FALSE when something was taken off.
 BOOL PathRemoveFileSpecW(LPWSTR path);
 
-/// Joins `more` to `path`, a buffer of MAX_PATH units at least, with one backslash between them,
-/// and resolves the pieces `.` and `..`. A path with a drive or a server in `more` takes the place
-/// of `path`. FALSE when the result has MAX_PATH units or more, and `path` is then empty.
+/// Joins `more`, a relative path without the pieces `.` and `..`, to `path`, a buffer of MAX_PATH
+/// units at least, with one backslash between them. FALSE when the result has MAX_PATH units or
+/// more, and `path` is then empty.
 BOOL PathAppendW(LPWSTR path, LPCWSTR more);
 
 #endif

@@ -19,16 +19,8 @@ using REFKNOWNFOLDERID = const GUID&;
 constexpr GUID FOLDERID_LocalAppDataLow = {
     0xA520A1A4, 0x1780, 0x4FF6, {0xBD, 0x18, 0x16, 0x73, 0x43, 0xC5, 0xAF, 0x16}};
 
-#pragma pack(push, 1)
-struct SHITEMID {
-  std::uint16_t cb;
-  BYTE abID[1];
-};
-/// A path of items in the shell's namespace, ended by an item with a `cb` of 0.
-struct ITEMIDLIST {
-  SHITEMID mkid;
-};
-#pragma pack(pop)
+/// A path of items in the shell's namespace.
+struct ITEMIDLIST;
 using LPITEMIDLIST = ITEMIDLIST*;
 using LPCITEMIDLIST = const ITEMIDLIST*;
 

@@ -1,8 +1,5 @@
 #include "platform/utf.h"
 
-#include <cstdint>
-#include <cstring>
-
 namespace platform {
 
 namespace {
@@ -80,66 +77,32 @@ char32_t TakeUtf8(const unsigned char*& at, const unsigned char* end) {
   return code;
 }
 
-bool AreEightAscii(const unsigned char* at) {
-  std::uint64_t word;
-  std::memcpy(&word, at, sizeof word);
-  return (word & 0x8080808080808080ULL) == 0;
-}
-
 bool IsTrail(unsigned char byte) {
   return (byte & 0xC0) == 0x80;
 }
 
-/// Hands the units of UTF-8 text to `sink`. ASCII and what Japanese text is made of go a short way.
-template <typename Sink>
-void Decode(std::string_view text, Sink& sink) {
+/// Hands the units of UTF-8 text to `add`. ASCII and what Japanese text is made of go a short way.
+template <typename Add>
+void Decode(std::string_view text, Add add) {
   const auto* at = reinterpret_cast<const unsigned char*>(text.data());
   const unsigned char* const end = at + text.size();
   while (at != end) {
-    if (end - at >= 8 && AreEightAscii(at)) {
-      sink.AddEight(at);
-      at += 8;
-    } else if (*at < 0x80) {
-      sink.Add(*at++);
+    if (*at < 0x80) {
+      add(*at++);
     } else if (*at > 0xE0 && *at < 0xED && end - at >= 3 && IsTrail(at[1]) && IsTrail(at[2])) {
-      sink.Add((at[0] & 0xFU) << 12 | (at[1] & 0x3FU) << 6 | (at[2] & 0x3FU));
+      add((at[0] & 0xFU) << 12 | (at[1] & 0x3FU) << 6 | (at[2] & 0x3FU));
       at += 3;
     } else {
       const char32_t code = TakeUtf8(at, end);
       if (code < kFirstSupplementary) {
-        sink.Add(code);
+        add(code);
       } else {
-        sink.Add(0xD800 + ((code - kFirstSupplementary) >> 10));
-        sink.Add(0xDC00 + ((code - kFirstSupplementary) & 0x3FF));
+        add(0xD800 + ((code - kFirstSupplementary) >> 10));
+        add(0xDC00 + ((code - kFirstSupplementary) & 0x3FF));
       }
     }
   }
 }
-
-/// Counts what does not fit its target.
-class BoundedSink {
- public:
-  BoundedSink(wchar_t* target, std::size_t capacity) : m_target(target), m_capacity(capacity) {}
-
-  void Add(char32_t unit) {
-    if (m_count < m_capacity) m_target[m_count] = static_cast<wchar_t>(unit);
-    ++m_count;
-  }
-  void AddEight(const unsigned char* units) {
-    if (m_count + 8 > m_capacity) {
-      for (std::size_t i = 0; m_count + i < m_capacity; ++i) m_target[m_count + i] = units[i];
-    } else {
-      for (std::size_t i = 0; i < 8; ++i) m_target[m_count + i] = units[i];
-    }
-    m_count += 8;
-  }
-  std::size_t Count() const { return m_count; }
-
- private:
-  wchar_t* const m_target;
-  const std::size_t m_capacity;
-  std::size_t m_count = 0;
-};
 
 }  // namespace
 
@@ -173,9 +136,12 @@ std::wstring FromUtf8(std::string_view text) {
 }
 
 std::size_t DecodeUtf8(std::string_view text, wchar_t* target, std::size_t capacity) {
-  BoundedSink sink(target, capacity);
-  Decode(text, sink);
-  return sink.Count();
+  std::size_t count = 0;
+  Decode(text, [&](char32_t unit) {
+    if (count < capacity) target[count] = static_cast<wchar_t>(unit);
+    ++count;
+  });
+  return count;
 }
 
 std::string ToUtf16LeBytes(std::wstring_view text) {

@@ -125,7 +125,7 @@ void CString::FormatList(LPCWSTR format, std::initializer_list<FormatArgument> a
   const auto* argument = arguments.begin();
   while (*format != L'\0') {
     const wchar_t* const start = format;
-    format += std::wcscspn(format, L"%");
+    while (*format != L'\0' && *format != L'%') ++format;
     result.append(start, format);
     if (*format == L'\0') break;
     const wchar_t* const percent = format++;

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/posix/handle.h"
 #include "platform/posix/machine/letter_case.h"
@@ -84,54 +83,14 @@ wchar_t SeparatorOf(std::wstring_view path) {
   return path.starts_with(L'/') ? L'/' : L'\\';
 }
 
-bool HasDrive(std::wstring_view path) {
-  return path.size() >= 2 && path[1] == L':';
-}
-
 /// The length of what no piece is taken off: `C:`, `C:\`, `\` or the two of a server's name.
 std::size_t RootLength(std::wstring_view path) {
   const wchar_t separator = SeparatorOf(path);
-  const std::size_t drive = HasDrive(path) ? 2 : 0;
+  const std::size_t drive = path.size() >= 2 && path[1] == L':' ? 2 : 0;
   const std::size_t most = drive == 0 ? 2 : 3;
   std::size_t length = drive;
   while (length < most && length < path.size() && path[length] == separator) ++length;
   return length;
-}
-
-/// Resolves the pieces "." and ".."; the root stays. Of a relative path that starts with one, the
-/// backslash behind it stays.
-std::wstring Resolved(std::wstring_view path) {
-  const wchar_t separator = SeparatorOf(path);
-  const std::size_t rootLength = RootLength(path);
-  std::wstring result(path.substr(0, rootLength));
-  std::vector<std::wstring_view> pieces;
-  for (std::size_t at = rootLength, end; at <= path.size(); at = end + 1) {
-    end = std::min(path.find(separator, at), path.size());
-    const std::wstring_view piece = path.substr(at, end - at);
-    if (piece != L"." && piece != L"..") {
-      pieces.push_back(piece);
-    } else if (pieces.empty()) {
-      if (result.empty()) result = separator;
-    } else if (piece == L"..") {
-      pieces.pop_back();
-    }
-  }
-  for (std::size_t i = 0; i < pieces.size(); ++i) {
-    if (i > 0) result += separator;
-    result += pieces[i];
-  }
-  const bool isDriveAlone = HasDrive(result) && result.size() == 2;
-  if (result.empty() || isDriveAlone) result += separator;
-  return result;
-}
-
-std::wstring Joined(std::wstring path, std::wstring more) {
-  if (more.starts_with(L"\\\\") || HasDrive(more)) return more;
-  const wchar_t separator = SeparatorOf(path);
-  std::replace(more.begin(), more.end(), L'\\', separator);
-  if (more.starts_with(separator)) more.erase(0, 1);
-  if (!more.empty() && !path.empty() && !path.ends_with(separator)) path += separator;
-  return path + more;
 }
 
 }  // namespace
@@ -173,7 +132,6 @@ BOOL PathIsDirectoryW(LPCWSTR path) {
 }
 
 BOOL PathRemoveFileSpecW(LPWSTR path) {
-  if (path == nullptr) return FALSE;
   const std::wstring_view text(path);
   const std::size_t root = platform::RootLength(text);
   const std::size_t last = text.rfind(platform::SeparatorOf(text));
@@ -183,12 +141,11 @@ BOOL PathRemoveFileSpecW(LPWSTR path) {
 }
 
 BOOL PathAppendW(LPWSTR path, LPCWSTR more) {
-  if (path == nullptr || more == nullptr) return FALSE;
-  const std::wstring result = platform::Resolved(platform::Joined(path, more));
-  if (result.size() >= MAX_PATH) {
-    *path = L'\0';
-    return FALSE;
-  }
-  path[result.copy(path, result.size())] = L'\0';
-  return TRUE;
+  std::wstring result(path);
+  const wchar_t separator = platform::SeparatorOf(result);
+  if (!result.empty() && !result.ends_with(separator)) result += separator;
+  for (; *more != L'\0'; ++more) result += *more == L'\\' ? separator : *more;
+  const bool isFitting = result.size() < MAX_PATH;
+  path[isFitting ? result.copy(path, result.size()) : 0] = L'\0';
+  return isFitting;
 }

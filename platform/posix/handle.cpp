@@ -3,6 +3,8 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <map>
+#include <mutex>
 
 #include "platform/posix/machine/machine_file.h"
 
@@ -10,19 +12,30 @@ namespace platform {
 
 namespace {
 
-HandleTable<Object>& Objects() {
-  static HandleTable<Object> objects;
-  return objects;
+struct Table {
+  std::mutex guard;
+  std::map<HANDLE, std::shared_ptr<Object>> objects;
+  std::uintptr_t last = 0;
+};
+
+Table& Objects() {
+  static Table table;
+  return table;
 }
 
 }  // namespace
 
 HANDLE AddObject(std::shared_ptr<Object> object) {
-  return reinterpret_cast<HANDLE>(Objects().Add(std::move(object)));
+  const std::lock_guard lock(Objects().guard);
+  const auto handle = reinterpret_cast<HANDLE>(Objects().last += 4);
+  Objects().objects.emplace(handle, std::move(object));
+  return handle;
 }
 
 std::shared_ptr<Object> FindObject(HANDLE handle) {
-  return Objects().Find(reinterpret_cast<std::uintptr_t>(handle));
+  const std::lock_guard lock(Objects().guard);
+  const auto found = Objects().objects.find(handle);
+  return found == Objects().objects.end() ? nullptr : found->second;
 }
 
 DWORD ErrorOf(int number) {
@@ -72,5 +85,8 @@ std::FILE* OpenToRead(const char* path) {
 
 BOOL CloseHandle(HANDLE handle) {
   if (platform::IsToFail("CloseHandle")) return FALSE;
-  return platform::Objects().Take(reinterpret_cast<std::uintptr_t>(handle)) != nullptr;
+  std::unique_lock lock(platform::Objects().guard);
+  const auto closed = platform::Objects().objects.extract(handle);
+  lock.unlock();  // the object may take its time to end
+  return closed ? TRUE : platform::FailWith(ERROR_INVALID_HANDLE);
 }

@@ -2,52 +2,13 @@
 
 // What stands behind a HANDLE, and what the operations on them share.
 
-#include <cstdint>
 #include <cstdio>
-#include <map>
 #include <memory>
-#include <mutex>
 
 #include "platform/base.h"
 #include "platform/faults.h"
 
 namespace platform {
-
-/// Objects under numbers that are never used twice. An object that is found stays in being for its
-/// finder, also when its handle is closed meanwhile. Safe for any number of threads.
-template <typename Type>
-class HandleTable {
- public:
-  std::uintptr_t Add(std::shared_ptr<Type> object) {
-    const std::lock_guard lock(m_guard);
-    m_last += 4;
-    m_objects.emplace(m_last, std::move(object));
-    return m_last;
-  }
-
-  /// Null, and the last error, for a number that is no handle.
-  std::shared_ptr<Type> Find(std::uintptr_t handle) {
-    const std::lock_guard lock(m_guard);
-    const auto found = m_objects.find(handle);
-    if (found != m_objects.end()) return found->second;
-    SetLastError(ERROR_INVALID_HANDLE);
-    return nullptr;
-  }
-
-  /// The same, and the number is no handle any more.
-  std::shared_ptr<Type> Take(std::uintptr_t handle) {
-    const std::lock_guard lock(m_guard);
-    const auto node = m_objects.extract(handle);
-    if (node) return node.mapped();
-    SetLastError(ERROR_INVALID_HANDLE);
-    return nullptr;
-  }
-
- private:
-  std::mutex m_guard;
-  std::map<std::uintptr_t, std::shared_ptr<Type>> m_objects;
-  std::uintptr_t m_last = 0;
-};
 
 /// What CloseHandle gives back.
 class Object {
@@ -55,6 +16,8 @@ class Object {
   virtual ~Object() = default;
 };
 
+/// Safe for any number of threads. No handle is used twice, and an object that is found stays in
+/// being for its finder, also when its handle is closed meanwhile.
 HANDLE AddObject(std::shared_ptr<Object> object);
 std::shared_ptr<Object> FindObject(HANDLE handle);
 

@@ -1,6 +1,5 @@
 #include "platform/shell.h"
 
-#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,53 +44,34 @@ LPWSTR CopyOf(std::wstring_view text) {
   return copy;
 }
 
-/// One item that holds the path's units, and the end of the list.
-LPITEMIDLIST MakeList(std::wstring_view path) {
-  const std::size_t size = path.size() * sizeof(wchar_t);
-  const auto itemSize = static_cast<std::uint16_t>(sizeof(std::uint16_t) + size);
-  auto* list = static_cast<BYTE*>(CoTaskMemAlloc(itemSize + sizeof(std::uint16_t)));
-  if (list == nullptr) return nullptr;
-  std::memcpy(list, &itemSize, sizeof itemSize);
-  std::memcpy(list + sizeof itemSize, path.data(), size);
-  std::memset(list + itemSize, 0, sizeof(std::uint16_t));
-  return reinterpret_cast<LPITEMIDLIST>(list);
-}
-
 }  // namespace
 
 }  // namespace platform
 
 HRESULT SHGetMalloc(IMalloc** allocator) {
-  if (allocator == nullptr) return E_INVALIDARG;
   *allocator = nullptr;
   if (const auto failure = platform::TakeFailure("SHGetMalloc")) return *failure;
   return CoGetMalloc(1, allocator);
 }
 
 HRESULT SHGetSpecialFolderLocation(HWND, int csidl, LPITEMIDLIST* list) {
-  if (list == nullptr) return E_INVALIDARG;
   *list = nullptr;
   if (const auto failure = platform::TakeFailure("SHGetSpecialFolderLocation")) return *failure;
   const auto folder = platform::FolderOf(csidl);
   if (!folder) return E_INVALIDARG;
-  *list = platform::MakeList(*folder);
+  *list = reinterpret_cast<LPITEMIDLIST>(platform::CopyOf(*folder));
   return *list == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
 BOOL SHGetPathFromIDListW(LPCITEMIDLIST list, LPWSTR path) {
-  if (path == nullptr) return FALSE;
   *path = L'\0';
-  if (platform::IsToFail("SHGetPathFromIDListW") || list == nullptr) return FALSE;
-  const std::size_t size = list->mkid.cb;
-  const std::size_t length = (size - sizeof list->mkid.cb) / sizeof(wchar_t);
-  if (size <= sizeof list->mkid.cb || length >= MAX_PATH) return FALSE;
-  std::memcpy(path, list->mkid.abID, length * sizeof(wchar_t));
-  path[length] = L'\0';
+  if (platform::IsToFail("SHGetPathFromIDListW")) return FALSE;
+  const std::wstring_view folder(reinterpret_cast<LPCWSTR>(list));
+  path[folder.copy(path, folder.size())] = L'\0';
   return TRUE;
 }
 
 BOOL SHGetSpecialFolderPathW(HWND, LPWSTR path, int csidl, BOOL) {
-  if (path == nullptr) return FALSE;
   *path = L'\0';
   if (platform::IsToFail("SHGetSpecialFolderPathW")) return FALSE;
   const auto folder = platform::FolderOf(csidl);
@@ -102,7 +82,6 @@ BOOL SHGetSpecialFolderPathW(HWND, LPWSTR path, int csidl, BOOL) {
 
 HRESULT SHGetKnownFolderPath(REFKNOWNFOLDERID folder, DWORD, HANDLE, LPWSTR* path) {
   constexpr auto kNotFound = static_cast<HRESULT>(0x80070000U | ERROR_FILE_NOT_FOUND);
-  if (path == nullptr) return E_INVALIDARG;
   *path = nullptr;
   if (const auto failure = platform::TakeFailure("SHGetKnownFolderPath")) return *failure;
   if (!(folder == FOLDERID_LocalAppDataLow)) return kNotFound;

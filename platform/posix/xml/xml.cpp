@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <new>
+#include <numeric>
 #include <string>
 #include <string_view>
 
@@ -74,9 +75,11 @@ std::wstring_view View(BSTR text) {
 
 IXMLDOMNode* NewNode(const Content& content, NodeId id);
 
-class NodeList final : public Object<IXMLDOMNodeList> {
+/// The elements that a query gave, or the attributes of an element.
+template <typename Interface>
+class List final : public Object<Interface> {
  public:
-  NodeList(Content content, std::vector<NodeId> nodes)
+  List(Content content, std::vector<NodeId> nodes)
       : m_content(std::move(content)), m_nodes(std::move(nodes)) {}
 
   HRESULT get_item(LONG index, IXMLDOMNode** item) override {
@@ -96,34 +99,6 @@ class NodeList final : public Object<IXMLDOMNodeList> {
  private:
   const Content m_content;
   const std::vector<NodeId> m_nodes;
-};
-
-/// The attributes of an element are the nodes behind it, before its first child.
-class AttributeMap final : public Object<IXMLDOMNamedNodeMap> {
- public:
-  AttributeMap(Content content, NodeId element)
-      : m_content(std::move(content)),
-        m_begin(element + 1),
-        m_count(m_content->Tree()[element].firstChild - m_begin) {}
-
-  HRESULT get_item(LONG index, IXMLDOMNode** item) override {
-    return Do([&] {
-      *item = nullptr;
-      if (index < 0 || static_cast<NodeId>(index) >= m_count) return S_FALSE;
-      *item = NewNode(m_content, m_begin + static_cast<NodeId>(index));
-      return S_OK;
-    });
-  }
-
-  HRESULT get_length(LONG* length) override {
-    *length = static_cast<LONG>(m_count);
-    return S_OK;
-  }
-
- private:
-  const Content m_content;
-  const NodeId m_begin;
-  const NodeId m_count;
 };
 
 /// The operations of a node; IXMLDOMDocument2's are those of its document node.
@@ -153,7 +128,10 @@ class NodeObject : public Object<Interface> {
     return Do("IXMLDOMNode::get_attributes", [&] {
       *attributes = nullptr;
       if (Kind() != NodeKind::kElement) return S_FALSE;
-      *attributes = new AttributeMap(m_content, m_id);
+      // They are the nodes behind it, before its first child.
+      std::vector<NodeId> nodes(Tree()[m_id].firstChild - (m_id + 1));
+      std::iota(nodes.begin(), nodes.end(), m_id + 1);
+      *attributes = new List<IXMLDOMNamedNodeMap>(m_content, std::move(nodes));
       return S_OK;
     });
   }
@@ -166,7 +144,7 @@ class NodeObject : public Object<Interface> {
     return Do("IXMLDOMNode::selectNodes", [&] {
       *nodes = nullptr;
       constexpr auto kAll = static_cast<std::size_t>(-1);
-      *nodes = new NodeList(m_content, m_content->Select(m_id, View(query), kAll));
+      *nodes = new List<IXMLDOMNodeList>(m_content, m_content->Select(m_id, View(query), kAll));
       return S_OK;
     });
   }
