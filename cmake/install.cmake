@@ -20,14 +20,28 @@ endif()
 install(FILES boundary/exports.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sigil
         RENAME sigil_setting.h)
 install(FILES docs/hosting.md DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME README.md)
-install(TARGETS SigilSetting)
+if(WIN32)
+  # An import library that the platform's usual compiler takes too: GCC's holds objects without the
+  # mark that its linker asks for.
+  find_program(SIGIL_LINKER lld-link-19 REQUIRED)
+  set(import_library ${PROJECT_BINARY_DIR}/${PROJECT_NAME}.lib)
+  set(exports ${PROJECT_SOURCE_DIR}/boundary/${PROJECT_NAME}.def)
+  add_custom_command(OUTPUT ${import_library} DEPENDS ${exports}
+                     COMMAND ${SIGIL_LINKER} /lib /machine:x86 /def:${exports} /out:${import_library})
+  add_custom_target(import_library ALL DEPENDS ${import_library})
+  add_dependencies(SigilSetting import_library)
+  install(PROGRAMS $<TARGET_FILE:SigilSetting> DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES ${import_library} DESTINATION ${CMAKE_INSTALL_LIBDIR})
+else()
+  install(TARGETS SigilSetting)
+endif()
 
 # The target of the CMake package is written by hand: one exported by CMake would bring the log along.
 set(SIGIL_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR})
 set(SIGIL_PRIVATE_DIR ${CMAKE_INSTALL_LIBDIR}/sigil)
 if(WIN32)
   set(SIGIL_LIBRARY ${CMAKE_INSTALL_BINDIR}/${PROJECT_NAME}.dll)
-  set(SIGIL_IMPORT_LIBRARY ${CMAKE_INSTALL_LIBDIR}/${PROJECT_NAME}.dll.a)
+  set(SIGIL_IMPORT_LIBRARY ${CMAKE_INSTALL_LIBDIR}/${PROJECT_NAME}.lib)
 else()
   set(SIGIL_LIBRARY ${CMAKE_INSTALL_LIBDIR}/lib${PROJECT_NAME}.so)
   set(SIGIL_IMPORT_LIBRARY ${SIGIL_LIBRARY})

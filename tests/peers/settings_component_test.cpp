@@ -264,18 +264,22 @@ TEST(SettingsComponent, GivesUpAFileThatIsReadWithoutEnd) {
 }
 
 TEST(SettingsComponent, AddsNothingToAListThatCouldNotBeRead) {
-  const tests::TestMachine machine;
+  tests::TestMachine machine;
   GUID id{};
   auto settings = Open();
   settings->AddExcludePrinter(L"old", &id);
   EXPECT_EQ(Keep(*settings), 0);
   settings = Open();
-  Sql("ALTER TABLE excluded RENAME TO away");
+  const std::string bytes = machine.Read(kFile);
+  machine.Write(kFile, "for a moment");
   EXPECT_LT(settings->GetExcludePrinterCount(), 0);
-  Sql("ALTER TABLE away RENAME TO excluded");
-  settings->AddExcludePrinter(L"new", &id);
-  EXPECT_NE(Keep(*settings), 0);
-  EXPECT_EQ(Sql("SELECT name FROM excluded"), "old\n");
+  machine.Write(kFile, bytes);
+  EXPECT_EQ(settings->AddExcludePrinter(L"new", &id), 0);
+  EXPECT_LT(Keep(*settings), 0);
+  EXPECT_EQ(Show(), "excluded old\n");
+  EXPECT_EQ(settings->GetExcludePrinterCount(), 2) << "the file's and its own";
+  EXPECT_EQ(settings->Save(0), 0);
+  EXPECT_EQ(Show(), "excluded old\nexcluded new\n");
 }
 
 TEST(SettingsComponent, WritesAgainToWhatWasReadOnlyForAWhile) {
