@@ -69,7 +69,8 @@ void RunCipher(benchmark::State& state, const Decrypt& decrypt) {
     benchmark::DoNotOptimize(output.data());
   }
   const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-  const double blocks = static_cast<double>(state.iterations()) * (kMessage / 16);
+  const double blocks =
+      static_cast<double>(state.iterations()) * (static_cast<double>(kMessage) / 16);
   state.counters["cycles/block"] = seconds * cycles / blocks;
   CountBytes(state, kMessage);
 }
