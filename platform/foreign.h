@@ -6,7 +6,7 @@
 
 #ifdef _WIN32
 
-#include <cstdint>
+#include <type_traits>
 
 // The Windows half is in windows/foreign.cpp. Exceptions of the platform's usual compiler arrive as
 // ForeignException. Those of a GCC run-time of the module's own do not: that run-time finds no
@@ -26,6 +26,7 @@ class ForeignObject {
  public:
   /// The object as the library calls it; null when there is none. Valid as long as this.
   Interface* Get() const {
+    static_assert(std::is_polymorphic_v<Interface>, "there is nothing to stand in for");
     return m_object == nullptr ? nullptr
                                : reinterpret_cast<Interface*>(const_cast<ForeignObject*>(this));
   }
