@@ -21,8 +21,8 @@ void __freeres();
 
 namespace {
 
-/// For each thread that meets an exception of this DLL, the state that the C++ ABI wants. Their
-/// heap holds nothing else, so its end is the end of all of them.
+/// For each thread that calls this DLL, the state of exceptions that the C++ ABI wants. Their heap
+/// holds nothing else, so its end is the end of all of them.
 class ThreadStates {
  public:
   bool Open() {
@@ -36,8 +36,8 @@ class ThreadStates {
     if (m_heap != nullptr) HeapDestroy(std::exchange(m_heap, nullptr));
   }
 
-  /// The calling thread's. An exception is under way, so without memory the process ends, as it
-  /// does with the library's own states.
+  /// The calling thread's, made when it is first asked for. Without memory for it the process ends,
+  /// as it does with the library's own states.
   void* Get() {
     const DWORD error = GetLastError();  // the host may still want to know it
     void* state = TlsGetValue(m_index);
