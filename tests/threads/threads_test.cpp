@@ -15,6 +15,9 @@
 #include <vector>
 
 #include "boundary/exports.h"
+#include "peers/settings_component/setting_file.h"
+#include "platform/utf.h"
+#include "tests/support/seal.h"
 
 namespace {
 
@@ -26,48 +29,33 @@ constexpr wchar_t kPolicy[] =
     L"<Kind>0</Kind><Name>題</Name><Text>社外秘</Text></Element></Elements></Watermark></HLE>"
     L"</QuietMIMOSA>";
 
-/// Where this program lies, and all others.
-fs::path Programs() {
-  return fs::read_symlink("/proc/self/exe").parent_path();
-}
-
-/// A sample machine with a delivered policy, for the life of this.
+/// A machine with a policy delivered, for the life of this.
 class SampleMachine {
  public:
   SampleMachine() {
-    setenv("SIGIL_ROOT", (m_folder / "machine").c_str(), 1);
+    setenv("SIGIL_ROOT", m_root.c_str(), 1);
     unsetenv("SIGIL_LOG");
-    Run("init \"$SIGIL_ROOT\"");
-    Run("seal \"$SIGIL_ROOT/policy.xml\"");
+    std::ofstream(m_root / "machine.ini")
+        << "[Machine]\nUser=tanaka\n[Accounts]\ntanaka=Tanaka Taro\n[Printer Other]\n"
+           "[Printer Suite]\nDriver=QuietMIMOSA Harbor Ledge Driver\n";
+    const fs::path delivery = m_root / "C/ProgramData/KBR-LTD/QuietMIMOSA/HarborLedge/EMS";
+    fs::create_directories(delivery);
+    std::ofstream(delivery / "SystemSetting.csv") << "63,1\r\n";
+    std::string policy = platform::ToUtf8(kPolicy);
+    policy.resize((policy.size() + 15) / 16 * 16);
+    std::ofstream(delivery / "WmPolicy.dat") << tests::Seal(policy, tests::Key());
   }
-  ~SampleMachine() { fs::remove_all(m_folder); }
+  ~SampleMachine() { fs::remove_all(m_root); }
   SampleMachine(const SampleMachine&) = delete;
   SampleMachine& operator=(const SampleMachine&) = delete;
-
-  /// Runs sigilctl and gives what it prints.
-  std::string Run(const std::string& arguments) const {
-    const fs::path output = m_folder / "output";
-    const std::string command = "'" + (Programs() / "sigilctl").string() + "' " + arguments +
-                                " > '" + output.string() + "'";
-    EXPECT_EQ(system(command.c_str()), 0) << arguments;
-    std::ifstream text(output);
-    return {std::istreambuf_iterator<char>(text), {}};
-  }
 
  private:
   static fs::path MakeFolder() {
     std::string name = (fs::temp_directory_path() / "sigil-threads-XXXXXX").string();
     return mkdtemp(name.data());
   }
-  const fs::path m_folder = MakeFolder();
+  const fs::path m_root = MakeFolder();
 };
-
-std::size_t Count(const std::string& text, const std::string& piece) {
-  std::size_t count = 0;
-  for (auto place = text.find(piece); place != text.npos; place = text.find(piece, place + 1))
-    ++count;
-  return count;
-}
 
 int Update() {
   return SigilSettingUpdateWaterMarkSetting(0, 1, nullptr, kPolicy, 1);
@@ -90,7 +78,8 @@ bool IsDone(int (*operation)(), int result) {
 void KeepComponent() {
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
-  ASSERT_NE(dlopen((Programs() / "SigilUtil_x86.dll").c_str(), RTLD_NOW), nullptr);
+  const fs::path beside = fs::read_symlink("/proc/self/exe").parent_path();
+  ASSERT_NE(dlopen((beside / "SigilUtil_x86.dll").c_str(), RTLD_NOW), nullptr);
 #endif
 #endif
 }
@@ -123,9 +112,10 @@ TEST(Threads, EightOfThemMakeEveryCallAtOnce) {
       for (const int result : own[operation])
         EXPECT_TRUE(IsDone(kOperations[operation], result)) << operation << ": " << result;
   EXPECT_EQ(Update(), SIGIL_SETTING_DONE);
-  const std::string shown = machine.Run("show --json");
-  EXPECT_EQ(Count(shown, "\"printer\""), 3U) << shown;  // the default entry and two printers
-  EXPECT_EQ(Count(shown, "\"fontSize\""), 3U) << shown;
+  const auto content = peers::ReadSettingFile(peers::FindSettingPlace().file);
+  EXPECT_EQ(content.excluded.size(), 1U);
+  EXPECT_EQ(content.entries.size(), 2U) << "the default entry and the suite's printer";
+  for (const auto& entry : content.entries) EXPECT_EQ(entry.watermarks.size(), 1U);
 }
 
 }  // namespace
