@@ -10,14 +10,14 @@
 // Text is NUL-terminated UTF-16, one unit in each wchar_t (on Linux too, where it has 32 bits), and
 // is read during the call only. Nothing is held between two calls.
 //
-// Nothing is thrown. What the Settings component throws ends in a result, as a rule -101: on Linux,
-// where component and library share one C++ run-time, and on Windows from a component of the
+// Nothing is thrown. What the Settings component throws ends in one of the results, mostly -101: on
+// Linux, where component and library share one C++ run-time, and on Windows from a component of the
 // platform's usual compiler. A component that GCC built for Windows with a run-time of its own must
 // let nothing out: that run-time would end the host process.
 //
 // At each call the library loads the Settings component, SigilUtil_x86.dll, from the folder in
-// which the host's own executable lies (on Linux, the file that symbolic links lead to). Without it
-// there, a call gives -101.
+// which the host's own executable lies (on Linux, the file that symbolic links lead to). A pass
+// that does not find it there fails with -101.
 //
 // The names are undecorated, with the ordinals 1 to 6 in the order below; the calling convention is
 // that of C, __cdecl on 32-bit Windows.
@@ -56,17 +56,18 @@ enum SigilSettingResult {
   SIGIL_SETTING_UNREADABLE = -201
 };
 
-/// Switches the watermarks off and tells the control service. Needs the delivered policy file with
-/// a scope: without one nothing is changed, and it gives -101.
+/// Switches the watermarks off and tells the control service. Needs the delivered policy file: when
+/// it is missing or unreadable, or its scope is -1, nothing is changed and the result is -101. A
+/// policy that states no scope counts as one of scope 0.
 ///
 /// 0, -101, -200, -201; -1 to -5 when all is switched but telling the service failed: -1 no
-/// security descriptor, -2 no pipe, -3 the write, -4 closing the pipe when it was told, -5 nothing
-/// to say.
+/// security descriptor, -2 no pipe, -3 the write failed, -4 the message was written but closing the
+/// pipe failed, -5 the message was empty, which does not happen here.
 SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingReleaseWaterMark(void);
 
 /// Switches the watermarks on, as the delivered policy's scope says, and tells the control service.
-/// Without a scope nothing is changed, and it gives -101.
-/// 0, -101, -200, -201; a service that was not told changes nothing.
+/// Needs the delivered policy file as SigilSettingReleaseWaterMark does.
+/// 0, -101, -200, -201; a failed notification of the service does not change the result.
 SIGIL_SETTING_API int SIGIL_SETTING_CALL SigilSettingSetWaterMark(void);
 
 /// Applies policy `policyId` of the document `policyXml` to the default entry and to every printer

@@ -47,7 +47,7 @@ class CReference {
 
  private:
   ForeignObject<Interface> m_object;
-  int m_nExceptions = std::uncaught_exceptions();  ///< Those that this outlives.
+  int m_nExceptions = std::uncaught_exceptions();  ///< Those in flight when this was made.
 };
 
 }  // namespace Sigil

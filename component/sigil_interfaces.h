@@ -11,7 +11,7 @@
 // An object begins with a table of its operations: AddRef and Release, then those below in the
 // order in which they stand, and no slot for a destructor, which is why none is virtual. On Windows
 // operations have C++'s own convention for 32-bit x86, thiscall, and the entry point has C's,
-// cdecl; for GCC as for the platform's usual compiler that goes without saying.
+// cdecl; both are the default of GCC and of the platform's usual compiler.
 
 #include <cstdint>
 

@@ -20,10 +20,10 @@ CString GetCommonDataPath();
 
 /// How the delivery folder was found.
 enum class EMSFolder {
-  kConfigured,   ///< It is the existing directory that Client.ini names, in all else the default:
-  kNotSet,       ///< Client.ini names none,
-  kBlank,        ///< only white space
-  kNoDirectory,  ///< or no directory.
+  kConfigured,   ///< It is the existing directory that Client.ini names.
+  kNotSet,       ///< It is the default, since Client.ini names none.
+  kBlank,        ///< It is the default, since Client.ini names only white space.
+  kNoDirectory,  ///< It is the default, since what Client.ini names is no directory.
 };
 
 /// `folder` becomes the client's delivery folder and `value` what Client.ini says, as it was read.

@@ -8,8 +8,8 @@ namespace SigilSettingManagement {
 
 enum class PrinterKind {
   kSuite,      ///< It uses the suite's own driver and has watermarks of its own.
-  kNoComment,  ///< It has no comment and is excluded from watermarking,
-  kNotMarked,  ///< or a comment without the mark, and is excluded.
+  kNoComment,  ///< It has no comment and is excluded from watermarking.
+  kNotMarked,  ///< Its comment lacks the mark; it is excluded.
   kMonitored,  ///< Its comment marks it as monitored: it goes by the default entry.
 };
 

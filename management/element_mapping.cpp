@@ -75,8 +75,7 @@ CString WithUserName(CString text) {
   return text;
 }
 
-// The component takes only sizes above 0. A text without a number has become 0, so it gives 1.0
-// too.
+// Sizes not above 0 become 1.0, and so does a text without a number, which reads as 0.
 double FontSize(double size) {
   if (!(size > 0.0)) return 1.0;
   return std::min(size, 200.0);

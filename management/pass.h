@@ -1,9 +1,9 @@
 #pragma once
 
 // What the four passes over the setting file share. Every pass has the same frame: take the mutex;
-// open a component handle and get its instance; lock; work; save what went well; unlock; release
-// the instance; give back what is held; destroy the handle. Nothing of it outlives the pass, on no
-// path.
+// open a component handle and get its instance; lock; work; save, except after a failed
+// registration; unlock; release the instance; give back what is held; destroy the handle. On every
+// path all of it is given back before the pass returns.
 
 #include <memory>
 
@@ -31,7 +31,8 @@ class CPassHoldings {
     return static_cast<bool>(m_hMutex);
   }
 
-  /// Keeps the handle's component loaded until what it may throw has ended.
+  /// Keeps the handle's component loaded until an exception that it has thrown has been destroyed,
+  /// since the code for that may lie in the component.
   void Keep(const OperationSigilSettings& settings) { m_pComponent = settings.Component(); }
 
   CPrinterList& Printers() { return m_printers; }
@@ -42,8 +43,8 @@ class CPassHoldings {
     GiveBackMachine();
   }
 
-  /// An early end with the handle still to be destroyed, which may throw: the component stays kept.
-  /// Only when all else is given back does the log hear of it.
+  /// An early end. The handle is destroyed after this and may still throw, so the component stays
+  /// loaded. The log hears of the end when all else has been given back.
   int Stop(const LogCall& why, int result) {
     GiveBackMachine();
     Log(why);

@@ -19,8 +19,8 @@ constexpr bool AreSuitePrintersInScope(int scope) {
 }
 
 /// The scope of policy 1 in the delivered policy file, read for SetWatermarkAllPrinter and logged
-/// in its name. Nothing when the file does not give one, or gives -1, which stands for none.
-/// Exceptions go to the caller.
+/// in its name. Nothing when the file is missing, cannot be decrypted or is refused by the reader,
+/// and when the scope is -1. A missing scope is 0. Exceptions go to the caller.
 std::optional<int> ReadDeliveredScope();
 
 }  // namespace SigilSettingManagement
