@@ -53,15 +53,6 @@ TEST_F(Log, AppendsALineForEachFormWithoutSetUp) {
   EXPECT_TRUE(std::regex_match(got, std::regex(lines))) << got;
 }
 
-TEST_F(Log, TakesAChangedLevelAtOnce) {
-  SetEnvironmentVariableW(L"SIGIL_LOG_LEVEL", L"3");
-  m_plain(2, 153, L"F", 7, L"left out");
-  SetEnvironmentVariableW(L"SIGIL_LOG_LEVEL", nullptr);
-  EXPECT_EQ(m_machine.Read(kFile), "");
-  m_plain(0, 153, L"F", 7, L"written");
-  EXPECT_NE(m_machine.Read(kFile), "");
-}
-
 DWORD g_usersMayDo;
 
 /// What the descriptor allows the users of the machine, which the log's account is not alone.

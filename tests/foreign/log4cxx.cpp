@@ -2,8 +2,10 @@
 // of its own here; and the tests, which look for the recorder in the logging component, are sent
 // on.
 
+#include <string>
+
 #include "logging/log4cxx_mgr.h"
-#include "tests/foreign/line.h"
+#include "tests/foreign/heap.h"
 #include "tests/recorder/recorder.h"
 
 #pragma comment(linker, "/export:RecorderAdd=recorder.RecorderAdd")
@@ -17,28 +19,30 @@
 
 namespace {
 
-foreign::Line Head(int level, int number, const wchar_t* function, int line) {
-  foreign::Line head;
-  head << level << L" " << number << L" " << function << L" ";
-  if (line <= 0) head << L"without its source line ";
-  return head;
+std::wstring Head(int level, int number, const wchar_t* function, int line) {
+  const wchar_t* const missing = line <= 0 ? L"without its source line " : L"";
+  return std::to_wstring(level) + L" " + std::to_wstring(number) + L" " + function + L" " + missing;
+}
+
+std::wstring Quoted(const wchar_t* text) {
+  return std::wstring(L"\"") + text + L"\"";
 }
 
 }  // namespace
 
 void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, int line,
                               const wchar_t* text) {
-  RecorderAdd((Head(level, number, function, line) << L"\"" << text << L"\"").Text());
+  RecorderAdd((Head(level, number, function, line) + Quoted(text)).c_str());
 }
 
 void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, int line, int code,
                               const wchar_t* text) {
-  RecorderAdd(
-      (Head(level, number, function, line) << L"code " << code << L" \"" << text << L"\"").Text());
+  const std::wstring shown = L"code " + std::to_wstring(code) + L" " + Quoted(text);
+  RecorderAdd((Head(level, number, function, line) + shown).c_str());
 }
 
 void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, int line,
                               const wchar_t* label, const wchar_t* value) {
-  RecorderAdd(
-      (Head(level, number, function, line) << L"\"" << label << L"\" \"" << value << L"\"").Text());
+  const std::wstring shown = Quoted(label) + L" " + Quoted(value);
+  RecorderAdd((Head(level, number, function, line) + shown).c_str());
 }

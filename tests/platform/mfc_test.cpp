@@ -16,20 +16,6 @@ std::wstring Format(LPCWSTR format, const Arguments&... arguments) {
   return {text.GetString(), static_cast<std::size_t>(text.GetLength())};
 }
 
-TEST(CString, ReplacesTrimsAndLendsItsBuffer) {
-  CString text = L"{WinUser} and {WinUser}, {winuser}";
-  EXPECT_EQ(text.Replace(L"{WinUser}", L"{WinUser}{WinUser}"), 2);
-  EXPECT_EQ(text.Replace(L"{WinUser}", nullptr), 4);
-  EXPECT_STREQ(text, L" and , {winuser}");
-  CString padded = L"\t\x3000 \xA0 a b\r\n\x2003";
-  EXPECT_STREQ(padded.Trim(), L"a b");
-  std::wcscpy(padded.GetBuffer(10), L"0123456789");
-  padded.ReleaseBuffer(2);
-  EXPECT_STREQ(padded, L"01");
-  EXPECT_STREQ(padded.Mid(1) + padded.Mid(2), L"1");
-  EXPECT_THROW(padded[3], CInvalidArgException);
-}
-
 TEST(CString, ComparesLettersInEveryLocale) {
   for (const wchar_t* other : {L"VERSION ÄЖＡ", L"version äжａ"})
     EXPECT_EQ(CString(L"Version äЖＡ").CompareNoCase(other), 0);
@@ -57,40 +43,12 @@ TEST(CString, FormatsNumbersAndTextAndAnswersForWhatDoesNotFit) {
   EXPECT_STREQ(text, L"aa");
 }
 
-TEST(CArray, GrowsWithZerosAndRefusesBadIndexes) {
-  CByteArray bytes;
-  bytes.SetSize(3);
-  bytes[1] = 7;
-  bytes.SetSize(2);
-  bytes.SetSize(3);
-  EXPECT_EQ(std::vector<BYTE>(bytes.GetData(), bytes.GetData() + 3), (std::vector<BYTE>{0, 7, 0}));
-  EXPECT_THROW(bytes[3], CInvalidArgException);
-  EXPECT_THROW(bytes.SetSize(-1), CException);
-}
-
 constexpr wchar_t kFile[] = L"C:\\SigilTest\\file.txt";
 
 class Files : public testing::Test {
  protected:
   tests::TestMachine m_machine;
 };
-
-TEST_F(Files, AreAskedOpenedAndRead) {
-  m_machine.Write(kFile, "hello\r\nworld");
-  CFileStatus status;
-  EXPECT_TRUE(CFile::GetStatus(kFile, status) && status.m_size == 12);
-  EXPECT_TRUE(CFile::GetStatus(L"C:\\SigilTest", status) && status.m_size == 0);
-  EXPECT_FALSE(CFile::GetStatus(L"C:\\no\\no", status));
-  CFile file;
-  ASSERT_TRUE(file.Open(kFile, CFile::modeRead | CFile::shareDenyNone));
-  char bytes[20] = {};
-  EXPECT_TRUE(file.Read(bytes, 5) == 5 && file.Read(bytes + 5, 15) == 7);
-  EXPECT_STREQ(bytes, "hello\r\nworld");
-  file.Close();
-  EXPECT_THROW(file.Read(bytes, 1), CFileException);
-  EXPECT_FALSE(file.Open(L"C:\\SigilTest", CFile::modeRead));
-  EXPECT_FALSE(file.Open(L"C:\\SigilTest\\no", CFile::modeRead));
-}
 
 /// The lines, with `|` behind each.
 std::wstring Lines() {

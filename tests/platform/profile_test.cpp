@@ -60,18 +60,6 @@ TEST_F(Profile, ValuesAreFoundAsWindowsFindsThem) {
   EXPECT_EQ(Get(L"Ünit", L"Half"), "\xEF\xBF\xBD");
 }
 
-TEST_F(Profile, NumbersEndAtTheFirstOtherCharacter) {
-  using Row = std::pair<const char*, UINT>;
-  for (const auto& [value, number] :
-       {Row("1", 1), Row("-1", 0xFFFFFFFF), Row("+1", 1), Row(" 007 ", 7), Row("\"8\"", 8),
-        Row("42A94", 42), Row("B4", 0), Row("4294967297", 1), Row("-4294967297", 0xFFFFFFFF),
-        Row("3.9", 3)}) {
-    m_machine.Write(kFile, "[User]\nState=" + std::string(value));
-    EXPECT_EQ(GetPrivateProfileIntW(L"User", L"State", 70, kFile), number) << value;
-  }
-  EXPECT_EQ(GetPrivateProfileIntW(L"User", L"Other", -70, kFile), static_cast<UINT>(-70));
-}
-
 TEST_F(Profile, AWriteChangesItsOwnLinesOnly) {
   const std::string rest = "[Other]\r\nKey=\x83\x5C\r\n; \x92\x86\r\n";
   using Row = std::tuple<std::string, const wchar_t*, const wchar_t*, std::string>;

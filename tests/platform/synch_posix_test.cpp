@@ -87,24 +87,6 @@ TEST_F(Mutexes, HaveOneOwnerThatCounts) {
   EXPECT_EQ(ErrorOf(ReleaseMutex(first.get())), ERROR_NOT_OWNER);
 }
 
-TEST_F(Mutexes, AreToldApartByNameAndHandle) {
-  const Handle global = Make(), local = Make(L"TEST");
-  const std::wstring tooLong(300, L'x');
-  using Row = std::pair<LPCWSTR, DWORD>;
-  for (const auto& [name, error] :
-       {Row(kName, ERROR_ALREADY_EXISTS), Row(L"TEST", ERROR_ALREADY_EXISTS),
-        Row(L"Global\\test", ERROR_SUCCESS), Row(L"Global\\..", ERROR_PATH_NOT_FOUND),
-        Row(L"", ERROR_PATH_NOT_FOUND), Row(L"Global\\a\\b", ERROR_PATH_NOT_FOUND),
-        Row(tooLong.c_str(), ERROR_FILENAME_EXCED_RANGE)})
-    EXPECT_EQ(Making(name), error);
-  const HANDLE closed = Make().get();
-  for (const HANDLE bad : {closed, HANDLE{nullptr}, INVALID_HANDLE_VALUE}) {
-    EXPECT_EQ(ErrorOf(CloseHandle(bad)), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(WaitForSingleObject(bad, 0), WAIT_FAILED);
-    EXPECT_EQ(ErrorOf(ReleaseMutex(bad)), ERROR_INVALID_HANDLE);
-  }
-}
-
 TEST_F(Mutexes, AreAbandonedByThreadsAndProcessesThatEnd) {
   const Handle mutex = Make();
   for (int round = 0; round < 2; ++round) {

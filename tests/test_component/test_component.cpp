@@ -15,18 +15,20 @@
 // takes only 0 for success. A scripted throw leaves the component as an exception of a class of its
 // own, whose destructor is gone with the library; this works only where modules share their C++
 // library. A Release that throws has released.
+//
+// Another compiler builds this file too (../foreign), and of the C++ library has only what is used
+// here. What a run-time does in either case is behind run_time.h.
 
 #include <charconv>
 #include <concepts>
 #include <cstring>
 #include <cwchar>
-#include <sstream>
 #include <string>
 #include <type_traits>
-#include <vector>
 
 #include "component/sigil_interfaces.h"
 #include "tests/recorder/recorder.h"
+#include "tests/test_component/run_time.h"
 
 namespace {
 
@@ -65,10 +67,10 @@ std::wstring Show(std::integral auto number) {
 
 std::wstring Show(double number) {
   char digits[32];
-  const auto [end, error] = std::to_chars(digits, digits + sizeof digits, number);
-  std::wstring text(digits, end);
-  if (text.find_first_of(L".en") == std::wstring::npos) text += L".0";
-  return text;
+  char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+  bool whole = true;
+  for (const char* at = digits; at != end; ++at) whole &= *at == '-' || (*at >= '0' && *at <= '9');
+  return std::wstring(digits, end) + (whole ? L".0" : L"");
 }
 
 std::wstring Show(const GUID* guid) {
@@ -94,17 +96,8 @@ std::wstring ShowAll(const Args&... args) {
   return text;
 }
 
-/// What a scripted throw throws. It counts as alive, so one that never ends shows.
-class Thrown {
- public:
-  Thrown() { RecorderLive(+1); }
-  Thrown(const Thrown&) : Thrown() {}
-  Thrown& operator=(const Thrown&) = delete;
-  ~Thrown() { RecorderLive(-1); }
-};
-
 Result Ask(const std::wstring& operation, const std::wstring& line, Result usual) {
-  if (!RecorderCall(operation.c_str(), line.c_str(), &usual)) throw Thrown();
+  if (!RecorderCall(operation.c_str(), line.c_str(), &usual)) ThrowScripted();
   return usual;
 }
 
@@ -112,15 +105,22 @@ Result StateNumber(const std::wstring& name) {
   return static_cast<Result>(std::wcstol(RecorderState(name.c_str()), nullptr, 10));
 }
 
-std::vector<std::wstring> StateLines(const wchar_t* name) {
-  std::vector<std::wstring> lines;
-  std::wistringstream state(RecorderState(name));
-  for (std::wstring line; std::getline(state, line);) lines.push_back(line);
-  return lines;
+/// The line of that index; empty after the last one.
+std::wstring StateLine(const wchar_t* name, Number index) {
+  std::wstring line;
+  for (Text at = RecorderState(name); *at != L'\0'; ++at) {
+    if (*at == L'\n')
+      --index;
+    else if (index == 0)
+      line += *at;
+  }
+  return line;
 }
 
 Result LineCount(const wchar_t* name) {
-  return static_cast<Result>(StateLines(name).size());
+  Result count = 0;
+  while (!StateLine(name, count).empty()) ++count;
+  return count;
 }
 
 bool WritesGuids() {
@@ -326,8 +326,7 @@ class TestSettings : public Recorded<Sigil::Settings> {
                 Size* length) {
     const Result result = Call(operation, index, buffer, *length);
     if (Sigil::Failed(result)) return result;
-    const Result given =
-        GiveText(StateLines(state).at(static_cast<std::size_t>(index)), buffer, length);
+    const Result given = GiveText(StateLine(state, index), buffer, length);
     return Sigil::Failed(given) ? given : result;
   }
   Result EntryOf(const char* operation, wchar_t letter, Number index, GUID* guid, wchar_t* buffer,
@@ -366,18 +365,6 @@ class TestString : public Recorded<Sigil::String> {
   Number m_kind = -1;
   std::wstring m_text, m_displayText;
 };
-
-/// Made and destroyed as the library comes and goes.
-struct Library {
-  Library() {
-    RecorderLive(+1);
-    RecorderAdd(L"component loaded");
-  }
-  ~Library() {
-    RecorderLive(-1);
-    RecorderAdd(L"component unloaded");
-  }
-} theLibrary;
 
 }  // namespace
 

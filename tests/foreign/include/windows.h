@@ -21,3 +21,6 @@ inline bool operator==(const GUID& left, const GUID& right) {
 
 extern "C" __declspec(dllimport) void __stdcall RaiseException(DWORD code, DWORD flags, DWORD count,
                                                                const DWORD* arguments);
+extern "C" __declspec(dllimport) void* __stdcall GetProcessHeap();
+extern "C" __declspec(dllimport) void* __stdcall HeapAlloc(void* heap, DWORD flags, unsigned bytes);
+extern "C" __declspec(dllimport) int __stdcall HeapFree(void* heap, DWORD flags, void* block);

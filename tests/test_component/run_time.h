@@ -1,0 +1,4 @@
+#pragma once
+
+/// Leaves the component as an exception that the library knows nothing of.
+[[noreturn]] void ThrowScripted();
