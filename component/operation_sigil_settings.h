@@ -12,8 +12,8 @@ struct ComponentRecord;
 /// for one pass, and is never kept.
 ///
 /// It takes no lock by itself: whoever changes settings holds the system-wide mutex
-/// (setting_mutex.h) around the handle's life and the component's lock around the changes. What the
-/// component throws goes to the caller, where nothing else is said.
+/// (setting_mutex.h) around the handle's life and the component's lock around the changes. Unless
+/// an operation says otherwise, an exception of the component reaches its caller.
 class OperationSigilSettings {
  public:
   /// Loads the component. Never fails outwardly: CreateInstance tells.
@@ -25,9 +25,9 @@ class OperationSigilSettings {
   OperationSigilSettings(const OperationSigilSettings&) = delete;
   OperationSigilSettings& operator=(const OperationSigilSettings&) = delete;
 
-  /// Keeps the component loaded beside the handle. An exception of the component's own class needs
-  /// the component's code until it has ended, so who catches what passes by the handle holds this
-  /// from before and gives it back behind the catch clause.
+  /// Keeps the component loaded after the handle is destroyed. An exception whose class lies in the
+  /// component needs the component's code until it is destroyed. A caller that catches such
+  /// exceptions takes this before the first call and drops it after the catch clause.
   std::shared_ptr<const ComponentRecord> Component() const { return m_pComponent; }
 
   /// Gets the root interface. All operations below need it, but for those that say otherwise.
@@ -59,7 +59,7 @@ class OperationSigilSettings {
   // One printer's record, or that of "*". Each saves its record at once; true when it was saved.
   bool EnableWatermark(const wchar_t* printer);
   bool DisableWatermark(const wchar_t* printer);
-  /// Deletes the record's watermarks. One that the component does not tell stays.
+  /// Deletes the record's watermarks. One whose GUID cannot be read is left in place.
   bool ClearWatermark(const wchar_t* printer);
 
   /// Empties both exclude lists and saves. True when they were saved.

@@ -11,8 +11,8 @@ inline void FreeDescriptor(void* block) {
 /// objects that processes under any account share.
 class COpenSecurityAttributes {
  public:
-  /// Builds the descriptor. A failure leaves no attributes and is not told: who cannot do without
-  /// them asks Get.
+  /// Builds the descriptor. On failure Get gives null; a caller that needs the attributes has to
+  /// test it.
   COpenSecurityAttributes();
 
   /// Null when they could not be built or were given back.

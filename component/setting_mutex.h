@@ -6,9 +6,9 @@
 #include "platform/owner.h"
 #include "platform/security.h"
 
-/// Waits up to 180 seconds for the mutex. Gives its handle, with which the caller owns the mutex
-/// and has to give it back, or null: the mutex could not be had, and the log says so. A mutex whose
-/// owner died counts as not had too, and is free again for the next caller.
+/// Waits up to 180 seconds for the mutex. Returns its handle, which the caller owns and gives
+/// back with GiveBackMutex, or null, which is logged. A mutex whose owner died gives null too; it
+/// is released, so that the next caller can take it.
 HANDLE GetMutex_SigilSetting(SECURITY_ATTRIBUTES* attributes);
 
 /// Gives the mutex up and closes its handle.

@@ -29,8 +29,8 @@ constexpr bool Failed(std::int32_t result) {
   return result < 0;
 }
 
-/// Whether the component has written to a record that was handed to it all zero. A success without
-/// a GUID names no watermark, and must not be taken for one.
+/// True when the component has filled in a record that was all zero. Without this test a success
+/// that wrote no GUID would count as a watermark.
 inline bool IsFilled(const GUID& guid) {
   return !(guid == GUID{});
 }

@@ -18,7 +18,7 @@ constexpr wchar_t kDomainName[] = L"DomainName";
 constexpr wchar_t kLoginId[] = L"LoginID";
 constexpr DWORD kTextCapacity = 256;
 
-/// How a function ends that cannot do its work.
+/// The messages of the two ways in which a function fails.
 struct EndMessages {
   LogMessage noInstance;
   LogMessage thrown;

@@ -18,8 +18,8 @@ struct LogMessage {
 
 /// A message together with the source line that logs it.
 struct LogCall {
-  LogCall(const LogMessage& message,  // NOLINT(google-explicit-constructor): a message is a call.
-          std::source_location where = std::source_location::current())
+  /// Implicit, so that Log(kMessage) records the line of its caller.
+  LogCall(const LogMessage& message, std::source_location where = std::source_location::current())
       : message(message), line(static_cast<int>(where.line())) {}
 
   const LogMessage& message;

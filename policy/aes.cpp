@@ -62,10 +62,10 @@ constexpr std::array<Byte, 256> MakeInverseSbox() {
 
 constexpr std::array<Byte, 256> kInverseSbox = MakeInverseSbox();
 
-/// For each row, what each value of a byte in it adds to its column.
+/// Table [row][value]: the word that a byte `value` in `row` contributes to its column.
 using Tables = std::array<std::array<Word, 256>, 4>;
 
-/// The columns are mixed back.
+/// The contributions under the inverse column mixing.
 constexpr Tables MakeMixTables() {
   Tables tables = {};
   for (std::size_t value = 0; value < 256; ++value) {
@@ -82,7 +82,7 @@ constexpr Tables MakeMixTables() {
 
 constexpr Tables kMix = MakeMixTables();
 
-/// The same for a byte that still has to be substituted back.
+/// Inverse substitution followed by the inverse column mixing, in one look-up.
 constexpr Tables MakeRoundTables() {
   Tables tables = {};
   for (std::size_t row = 0; row < 4; ++row) {

@@ -5,9 +5,9 @@
 // made anew for each chunk from the small file `data.dat` below the common data folder. All of it
 // is silent.
 //
-// A key source that cannot be read gives the key of no material, 32 zero bytes; a wrong key is not
-// noticed here. A key source of more than 33 bytes throws CInvalidArgException, a read error on it
-// CFileException.
+// A key source that is missing, empty or cannot be opened gives a key of 32 zero bytes; a wrong key
+// is not noticed here. A key source of more than 33 bytes throws CInvalidArgException, a read error
+// on it CFileException.
 
 #include "platform/mfc.h"
 
@@ -30,7 +30,7 @@ class CPolicyFileCipher {
   /// The key of 32 bytes and the initial vector of 16 that every chunk goes by.
   void BuildKey(CByteArray& key, CByteArray& vector) const;
 
-  /// As many bytes as the key source has, none when it cannot be read.
+  /// As many bytes as the key source has, none when it cannot be opened.
   void BuildKeyMaterial(CByteArray& material) const;
 
   /// Copies `source` to the start of `target`; a longer one is folded into its length by XOR.

@@ -117,7 +117,8 @@ int CWatermarkPolicyXMLParser::Load(const CString& xml) {
   return 0;
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): a reference of its own on the node.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): so that the node stays alive during the
+// call.
 CString CWatermarkPolicyXMLParser::GetAttributeValue(IXMLDOMNodePtr node, const CString& name) {
   try {
     IXMLDOMNamedNodeMapPtr attributes;

@@ -53,7 +53,7 @@ class CWatermarkPolicyXMLParser {
   int AppendElementIds(int policyId, std::vector<CString>& elementIds);
   CString SingleText(const CString& query);
 
-  // In this order: root and document are released, in that order, before COM is given back.
+  // Members are destroyed from last to first: the root, the document, then COM is closed.
   Owner<bool, CloseCom> m_bComIsOpen;
   IXMLDOMDocument2Ptr m_pDocument;
   IXMLDOMElementPtr m_pRoot;
