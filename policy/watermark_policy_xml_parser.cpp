@@ -117,8 +117,8 @@ int CWatermarkPolicyXMLParser::Load(const CString& xml) {
   return 0;
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): so that the node stays alive during the
-// call.
+// By value, so that the node stays alive during the call.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 CString CWatermarkPolicyXMLParser::GetAttributeValue(IXMLDOMNodePtr node, const CString& name) {
   try {
     IXMLDOMNamedNodeMapPtr attributes;
