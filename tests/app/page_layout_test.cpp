@@ -1,10 +1,12 @@
-// Layout by numbers: a text of one point is 10 mm wide and 5 mm high, whatever its letters.
+// Layout by numbers: a text of one point is 10 mm wide and 5 mm high, whatever its letters. Where
+// the ink of a single text is, its picture tells.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 #include "app/page/layout.h"
@@ -46,54 +48,6 @@ std::string Told(const Page& page) {
   return told;
 }
 
-void ExpectCenter(const Mark& mark, double x, double y) {
-  ASSERT_EQ(mark.centers.size(), 1U);
-  EXPECT_THAT(mark.centers[0].x, DoubleNear(x, 1e-9));
-  EXPECT_THAT(mark.centers[0].y, DoubleNear(y, 1e-9));
-}
-
-TEST(PageLayout, PutsTextsOfAnyTurnInTheirPlaces) {
-  const double slant =
-      (20 + 10) / std::sqrt(2.0);  // what a box of 20 by 10 covers when turned by 45
-  const struct {
-    int rotate;
-    Size box;
-  } kTurns[] = {
-      {0, {20, 10}}, {90, {10, 20}}, {180, {20, 10}}, {45, {slant, slant}}, {315, {slant, slant}}};
-  for (const auto& turn : kTurns) {
-    for (int place = 0; place < 9; ++place) {
-      SCOPED_TRACE(testing::Message() << "place " << place << ", turned by " << turn.rotate);
-      WatermarkRecord record = Text(place);
-      record.rotate = turn.rotate;
-      record.xOffset = place % 3 == 0 ? 7.5 : place % 3 == 1 ? 0 : -7.5;
-      record.yOffset = 3 - place / 3 * 3;
-      const Page page = LayOutOn("A4", {record});
-      ASSERT_EQ(page.marks.size(), 1U);
-      const double w = turn.box.width, h = turn.box.height;
-      const double x[] = {w / 2 + 7.5, 105, 210 - w / 2 - 7.5};
-      const double y[] = {h / 2 + 3, 148.5, 297 - h / 2 - 3};
-      ExpectCenter(page.marks[0], x[place % 3], y[place / 3]);
-      EXPECT_EQ(Told(page), "");
-    }
-  }
-}
-
-TEST(PageLayout, FitsATextToThePageAsItIsTurned) {
-  const struct {
-    int rotate;
-    double points;
-  } kTurns[] = {{0, 21}, {90, 29.7}, {45, 210 * std::sqrt(2.0) / 15}};
-  for (const auto& turn : kTurns) {
-    WatermarkRecord record = Text(4, 99);
-    record.fit = true;
-    record.rotate = turn.rotate;
-    const Page page = LayOutOn("A4", {record});
-    EXPECT_THAT(page.marks.at(0).points, DoubleNear(turn.points, 1e-9));
-    ExpectCenter(page.marks[0], 105, 148.5);
-    EXPECT_EQ(Told(page), "");
-  }
-}
-
 // All copies that touch the page, each a step from the next, and the text in its own place is one.
 TEST(PageLayout, RepeatsOverTheWholePage) {
   const auto copies = [](bool first, bool second, int across, int down) {
@@ -127,7 +81,7 @@ TEST(PageLayout, DrawsWhatTheLastSettingListsWhileItIsOn) {
   const auto measure = [](const auto&) { return kOnePoint; };
   Page page = LayOut(entry, *FindPaper("A3", true), measure);
   EXPECT_EQ(page.marks.size(), 2U);
-  ExpectCenter(page.marks.at(1), 410, 292);
+  EXPECT_THAT(page.marks.at(1).centers.at(0).x, DoubleNear(410, 1e-9));
   EXPECT_EQ(Told(page), ": 1 watermarks are not listed by the last setting\n");
 
   entry.lastSetting.enabled = false;
@@ -139,48 +93,38 @@ TEST(PageLayout, DrawsWhatTheLastSettingListsWhileItIsOn) {
 
 // What cannot be drawn as it stands is told, and nothing runs on without end.
 TEST(PageLayout, TellsWhatIsNotDrawnAsItStands) {
-  const auto told = [](void (*change)(WatermarkRecord&)) {
+  const auto repeat = [](WatermarkRecord& record, int across, int down) {
+    record.repeatFirstAxis = record.repeatSecondAxis = true;
+    record.repeatHSpace = across;
+    record.repeatVSpace = down;
+  };
+  const std::pair<std::function<void(WatermarkRecord&)>, const char*> cases[] = {
+      {[](auto& record) { record.text.clear(); }, "has no text, so nothing of it is seen"},
+      {[](auto& record) { record.opacity = 0; }, "has opacity 0, so nothing of it is seen"},
+      {[](auto& record) { record.xOffset = 100; }, "runs off the page, 5 mm at the right"},
+      {[](auto& record) { record.yOffset = -1000; }, "lies off the page, so nothing of it is seen"},
+      {[](auto& record) { record.positionOption = 3; },
+       "has position option 3, which is drawn as 0"},
+      {[&](auto& record) { repeat(record, -20, 500); },
+       "is not repeated along the first axis: its space leaves no step from one copy to the next"},
+      {[&](auto& record) {
+         record.fontSize = 200;  // 2 m wide, so that a step is left
+         repeat(record, -999, -999);
+       },
+       "has 3891 copies on the page; 99 in the middle are drawn"},
+      {[&](auto& record) { repeat(record, -19, -9); },
+       "has 70917 copies on the page; 12432 in the middle are drawn"},
+      {[](auto& record) { record.text = "x" + std::string(700'000, '\xE2'); },
+       "has a text of 700001 bytes; its first 4000 are drawn"}};
+  for (const auto& [change, told] : cases) {
     WatermarkRecord record = Text(4);
     change(record);
     const Page page = LayOutOn("A4", {record});
-    double bytes = 0;
-    for (const Mark& mark : page.marks)
-      bytes += static_cast<double>(mark.centers.size() * mark.record.text.size());
-    EXPECT_LE(bytes, 50'000 + 4000);
-    return Told(page);
-  };
-  const std::string first =
-      "W: is not repeated along the first axis: its space leaves no step from one copy to the "
-      "next\n";
-  EXPECT_EQ(told([](auto& record) { record.text.clear(); }),
-            "W: has no text, so nothing of it is seen\n");
-  EXPECT_EQ(told([](auto& record) { record.opacity = 0; }),
-            "W: has opacity 0, so nothing of it is seen\n");
-  EXPECT_EQ(told([](auto& record) { record.xOffset = 100; }),
-            "W: runs off the page, 5 mm at the right\n");
-  EXPECT_EQ(told([](auto& record) { record.yOffset = -1000; }),
-            "W: lies off the page, so nothing of it is seen\n");
-  EXPECT_EQ(told([](auto& record) { record.positionOption = 3; }),
-            "W: has position option 3, which is drawn as 0\n");
-  EXPECT_EQ(told([](auto& record) {
-              record.repeatFirstAxis = true;
-              record.repeatHSpace = -20;
-            }),
-            first);
-  EXPECT_EQ(told([](auto& record) {
-              record.fontSize = 200;  // 2 m wide, so that a step is left
-              record.repeatFirstAxis = record.repeatSecondAxis = true;
-              record.repeatHSpace = record.repeatVSpace = -999;
-            }),
-            "W: has 3891 copies on the page; 99 in the middle are drawn\n");
-  EXPECT_EQ(told([](auto& record) {
-              record.repeatFirstAxis = record.repeatSecondAxis = true;
-              record.repeatHSpace = -19;
-              record.repeatVSpace = -9;
-            }),
-            "W: has 70917 copies on the page; 12432 in the middle are drawn\n");
-  EXPECT_EQ(told([](auto& record) { record.text = "x" + std::string(700'000, '\xE2'); }),
-            "W: has a text of 700001 bytes; its first 4000 are drawn\n");
+    EXPECT_EQ(Told(page), std::string("W: ") + told + "\n");
+    std::size_t bytes = 0;
+    for (const Mark& mark : page.marks) bytes += mark.centers.size() * mark.record.text.size();
+    EXPECT_LE(bytes, 50'000U + 4000);
+  }
 }
 
 // A file that others wrote may hold any number.

@@ -5,8 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
-#include <functional>
 
 #include "app/page/draw.h"
 #include "app/page/set_text.h"
@@ -26,7 +26,8 @@ class Picture {
     entry.watermarks = records;
     entry.lastSetting.enabled = true;
     for (const WatermarkRecord& record : records) entry.lastSetting.watermarks.push_back(record.id);
-    page = LayOut(entry, *FindPaper(paper, isLandscape), MeasureText);
+    const Page page = LayOut(entry, *FindPaper(paper, isLandscape), MeasureText);
+    m_size = page.paper.size;
     const std::string bytes = Draw(page, {"title"}, Format::kPng);
     std::string_view left = bytes;
     m_surface = cairo_image_surface_create_from_png_stream(Read, &left);
@@ -36,8 +37,8 @@ class Picture {
   Picture& operator=(const Picture&) = delete;
   ~Picture() { cairo_surface_destroy(m_surface); }
 
-  int Width() const { return Pixels(page.paper.size.width); }
-  int Height() const { return Pixels(page.paper.size.height); }
+  int Width() const { return Pixels(m_size.width); }
+  int Height() const { return Pixels(m_size.height); }
 
   std::uint32_t At(int x, int y) const {
     const unsigned char* const line =
@@ -48,32 +49,8 @@ class Picture {
     return pixel & 0xFFFFFF;
   }
 
-  /// The runs of columns, or of lines, with ink: where each begins and ends.
-  using Runs = std::vector<std::pair<double, double>>;
-  Runs Columns() const {
-    return RunsOf(Width(), Height(), [&](int x, int y) { return At(x, y); });
-  }
-  Runs Lines() const {
-    return RunsOf(Height(), Width(), [&](int y, int x) { return At(x, y); });
-  }
-
-  Page page;
-
  private:
   static int Pixels(double length) { return static_cast<int>(length * kPixelsPerMillimeter); }
-
-  static Runs RunsOf(int length, int across, const std::function<std::uint32_t(int, int)>& at) {
-    Runs runs;
-    for (int i = 0; i < length; ++i) {
-      int j = 0;
-      while (j < across && at(i, j) == 0xFFFFFF) ++j;
-      if (j == across) continue;
-      if (runs.empty() || runs.back().second < i * kPixel - kPixel / 2)
-        runs.emplace_back(i * kPixel, i * kPixel);
-      runs.back().second = (i + 1) * kPixel;
-    }
-    return runs;
-  }
 
   static cairo_status_t Read(void* source, unsigned char* data, unsigned int length) {
     auto& left = *static_cast<std::string_view*>(source);
@@ -83,6 +60,7 @@ class Picture {
     return CAIRO_STATUS_SUCCESS;
   }
 
+  Size m_size;
   cairo_surface_t* m_surface = nullptr;
 };
 
@@ -97,18 +75,23 @@ WatermarkRecord Letter(const char* text = "H") {
 }
 
 struct Ink {
-  double left, right, top, bottom;
+  double left = 1e9, right = 0, top = 1e9, bottom = 0;
 };
 
-Ink InkOf(const std::vector<WatermarkRecord>& records, std::string_view paper = "A4",
-          bool isLandscape = false) {
-  const Picture picture(records, paper, isLandscape);
-  const auto columns = picture.Columns(), lines = picture.Lines();
-  if (columns.empty()) return {};
-  return {columns.front().first, columns.back().second, lines.front().first, lines.back().second};
+Ink InkOf(const WatermarkRecord& record, bool isLandscape = false) {
+  const Picture picture({record}, "A4", isLandscape);
+  Ink ink;
+  for (int y = 0; y < picture.Height(); ++y) {
+    for (int x = 0; x < picture.Width(); ++x) {
+      if (picture.At(x, y) == 0xFFFFFF) continue;
+      ink = {std::min(ink.left, x * kPixel), std::max(ink.right, (x + 1) * kPixel),
+             std::min(ink.top, y * kPixel), std::max(ink.bottom, (y + 1) * kPixel)};
+    }
+  }
+  return ink;
 }
 
-TEST(PagePicture, HasItsInkInTheNinePlaces) {
+TEST(PagePicture, HasItsInkInTheNinePlacesMovedByItsOffsets) {
   constexpr double kWhite = 5;  // around an H of 40 points, which is 10 mm high
   for (const bool isLandscape : {false, true}) {
     const double width = isLandscape ? 297 : 210, height = isLandscape ? 210 : 297;
@@ -116,7 +99,7 @@ TEST(PagePicture, HasItsInkInTheNinePlaces) {
       SCOPED_TRACE(testing::Message() << "place " << place << (isLandscape ? " landscape" : ""));
       WatermarkRecord record = Letter();
       record.printPos = place;
-      const Ink ink = InkOf({record}, "A4", isLandscape);
+      const Ink ink = InkOf(record, isLandscape);
       const auto expect = [&](int third, double low, double high, double length) {
         const double inks[] = {low, (low + high) / 2, high}, places[] = {0, length / 2, length};
         EXPECT_NEAR(inks[third], places[third], third == 1 ? 1 : kWhite);
@@ -126,66 +109,63 @@ TEST(PagePicture, HasItsInkInTheNinePlaces) {
       expect(place % 3, ink.left, ink.right, width);
       expect(place / 3, ink.top, ink.bottom, height);
       EXPECT_NEAR(ink.bottom - ink.top, 40 * 25.4 / 72 * 0.72, 1) << "the height of a capital";
+
+      record.xOffset = place % 3 == 0 ? 12.25 : -30.5;
+      record.yOffset = place / 3 == 0 ? 44.75 : -80;
+      const Ink moved = InkOf(record, isLandscape);
+      EXPECT_NEAR(moved.left - ink.left, record.xOffset, kPixel * 1.01);
+      EXPECT_NEAR(moved.right - ink.right, record.xOffset, kPixel * 1.01);
+      EXPECT_NEAR(moved.top - ink.top, record.yOffset, kPixel * 1.01);
+      EXPECT_NEAR(moved.bottom - ink.bottom, record.yOffset, kPixel * 1.01);
     }
   }
 }
 
-TEST(PagePicture, MovesTheInkByItsOffsets) {
-  const Ink before = InkOf({Letter()}, "Letter");
-  for (const double x : {-30.5, 0.0, 12.25})
-    for (const double y : {-80.0, 0.0, 44.75}) {
-      WatermarkRecord record = Letter();
-      record.xOffset = x;
-      record.yOffset = y;
-      const Ink after = InkOf({record}, "Letter");
-      EXPECT_NEAR(after.left - before.left, x, kPixel * 1.01);
-      EXPECT_NEAR(after.right - before.right, x, kPixel * 1.01);
-      EXPECT_NEAR(after.top - before.top, y, kPixel * 1.01);
-      EXPECT_NEAR(after.bottom - before.bottom, y, kPixel * 1.01);
-    }
-}
-
-// From one copy to the next it is everywhere the same, and more by as much as the space is.
 TEST(PagePicture, RepeatsEvenlyAlongBothAxes) {
-  const auto step = [](const Picture::Runs& runs) {
-    EXPECT_GT(runs.size(), 8U);
-    const double first = runs.at(2).second - runs.at(1).second;
-    for (std::size_t i = 3; i + 1 < runs.size(); ++i)  // those at the page's edges may be cut
-      EXPECT_NEAR(runs[i].second - runs[i - 1].second, first, kPixel * 1.01);
-    return first;
+  WatermarkRecord record = Letter("_");  // from edge to edge of its box
+  record.repeatFirstAxis = record.repeatSecondAxis = true;
+  record.repeatHSpace = 10;
+  record.repeatVSpace = 20;
+  const Picture picture({record}, "A4", false);
+  const auto begins = [](int length, const auto& hasInk) {
+    std::vector<int> all;
+    for (int i = 1; i < length; ++i)
+      if (hasInk(i) && !hasInk(i - 1)) all.push_back(i);
+    return all;
   };
-  const auto repeated = [](int across, int down) {
-    WatermarkRecord record = Letter();
-    record.repeatFirstAxis = record.repeatSecondAxis = true;
-    record.repeatHSpace = across;
-    record.repeatVSpace = down;
-    return std::vector{record};
-  };
-  const Picture near(repeated(10, 20), "A3", false), far(repeated(25, 27), "A3", false);
-  EXPECT_NEAR(step(near.Columns()), near.page.marks.at(0).box.width + 10, kPixel * 1.01);
-  EXPECT_NEAR(step(far.Columns()) - step(near.Columns()), 15, kPixel * 2.01);
-  EXPECT_NEAR(step(far.Lines()) - step(near.Lines()), 7, kPixel * 2.01);
+  const auto isInk = [&](int x, int y) { return picture.At(x, y) != 0xFFFFFF; };
+  const auto rows = begins(picture.Height(), [&](int y) {
+    for (int x = 0; x < picture.Width(); ++x)
+      if (isInk(x, y)) return true;
+    return false;
+  });
+  ASSERT_GT(rows.size(), 5U);
+  const auto columns = begins(picture.Width(), [&](int x) { return isInk(x, rows[2] + 1); });
+  ASSERT_GT(columns.size(), 8U);
+  const Size letter = MeasureText(record);  // in a size of one point
+  for (std::size_t i = 2; i + 1 < columns.size(); ++i)
+    EXPECT_NEAR((columns[i] - columns[i - 1]) * kPixel, 40 * letter.width + 10, kPixel * 1.01);
+  for (std::size_t i = 2; i + 1 < rows.size(); ++i)
+    EXPECT_NEAR((rows[i] - rows[i - 1]) * kPixel, 40 * letter.height + 20, kPixel * 1.01);
 }
 
 TEST(PagePicture, TurnsAndFitsInsideThePage) {
   // A line from the lower left to the upper right: its ends are in those two corners only.
   WatermarkRecord line = Letter("________________");
   line.rotate = 45;
-  const Picture slanted({line}, "A4", false);
-  const auto columns = slanted.Columns(), lines = slanted.Lines();
-  ASSERT_EQ(columns.size(), 1U);
-  const auto first = static_cast<int>(columns[0].first * kPixelsPerMillimeter);
+  const Ink slanted = InkOf(line);
+  const Picture picture({line}, "A4", false);
+  const auto first = static_cast<int>(std::lround(slanted.left / kPixel));
   int y = 0;
-  while (slanted.At(first, y) == 0xFFFFFF) ++y;
-  EXPECT_NEAR(y * kPixel, lines[0].second, 3) << "the left end is the lowest part";
+  while (picture.At(first, y) == 0xFFFFFF) ++y;
+  EXPECT_NEAR(y * kPixel, slanted.bottom, 3) << "the left end is the lowest part";
 
   for (const int rotate : {0, 30, 90, 200}) {
     WatermarkRecord record = Letter("Wj\nfit");
     record.fit = record.italic = record.underLine = true;
     record.rotate = rotate;
-    const Ink ink = InkOf({record});
-    EXPECT_GE(ink.left, kPixel);
-    EXPECT_GE(ink.top, kPixel);
+    const Ink ink = InkOf(record);
+    EXPECT_GE(std::min(ink.left, ink.top), kPixel);
     EXPECT_LE(ink.right, 210 - kPixel);
     EXPECT_LE(ink.bottom, 297 - kPixel);
     const bool isWide = ink.right - ink.left > 160, isHigh = ink.bottom - ink.top > 230;
@@ -212,10 +192,10 @@ TEST(PagePicture, HasColorOpacityAndStyles) {
   bold.bold = lined.underLine = true;
   large.fontSize = 80;
   const auto width = [](const Ink& ink) { return ink.right - ink.left; };
-  const Ink plain = InkOf({Letter()});
-  EXPECT_GT(width(InkOf({bold})), width(plain) + kPixel);
-  EXPECT_GT(InkOf({lined}).bottom, plain.bottom + 0.5);
-  EXPECT_NEAR(width(InkOf({large})), 2 * width(plain), 2 * kPixel);
+  const Ink plain = InkOf(Letter());
+  EXPECT_GT(width(InkOf(bold)), width(plain) + kPixel);
+  EXPECT_GT(InkOf(lined).bottom, plain.bottom + 0.5);
+  EXPECT_NEAR(width(InkOf(large)), 2 * width(plain), 2 * kPixel);
 }
 
 // Also a page of the worst texts is drawn in all forms, and the font that stands in is told.

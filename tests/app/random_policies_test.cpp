@@ -18,133 +18,88 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-/// A text for a property, and what the fields that follow it must then hold.
-struct Value {
-  std::string written;
-  Json fields;
-  bool isChanged;
-};
-
+/// A property, the field that it becomes with what that holds without it, and texts with what they
+/// are stored as: those that are kept, and those that are changed.
 struct Property {
-  std::string name;
-  Json fieldsWithout;  ///< What the fields hold when the property is not there.
-  std::vector<Value> values;
+  std::string name, field;
+  Json usual;
+  std::vector<std::pair<std::string, Json>> kept, changed;
 };
 
-std::vector<Value> Values(const std::string& field,
-                          const std::vector<std::pair<std::string, Json>>& kept,
-                          const std::vector<std::pair<std::string, Json>>& changed) {
-  std::vector<Value> values;
-  for (const auto& [written, stored] : kept) values.push_back({written, {{field, stored}}, false});
-  for (const auto& [written, stored] : changed)
-    values.push_back({written, {{field, stored}}, true});
-  return values;
-}
-
-Property Flag(const std::string& name, const std::string& field) {
+Property Flag(const char* name, const char* field) {
   return {name,
-          {{field, false}},
-          Values(field, {{"1", true}, {"0", false}, {" 1 ", true}, {"01", true}},
-                 {{"2", false}, {"-1", false}, {"true", false}, {"", false}, {"1x", true}})};
+          field,
+          false,
+          {{"1", true}, {"0", false}, {" 1 ", true}, {"01", true}},
+          {{"2", false}, {"true", false}, {"", false}, {"1x", true}}};
 }
 
-Property Offset(const std::string& name, const std::string& field) {
-  return {
-      name,
-      {{field, 0.0}},
-      Values(field,
-             {{"5.5", 5.5}, {"-1000", -1000.0}, {"1000", 1000.0}, {"+.25", 0.25}, {"1e2", 100.0}},
-             {{"-1000.5", -1000.0}, {"1e9", 1000.0}, {"5,5", 5.0}, {"left", 0.0}, {"7mm", 7.0}})};
-}
-
-Property Space(const std::string& name, const std::string& field) {
+Property Offset(const char* name, const char* field) {
   return {name,
-          {{field, 0}},
-          Values(field, {{"40", 40}, {"-1000", -1000}, {"0", 0}, {"60.0", 60}},
-                 {{"1001", 1000}, {"-4000000000", -1000}, {"5.5", 5}, {"wide", 0}})};
+          field,
+          0.0,
+          {{"5.5", 5.5}, {"-1000", -1000.0}, {"+.25", 0.25}, {"1e2", 100.0}},
+          {{"-1000.5", -1000.0}, {"1e9", 1000.0}, {"5,5", 5.0}, {"left", 0.0}}};
 }
 
-std::vector<Property> Common() {
-  return {
-      {"Name",
-       {{"name", ""}},
-       Values("name", {{"題", "題"}, {"A_b", "A_b"}}, {{"  x ", "x"}, {"", ""}})},
-      {"Text",
-       {{"text", ""}},
-       Values("text",
-              {{"社外秘😀", "社外秘😀"},
-               {"a &lt; b", "a < b"},
-               {"<![CDATA[ x ]]>", " x "},
-               {"{winuser}", "{winuser}"}},
-              {{" COPY\n", "COPY"}, {"", ""}, {"  ", ""}})},
-      {"FontSize",
-       {{"fontSize", 1.0}},
-       Values("fontSize", {{"14", 14.0}, {"0.5", 0.5}, {"200", 200.0}, {" 9.25", 9.25}},
-              {{"-3", 1.0}, {"0", 1.0}, {"200.5", 200.0}, {"big", 1.0}, {"9pt", 9.0}, {"", 1.0}})},
-      {"FontName",
-       {{"fontName", ""}},
-       Values("fontName", {{"MS ゴシック", "MS ゴシック"}, {"Arial", "Arial"}},
-              {{"Arial ", "Arial"}, {"", ""}})},
-      {"Color",
-       {{"color", 0}},
-       Values("color", {{"0xFF0000", 0xFF0000}, {"255", 255}, {"0x0", 0}},
-              {{"-1", 0xFFFFFF},
-               {"0XFF", 0},
-               {"red", 0},
-               {"#FF0000", 0},
-               {"0x1FFFFFF", 0xFFFFFF},
-               {"0xFFg", 255}})},
-      Flag("Bold", "bold"),
-      Flag("Italic", "italic"),
-      Flag("UnderLine", "underLine"),
-      Flag("Fit", "fit"),
-      {"Opacity",
-       {{"opacity", 0}},
-       Values("opacity", {{"80", 80}, {"1", 1}, {"100", 100}, {"0", 0}},
-              {{"101", 100}, {"-1", 0}, {"50.5", 50}, {"half", 0}, {"0x50", 0}})},
-      {"Rotate",
-       {{"rotate", 0}},
-       Values("rotate", {{"45", 45}, {"359", 359}, {"0", 0}},
-              {{"360", 359}, {"-90", 0}, {"up", 0}, {"9 0", 9}})},
-  };
+Property Space(const char* name, const char* field) {
+  return {name,
+          field,
+          0,
+          {{"40", 40}, {"-1000", -1000}, {"0", 0}, {"60.0", 60}},
+          {{"1001", 1000}, {"-4000000000", -1000}, {"5.5", 5}, {"wide", 0}}};
 }
 
-std::vector<Property> HeaderFooter() {
-  return {{"PrintPos",
-           {{"printPos", 0}},
-           Values("printPos",
-                  {{"1", 0},
-                   {"2", 1},
-                   {"3", 2},
-                   {"4", 6},
-                   {"5", 7},
-                   {"6", 8},
-                   {"7", 3},
-                   {"8", 4},
-                   {"9", 5},
-                   {" 3", 2}},
-                  {{"0", 0}, {"10", 0}, {"-2", 0}, {"top", 0}, {"8.5", 4}, {"3rd", 2}})},
-          Offset("XOffset", "xOffset"),
-          Offset("YOffset", "yOffset")};
-}
+const std::vector<Property> kCommon = {
+    {"Name", "name", "", {{"題", "題"}, {"A_b", "A_b"}}, {{"  x ", "x"}, {"", ""}}},
+    {"Text",
+     "text",
+     "",
+     {{"社外秘😀", "社外秘😀"}, {"a &lt; b", "a < b"}, {"<![CDATA[ x ]]>", " x "}},
+     {{" COPY\n", "COPY"}, {"", ""}, {"  ", ""}}},
+    {"FontSize",
+     "fontSize",
+     1.0,
+     {{"0.5", 0.5}, {"200", 200.0}, {" 9.25", 9.25}},
+     {{"-3", 1.0}, {"0", 1.0}, {"200.5", 200.0}, {"big", 1.0}, {"9pt", 9.0}, {"", 1.0}}},
+    {"FontName", "fontName", "", {{"MS ゴシック", "MS ゴシック"}}, {{"Arial ", "Arial"}, {"", ""}}},
+    {"Color",
+     "color",
+     0,
+     {{"0xFF0000", 0xFF0000}, {"255", 255}, {"0x0", 0}},
+     {{"-1", 0xFFFFFF}, {"0XFF", 0}, {"#FF0000", 0}, {"0x1FFFFFF", 0xFFFFFF}, {"0xFFg", 255}}},
+    Flag("Bold", "bold"),
+    Flag("Italic", "italic"),
+    Flag("UnderLine", "underLine"),
+    Flag("Fit", "fit"),
+    {"Opacity",
+     "opacity",
+     0,
+     {{"80", 80}, {"100", 100}, {"0", 0}},
+     {{"101", 100}, {"-1", 0}, {"50.5", 50}, {"half", 0}, {"0x50", 0}}},
+    {"Rotate",
+     "rotate",
+     0,
+     {{"45", 45}, {"359", 359}, {"0", 0}},
+     {{"360", 359}, {"-90", 0}, {"up", 0}, {"9 0", 9}}}};
 
-std::vector<Property> Stamp() {
-  const auto axes = [](bool first, bool second) {
-    return Json{{"repeatFirstAxis", first}, {"repeatSecondAxis", second}};
-  };
-  return {{"RepeatType",
-           axes(false, false),
-           {{"0", axes(false, false), false},
-            {"1", axes(true, false), false},
-            {"2", axes(false, true), false},
-            {"3", axes(true, true), false},
-            {"4", axes(false, false), true},
-            {"7", axes(true, true), true},
-            {"-1", axes(true, true), true},
-            {"both", axes(false, false), true}}},
-          Space("RepeatHSpace", "repeatHSpace"),
-          Space("RepeatVSpace", "repeatVSpace")};
-}
+const std::vector<Property> kHeaderFooter = {
+    {"PrintPos",
+     "printPos",
+     0,
+     {{"1", 0}, {"2", 1}, {"3", 2}, {"4", 6}, {"5", 7}, {"6", 8}, {"7", 3}, {"8", 4}, {" 9", 5}},
+     {{"0", 0}, {"10", 0}, {"-2", 0}, {"top", 0}, {"8.5", 4}, {"3rd", 2}}},
+    Offset("XOffset", "xOffset"),
+    Offset("YOffset", "yOffset")};
+
+/// Of RepeatType, whose field is made two: the first axis is its lowest bit.
+const std::vector<Property> kStamp = {{"RepeatType",
+                                       "axes",
+                                       0,
+                                       {{"0", 0}, {"1", 1}, {"2", 2}, {"3", 3}},
+                                       {{"4", 0}, {"7", 3}, {"-1", 3}, {"both", 0}}},
+                                      Space("RepeatHSpace", "repeatHSpace"),
+                                      Space("RepeatVSpace", "repeatVSpace")};
 
 class RandomPolicy {
  public:
@@ -166,32 +121,27 @@ class RandomPolicy {
   std::vector<Json> marks;
 
  private:
-  template <class Item>
-  const Item& Pick(const std::vector<Item>& items) {
-    return items[m_random() % items.size()];
-  }
-
   void AddElement(const std::string& id) {
     const bool isStamp = m_random() % 2 != 0;
     Json mark = {{"printPos", isStamp ? 4 : 0},
                  {"positionOption", 0},
                  {"xOffset", 0.0},
                  {"yOffset", 0.0},
-                 {"repeatFirstAxis", false},
-                 {"repeatSecondAxis", false},
+                 {"axes", 0},
                  {"repeatHSpace", 0},
                  {"repeatVSpace", 0}};
-    std::vector<Property> properties = Common();
-    const std::vector<Property> own = isStamp ? Stamp() : HeaderFooter();
-    properties.insert(properties.end(), own.begin(), own.end());
-    std::vector<std::string> written = {"<Kind>" + std::to_string(isStamp ? 1 : 0) + "</Kind>"};
-    for (const Property& property : properties) {
-      mark.update(property.fieldsWithout);
-      if (m_random() % 4 == 0) continue;
-      const Value& value = Pick(property.values);
-      mark.update(value.fields);
-      if (value.isChanged) changed.insert(id + " " + property.name);
-      written.push_back(Node(property.name, value.written));
+    std::vector<std::string> written = {Node("Kind", isStamp ? "1" : "0")};
+    for (const auto* properties : {&kCommon, isStamp ? &kStamp : &kHeaderFooter}) {
+      for (const Property& property : *properties) {
+        mark[property.field] = property.usual;
+        if (m_random() % 4 == 0) continue;
+        const bool isChanged = m_random() % 2 != 0;
+        const auto& values = isChanged ? property.changed : property.kept;
+        const auto& [text, stored] = values[m_random() % values.size()];
+        mark[property.field] = stored;
+        if (isChanged) changed.insert(id + " " + property.name);
+        written.push_back(Node(property.name, text));
+      }
     }
     for (const char* const name : {isStamp ? "XOffset" : "RepeatType", "Opacty"})
       if (m_random() % 3 == 0) {
@@ -199,11 +149,15 @@ class RandomPolicy {
         written.push_back(Node(name, "1"));
       }
     std::shuffle(written.begin(), written.end(), m_random);
-    std::string node = "<Element ID='" + id + "'>";
-    for (const std::string& each : written) node += each;
-    m_elements += node + "</Element>\n";
-    m_list += "<ID>" + id + "</ID>";
+    m_elements += "<Element ID='" + id + "'>";
+    for (const std::string& each : written) m_elements += each;
+    m_elements += "</Element>\n";
+    m_list += Node("ID", id);
     mark["name"] = id + "_" + mark["name"].get<std::string>();
+    const int axes = mark["axes"].get<int>();
+    mark.erase("axes");
+    mark["repeatFirstAxis"] = (axes & 1) != 0;
+    mark["repeatSecondAxis"] = (axes & 2) != 0;
     marks.push_back(mark);
   }
 

@@ -8,7 +8,6 @@
 #include <stdlib.h>
 
 #include <fstream>
-#include <functional>
 
 #include "boundary/exports.h"
 #include "component/setting_file_path.h"
@@ -127,27 +126,6 @@ TEST_F(Component, OnlyTheSecondCallForTheFolderDecidesAndNothingIsCut) {
     TestMachine machine;
     RecorderSetState(L"setting folder", row.folder.c_str());
     ExpectUpdate(row.section, row.twists, platform::ToUtf8(row.folder), {"GetSettingFileDirPath"});
-  }
-}
-
-TEST_F(Component, TellsWhatNoPassReads) {
-  using Handle = OperationSigilSettings;
-  const Twists unsaved = Gives(L"Settings::Save", 0, -1);
-  const auto clear = [](Handle& handle) { return handle.ClearWatermark(L"*"); };
-  const std::pair<std::function<bool(Handle&)>, Twists> rows[] = {
-      {&Handle::SaveCfg, unsaved},
-      {&Handle::AllDeleteExclude, unsaved},
-      {&Handle::AllDeletePrinterSetting, Throws(L"Settings::GetDriverSettingCount")},
-      {clear, Gives(L"Settings::GetPrinterSettings", 1, -1)},
-      {clear, Gives(L"PrinterSettings::Save", 1, -1)}};
-  for (const auto& [ask, twists] : rows) {
-    TestMachine machine;
-    Handle handle;
-    EXPECT_FALSE(handle.SaveCfg()) << "without an instance";
-    ASSERT_TRUE(handle.CreateInstance());
-    EXPECT_TRUE(ask(handle));
-    const bool fails = Apply(twists);
-    EXPECT_EQ(ask(handle), !fails);
   }
 }
 

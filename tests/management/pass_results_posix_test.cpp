@@ -1,7 +1,6 @@
-// What passes and their steps give back. The exports turn every failure into one result, so only
-// here the numbers can be told apart.
+// What passes give back. The exports turn every failure into one result, so only here the numbers
+// can be told apart.
 
-#include "host/printers.h"
 #include "management/element_mapping.h"
 #include "management/register_watermark_info.h"
 #include "management/set_use_content_log.h"
@@ -58,37 +57,6 @@ TEST(Results, TellWhatEndedAPass) {
                  // A listed name that throws when the list goes, after all deletions.
                  {-3, Holds(L"printer settings", L"古い") + Throws(L"String::Release", 3)}},
                 [] { return UpdateWaterMarkSetting(1, Policy(1, L"0", {}).c_str()); });
-}
-
-TEST(Results, TellWhatEndedAStep) {
-  ExpectResults({{0, {}},
-                 {-1, Fault("EnumPrintersW", 1)},
-                 {-1, Fault("EnumPrintersW", 0, platform::kThrows)}},
-                [] {
-                  PRINTER_INFO_2W* list = nullptr;
-                  DWORD count = 0;
-                  const int result = GetPrinterInfoList(&list, &count);
-                  std::free(list);
-                  return result;
-                });
-  const auto registered = [](const std::wstring& document) {
-    return [document] {
-      OperationSigilSettings settings;
-      CPrinterList printers;
-      if (!printers.Read() || !settings.CreateInstance()) return 1;
-      return RegisterWatermarkInfo(1, document.c_str(), settings, printers.begin(),
-                                   printers.Count());
-    };
-  };
-  ExpectResults({{0, {}}, {-3, Throws(L"Settings::GetPrinterSettings")}},
-                registered(Policy(1, L"0", {})));
-  ExpectResults({{-2, {}}}, registered(L"<HLE/>"));
-  ExpectResults({{0, {}}, {-2, Throws(L"PrinterSettings::GetLastSetting")}}, [] {
-    OperationSigilSettings settings;
-    Sigil::CReference<Sigil::PrinterSettings> record;
-    if (!settings.CreateInstance() || !settings.GetPrinterSettingsOpe(L"*", record.Out())) return 1;
-    return SetWatermarkInfo(1, *record, false);
-  });
 }
 
 TEST(Results, WithoutAListOrARecordNothingIsDone) {

@@ -55,7 +55,9 @@ class Log : public testing::Test {
   tests::TestMachine machine;
 };
 
-TEST_F(Log, KeepsEachCallInOneLine) {
+std::wstring g_watched;
+
+TEST_F(Log, KeepsEachCallInOneLineAndTellsAWatcherAlsoWhatTheFileDoesNotGet) {
   plain(3, 153100270, L"A::B", 87, L"設定処理完了 {} %s \U0001F600");
   withCode(5, 153100420, L"A::C", 9, -2, L"パイプ");
   withLabel(0, 0, L"A::D", 1, L"500", L"1");
@@ -67,6 +69,19 @@ TEST_F(Log, KeepsEachCallInOneLine) {
             "STAMP 9 -1 (null)(-3) "
             "1\\r\\n2\\t\\u001B[2J\\u007F\\u0085\\u2028\\u202E\\u2066\\uFEFF\xEF\xBF\xBD "
             "\\n\n");
+
+  setenv("SIGIL_LOG_LEVEL", "9", 1);
+  const std::string before = Lines();
+  watch([](int level, int number, const wchar_t* function, const wchar_t* text) {
+    g_watched += std::to_wstring(level + number) + L' ' + function + L' ' + text + L'\n';
+  });
+  plain(3, 10, L"A", 1, L"a\tb");
+  withCode(5, 20, nullptr, 2, -2, L"c");
+  withLabel(0, 30, L"C", 3, L"d", nullptr);
+  watch(nullptr);
+  plain(5, 40, L"D", 4, L"unseen");
+  EXPECT_EQ(g_watched, L"13 A a\tb\n25 (null) c (code -2)\n30 C d=(null)\n");
+  EXPECT_EQ(Lines(), before);
 }
 
 TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentAndDropsWhatItCannotWrite) {
@@ -89,23 +104,6 @@ TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentAndDropsWhatItCannotWrite) {
   char byte;
   EXPECT_EQ(read(reader, &byte, 1), 0);
   close(reader);
-}
-
-std::wstring g_watched;
-
-TEST_F(Log, TellsAWatcherAlsoWhatTheFileDoesNotGet) {
-  watch([](int level, int number, const wchar_t* function, const wchar_t* text) {
-    g_watched += std::to_wstring(level) + L' ' + std::to_wstring(number) + L' ' + function + L' ' +
-                 text + L'\n';
-  });
-  setenv("SIGIL_LOG_LEVEL", "9", 1);
-  plain(3, 1, L"A", 1, L"a\tb");
-  withCode(5, 2, nullptr, 2, -2, L"c");
-  withLabel(0, 3, L"C", 3, L"d", nullptr);
-  watch(nullptr);
-  plain(5, 4, L"D", 4, L"unseen");
-  EXPECT_EQ(g_watched, L"3 1 A a\tb\n5 2 (null) c (code -2)\n0 3 C d=(null)\n");
-  EXPECT_EQ(Lines(), "");
 }
 
 TEST_F(Log, WritesALineWholeOrNotAtAllWhereRoomEnds) {

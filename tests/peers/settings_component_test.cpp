@@ -18,8 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::wstring kFolder = L"C:\\Users\\tanaka\\AppData\\LocalLow\\KBR-LTD\\HarborLedge!";
-const std::wstring kFile = kFolder + L"\\HarborLedge!.cfg";
+const std::wstring kFile =
+    L"C:\\Users\\tanaka\\AppData\\LocalLow\\KBR-LTD\\HarborLedge!\\HarborLedge!.cfg";
 
 fs::path File() {
   return peers::FindSettingPlace().file;
@@ -48,12 +48,8 @@ Held<Sigil::PrinterSettings> Entry(Sigil::Settings& settings, const wchar_t* nam
       [&](auto out) { return settings.GetPrinterSettings(name, out); });
 }
 
-Held<Sigil::Watermark> NewMark(Sigil::PrinterSettings& entry) {
-  return Take<Sigil::Watermark>([&](auto out) { return entry.CreateWatermark(out); });
-}
-
 GUID Add(Sigil::PrinterSettings& entry, const wchar_t* name) {
-  const auto mark = NewMark(entry);
+  const auto mark = Take<Sigil::Watermark>([&](auto out) { return entry.CreateWatermark(out); });
   GUID id{};
   EXPECT_EQ(mark->SetName(name) | mark->GetId(&id), 0);
   return id;
@@ -163,32 +159,6 @@ TEST(SettingsComponent, KeepsWhatIsCommittedAndSavedAndNothingElse) {
   EXPECT_EQ(Show(), "content log\n" + entries + "* has E1_乙\nexcluded second\nsecond s1\n");
 }
 
-TEST(SettingsComponent, GivesTextsToBuffersOfAnySize) {
-  const tests::TestMachine machine;
-  const auto settings = Open();
-  for (const wchar_t* name : {L"b", L"*", L"いろは"}) {
-    const auto entry = Entry(*settings, name);
-    Add(*entry, L"0123456789");
-    EXPECT_EQ(Keep(*entry) | Keep(*entry), 0) << "a second save keeps the place in the list";
-  }
-  std::uint32_t length = 0;
-  EXPECT_EQ(settings->GetSettingFileDir(nullptr, &length), 0);
-  std::wstring folder(length, L'?');
-  EXPECT_EQ(settings->GetSettingFileDir(folder.data(), &length), 0);
-  EXPECT_EQ(folder, kFolder + L'\0');
-  EXPECT_EQ(settings->GetPrinterSettingCount(), 2);
-  std::wstring name(5, L'!');
-  std::uint32_t tooSmall = 3, enough = 4;
-  EXPECT_EQ(settings->GetPrinterSettingName(1, name.data(), &tooSmall), Sigil::kTargetTooSmall);
-  EXPECT_EQ(name + std::to_wstring(tooSmall), L"!!!!!4");
-  EXPECT_EQ(settings->GetPrinterSettingName(1, name.data(), &enough), 0);
-  EXPECT_EQ(name, std::wstring(L"いろは\0!", 5));
-  GUID id{};
-  const auto entry = Entry(*settings, L"b");
-  EXPECT_EQ(entry->GetWatermarkInfo(0, &id, name.data(), 2), 0);
-  EXPECT_EQ(name, std::wstring(L"01\0\0!", 5)) << "cut, and no further written";
-}
-
 TEST(SettingsComponent, LeavesAFileThatIsNoSettingFileAlone) {
   tests::TestMachine machine;
   const fs::path file = File();
@@ -215,52 +185,6 @@ TEST(SettingsComponent, LeavesAFileThatIsNoSettingFileAlone) {
     fs::remove_all(file.parent_path());
     fs::create_directories(file.parent_path());
   }
-}
-
-/// Makes the table `excluded`, whose root has some hundred leaves, one whose every leaf below the
-/// root is reached a hundred times over, again and again: more rows than anybody can read.
-void MakeEndless(std::string& file, std::uint32_t root, int depth) {
-  constexpr std::size_t kPage = 4096;
-  const auto page = [&](std::uint32_t number) { return &file[(number - 1) * kPage]; };
-  const auto big = [](std::uint32_t number) {
-    return std::string{static_cast<char>(number >> 24), static_cast<char>(number >> 16),
-                       static_cast<char>(number >> 8), static_cast<char>(number)};
-  };
-  const auto half = [&](std::size_t at) {
-    return static_cast<std::size_t>(static_cast<unsigned char>(page(root)[at])) * 256 +
-           static_cast<unsigned char>(page(root)[at + 1]);
-  };
-  const std::size_t cells = half(3);
-  const auto childAt = [&](std::size_t cell) { return half(12 + 2 * cell); };
-  std::vector<std::uint32_t> chain = {root};
-  for (int i = 0; i < depth; ++i) {
-    const auto* child = reinterpret_cast<const unsigned char*>(page(root)) + childAt(i);
-    chain.push_back(static_cast<std::uint32_t>(child[2] * 256 + child[3]));
-  }
-  const std::string like(page(root), kPage);
-  for (std::size_t level = 0; level + 1 < chain.size(); ++level) {
-    std::string made = like;
-    made.replace(8, 4, big(chain[level + 1]));
-    for (std::size_t cell = 0; cell < cells; ++cell)
-      made.replace(childAt(cell), 4, big(chain[level + 1]));
-    file.replace((chain[level] - 1) * kPage, kPage, made);
-  }
-}
-
-TEST(SettingsComponent, GivesUpAFileThatIsReadWithoutEnd) {
-  tests::TestMachine machine;
-  EXPECT_EQ(Open()->GetExcludePrinterCount(), 0);
-  Sql("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 300)"
-      "INSERT INTO excluded SELECT i, printf('%3000d', i) FROM n");
-  EXPECT_EQ(peers::ReadSettingFile(File()).excluded.size(), 300u);
-  std::string file = machine.Read(kFile);
-  const auto root = std::stoul(Sql("SELECT rootpage FROM sqlite_schema WHERE name = 'excluded'"));
-  MakeEndless(file, static_cast<std::uint32_t>(root), 6);
-  machine.Write(kFile, file);
-  EXPECT_THAT([] { peers::ReadSettingFile(File()); },
-              testing::ThrowsMessage<std::runtime_error>(testing::HasSubstr("more work")));
-  EXPECT_LT(Open()->GetExcludePrinterCount(), 0);
-  EXPECT_EQ(Keep(*Entry(*Open(), L"*")), 0) << "the rest of it is sound";
 }
 
 TEST(SettingsComponent, AddsNothingToAListThatCouldNotBeRead) {
