@@ -187,6 +187,52 @@ TEST(SettingsComponent, LeavesAFileThatIsNoSettingFileAlone) {
   }
 }
 
+/// Makes the table `excluded`, whose root has some hundred leaves, one whose every leaf below the
+/// root is reached a hundred times over, again and again: more rows than anybody can read.
+void MakeEndless(std::string& file, std::uint32_t root, int depth) {
+  constexpr std::size_t kPage = 4096;
+  const auto page = [&](std::uint32_t number) { return &file[(number - 1) * kPage]; };
+  const auto big = [](std::uint32_t number) {
+    return std::string{static_cast<char>(number >> 24), static_cast<char>(number >> 16),
+                       static_cast<char>(number >> 8), static_cast<char>(number)};
+  };
+  const auto half = [&](std::size_t at) {
+    return static_cast<std::size_t>(static_cast<unsigned char>(page(root)[at])) * 256 +
+           static_cast<unsigned char>(page(root)[at + 1]);
+  };
+  const std::size_t cells = half(3);
+  const auto childAt = [&](std::size_t cell) { return half(12 + 2 * cell); };
+  std::vector<std::uint32_t> chain = {root};
+  for (int i = 0; i < depth; ++i) {
+    const auto* child = reinterpret_cast<const unsigned char*>(page(root)) + childAt(i);
+    chain.push_back(static_cast<std::uint32_t>(child[2] * 256 + child[3]));
+  }
+  const std::string like(page(root), kPage);
+  for (std::size_t level = 0; level + 1 < chain.size(); ++level) {
+    std::string made = like;
+    made.replace(8, 4, big(chain[level + 1]));
+    for (std::size_t cell = 0; cell < cells; ++cell)
+      made.replace(childAt(cell), 4, big(chain[level + 1]));
+    file.replace((chain[level] - 1) * kPage, kPage, made);
+  }
+}
+
+TEST(SettingsComponent, GivesUpAFileThatIsReadWithoutEnd) {
+  tests::TestMachine machine;
+  EXPECT_EQ(Open()->GetExcludePrinterCount(), 0);
+  Sql("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 300)"
+      "INSERT INTO excluded SELECT i, printf('%3000d', i) FROM n");
+  EXPECT_EQ(peers::ReadSettingFile(File()).excluded.size(), 300u);
+  std::string file = machine.Read(kFile);
+  const auto root = std::stoul(Sql("SELECT rootpage FROM sqlite_schema WHERE name = 'excluded'"));
+  MakeEndless(file, static_cast<std::uint32_t>(root), 6);
+  machine.Write(kFile, file);
+  EXPECT_THAT([] { peers::ReadSettingFile(File()); },
+              testing::ThrowsMessage<std::runtime_error>(testing::HasSubstr("more work")));
+  EXPECT_LT(Open()->GetExcludePrinterCount(), 0);
+  EXPECT_EQ(Keep(*Entry(*Open(), L"*")), 0) << "the rest of it is sound";
+}
+
 TEST(SettingsComponent, AddsNothingToAListThatCouldNotBeRead) {
   tests::TestMachine machine;
   GUID id{};
