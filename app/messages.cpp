@@ -7,7 +7,7 @@ namespace app {
 namespace {
 
 constexpr char kDoctor[] = "`sigilctl doctor` tells the state of each part.";
-constexpr char kSpooler[] = "See to the printers in machine.ini.";
+constexpr char kSpooler[] = "See to machine.ini.";
 constexpr char kAgain[] = "Run the command again when the other process is done.";
 constexpr char kReport[] = "Keep the log and report it.";
 constexpr char kName[] = "See to the account in machine.ini or the directory.";

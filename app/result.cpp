@@ -4,6 +4,8 @@
 #include <iostream>
 
 #include "app/cause.h"
+#include "app/inventory/findings.h"
+#include "app/inventory/places.h"
 #include "app/inventory/setting_state.h"
 #include "app/inventory/table.h"
 #include "app/messages.h"
@@ -58,6 +60,15 @@ void Tell(std::vector<Message> troubles) {
   }
 }
 
+/// The library reads what it may not open as missing, and says no more.
+void TellRefusedPlaces() {
+  for (const RefusedPlace& place : RefusedPlaces())
+    std::cerr << "sigilctl: warning: " << OneLine(place.path.string()) << " " << place.why
+              << ", so it is not opened.\n  Take it away.\n";
+  if (const std::string lost = WhyLogLost(); !lost.empty())
+    std::cerr << "sigilctl: warning: lines of the log got lost: " << lost << ".\n";
+}
+
 }  // namespace
 
 std::string MeaningOf(int result) {
@@ -107,6 +118,7 @@ int Report(const Outcome& outcome, const Work& work) {
     return std::ranges::find(work.told, message) != work.told.end();
   });
   Tell(std::move(troubles));
+  TellRefusedPlaces();
   const bool isToldToAll =
       outcome.result == SIGIL_SETTING_DONE || outcome.result == SIGIL_SETTING_NO_FULL_NAME;
   return isWhole && isToldToAll ? 0 : 1;

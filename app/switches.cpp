@@ -14,7 +14,7 @@ int Switch(const char* command, const char* done, const ExportCall& call) {
       .command = command,
       .done = done,
       .numbers = Counted(did.on, "entry", "entries") + " on, " + std::to_string(did.off) + " off."};
-  if (did.hasRefusedDelivery) work.cause = "the policy file: " + Examine().policyFile;
+  if (did.hasFailedDelivery) work.cause = "the policy file: " + Examine().policyFile;
   return Report(outcome, work);
 }
 

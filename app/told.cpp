@@ -1,5 +1,7 @@
 #include "app/told.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace app {
@@ -8,7 +10,7 @@ namespace {
 constexpr int kEntryEmptied = 153100200;
 constexpr int kHeaderFooterMade = 153100270;
 constexpr int kStampMade = 153100310;
-constexpr int kDeliveryRefused = 153100540;
+constexpr int kDeliveryFailed[] = {153100540, 153100560, 153100570};
 constexpr int kPrinterChecked = 153100760;
 constexpr int kPrinterExcluded = 153400150;
 constexpr int kSwitchedOn = 153400060;
@@ -43,7 +45,8 @@ WorkDone WorkDoneIn(const Outcome& outcome) {
     if (message.number == kPrinterExcluded) ++done.excluded;
     if (message.number == kSwitchedOn) ++done.on;
     if (message.number == kSwitchedOff && message.function != kClears) ++done.off;
-    if (message.number == kDeliveryRefused) done.hasRefusedDelivery = true;
+    if (std::ranges::find(kDeliveryFailed, message.number) != std::end(kDeliveryFailed))
+      done.hasFailedDelivery = true;
   }
   return done;
 }

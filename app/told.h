@@ -25,7 +25,7 @@ struct WorkDone {
   std::size_t off = 0;
   std::size_t checked = 0;  ///< Printers looked at for the exclude list, and put on it.
   std::size_t excluded = 0;
-  bool hasRefusedDelivery = false;  ///< The delivered policy is none.
+  bool hasFailedDelivery = false;  ///< There is no delivered policy, or it is none.
 };
 
 WorkDone WorkDoneIn(const Outcome& outcome);

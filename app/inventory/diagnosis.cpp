@@ -57,7 +57,7 @@ std::string Fate(PrinterKind kind) {
 }
 
 std::vector<Diagnosis::Part> Parts(const Findings& findings) {
-  return {
+  std::vector<Diagnosis::Part> parts = {
       {"User", findings.user, ""},
       {"Delivery folder", findings.delivery.origin, ToUtf8(findings.delivery.path)},
       {"Key source", findings.keySource, ToUtf8(KeySource())},
@@ -73,6 +73,9 @@ std::vector<Diagnosis::Part> Parts(const Findings& findings) {
        findings.pipeError == 0 ? "served"
                                : "not served (error " + std::to_string(findings.pipeError) + ")",
        ToUtf8(kPipe)}};
+  for (const RefusedPlace& place : findings.refused)
+    parts.push_back({"Not opened", place.why, place.path.string()});
+  return parts;
 }
 
 void AddPolicies(Diagnosis& diagnosis, const PolicyText& policy) {

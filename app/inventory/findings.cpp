@@ -72,6 +72,11 @@ PrinterFinding Kinded(platform::Printer& printer) {
   return {printer.name, printer.driver, kind};
 }
 
+std::string WhyNotStored(const fs::path& file) {
+  const std::string refused = WhyRefused(file);
+  return refused.empty() ? WhyNotMade(file.parent_path()) : "UserInfoWM.ini " + refused;
+}
+
 void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
   const std::wstring file = settingFolder + L"\\UserInfoWM.ini";
   findings.hasFullName = GetPrivateProfileIntW(L"User", L"GetUserState", 0, file.c_str()) != 0;
@@ -79,6 +84,7 @@ void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
   GetPrivateProfileStringW(L"User", L"UserFullName", L"", name, 256, file.c_str());
   findings.user += findings.hasFullName ? ", full name " + platform::ToUtf8(name)
                                         : ", full name not obtained yet";
+  findings.unstoredName = WhyNotStored(platform::HostPath(file));
 }
 
 void ExamineMachine(Findings& findings) {
@@ -89,7 +95,10 @@ void ExamineMachine(Findings& findings) {
     for (platform::Printer& printer : machine.printers)
       findings.printers->push_back(Kinded(printer));
   } catch (const std::system_error& error) {
-    findings.user = "unknown: machine.ini is unreadable, " + error.code().message();
+    const std::string why = WhyRefused(platform::MachineRoot() / "machine.ini");
+    findings.noPrinters =
+        "machine.ini " + (why.empty() ? "is unreadable: " + error.code().message() : why);
+    findings.user = "unknown: " + findings.noPrinters;
     findings.settingFile.state = "unknown, without a user";
     return;
   }
@@ -101,10 +110,11 @@ void ExamineLog(Findings& findings) {
   const fs::path file = LogFile();
   std::error_code error;
   findings.logFile = file.string();
-  findings.log = fs::exists(file, error) ? std::to_string(fs::file_size(file, error)) + " bytes"
-                                         : "not there yet";
-  for (const std::string& why : {WhyClosed(file.parent_path()), WhyFull(file.parent_path())})
-    if (!why.empty()) findings.log += "; lines get lost: " + why;
+  findings.log = fs::is_regular_file(file, error)
+                     ? std::to_string(fs::file_size(file, error)) + " bytes"
+                     : "not there yet";
+  if (const std::string why = WhyLogLost(); !why.empty())
+    findings.log += "; lines get lost: " + why;
 }
 
 DWORD AskPipe() {
@@ -116,6 +126,15 @@ DWORD AskPipe() {
 
 }  // namespace
 
+std::string WhyLogLost() {
+  const fs::path file = LogFile();
+  std::error_code error;
+  std::string why = WhyRefused(file);
+  if (why.empty() && fs::exists(file, error)) why = WhyNotWritten(file);
+  if (!why.empty()) return "it " + why;
+  return WhyNotMade(file.parent_path());
+}
+
 Findings Examine() {
   Findings findings;
   findings.delivery = FindDeliveryFolder();
@@ -123,9 +142,11 @@ Findings Examine() {
   findings.functionSwitch = ReadFunctionSwitch(findings.delivery.SystemSetting());
   ExamineMachine(findings);
   findings.component = ExamineComponent();
-  findings.mutex = WhyClosed(platform::MachineRoot() / "mutex");
+  findings.mutex = WhyMutexRefused();
+  if (findings.mutex.empty()) findings.mutex = WhyClosed(platform::MachineRoot() / "mutex");
   ExamineLog(findings);
   findings.pipeError = AskPipe();
+  findings.refused = RefusedPlaces();
   return findings;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/client.h"
+#include "app/inventory/places.h"
 #include "app/inventory/setting_state.h"
 #include "app/policy_text.h"
 #include "host/printer_kind.h"
@@ -37,9 +38,11 @@ struct Findings {
 
   std::string user;
   bool hasFullName = false;  ///< The user information file has one.
+  std::string unstoredName;  ///< Why a full name that is found would not be stored; or empty.
 
-  /// Nothing when the spooler has no list.
+  /// Nothing when the spooler has no list, and why.
   std::optional<std::vector<PrinterFinding>> printers;
+  std::string noPrinters;
 
   std::string component;  ///< Empty when it is found and has its entry, else what is wrong.
   SettingState settingFile;
@@ -47,8 +50,13 @@ struct Findings {
   std::string log;      ///< The state of the log file, and where it is.
   std::string logFile;  ///< A path of the host.
   DWORD pipeError = 0;  ///< 0 when somebody serves the pipe.
+
+  std::vector<RefusedPlace> refused;
 };
 
 Findings Examine();
+
+/// Why lines of the log get lost here: "it is a link", "the disk is full", ...; empty when none do.
+std::string WhyLogLost();
 
 }  // namespace app

@@ -33,7 +33,7 @@ Forecast Pass(const Findings& findings, const char* command, bool readsPolicy, b
   if (readsPolicy && *findings.scope == -1)
     return Bad(command, "-101", "the policy's scope is -1, which stands for none");
   if (listsPrinters && !findings.printers)
-    return Bad(command, "-101", "the printers cannot be listed");
+    return Bad(command, "-101", "the printers cannot be listed: " + findings.noPrinters);
   if (!findings.settingFile.unsaved.empty()) return Unsaved(findings, command, readsPolicy);
   return Good(command);
 }
@@ -72,7 +72,10 @@ Forecast Update(const Findings& findings) {
   Forecast update = Pass(findings, "update", false, true);
   if (update.result != "0" || findings.hasFullName) return update;
   // A name that is found counts only once it is stored.
-  update.result = findings.settingFile.unstored.empty() ? "0 or -99" : "-99";
+  const bool isStored = findings.unstoredName.empty();
+  update.result = isStored ? "0 or -99" : "-99";
+  if (update.reason.empty() && !isStored)
+    update.reason = "the user's full name cannot be stored: " + findings.unstoredName;
   if (update.reason.empty())
     update.reason = "-99 when the user's full name is not found; a policy comes with the call";
   return update;

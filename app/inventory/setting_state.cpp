@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "app/inventory/places.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/utf.h"
 
@@ -19,12 +20,6 @@ namespace fs = std::filesystem;
 /// What a pass writes to a new machine, with its log, takes less.
 constexpr std::uintmax_t kNeeded = 512 * 1024;
 
-/// Empty when the path, which is there, can be written by this process.
-std::string WhyNotWritten(const fs::path& path) {
-  if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0) return "";
-  return "cannot be written: " + std::generic_category().message(errno);
-}
-
 fs::path NearestThatExists(fs::path folder) {
   std::error_code error;
   while (!fs::exists(folder, error) && folder.has_relative_path()) folder = folder.parent_path();
@@ -33,6 +28,8 @@ fs::path NearestThatExists(fs::path folder) {
 
 /// Empty when the component can do with the file that is there.
 std::string WhyDamaged(const fs::path& file) {
+  if (const std::string refused = WhyRefused(file); !refused.empty())
+    return "unreadable: it " + refused;
   try {
     peers::CheckSettingFile(file);
     return "";
@@ -43,23 +40,24 @@ std::string WhyDamaged(const fs::path& file) {
   }
 }
 
-std::string WhyNotMade(const fs::path& folder) {
-  const std::string closed = WhyClosed(folder);
-  return closed.empty() ? WhyFull(folder) : closed;
-}
-
 std::string WhyUnsaved(const fs::path& file) {
   // The component writes these too, where they are there.
   for (const char* ending : {"", ".lock", "-wal", "-shm"}) {
     const fs::path each = fs::path(file) += ending;
     std::error_code error;
-    const std::string closed = fs::exists(each, error) ? WhyNotWritten(each) : "";
+    std::string closed = WhyRefused(each);
+    if (closed.empty() && fs::exists(each, error)) closed = WhyNotWritten(each);
     if (!closed.empty()) return each.filename().string() + " " + closed;
   }
   return WhyNotMade(file.parent_path());
 }
 
 }  // namespace
+
+std::string WhyNotWritten(const fs::path& path) {
+  if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0) return "";
+  return "cannot be written: " + std::generic_category().message(errno);
+}
 
 std::string WhyClosed(const fs::path& folder) {
   const std::string closed = WhyNotWritten(NearestThatExists(folder));
@@ -75,11 +73,15 @@ std::string WhyFull(const fs::path& folder) {
   return "";
 }
 
+std::string WhyNotMade(const fs::path& folder) {
+  const std::string closed = WhyClosed(folder);
+  return closed.empty() ? WhyFull(folder) : closed;
+}
+
 SettingState ExamineSettingFile() {
   const peers::SettingPlace setting = peers::FindSettingPlace();
   SettingState state;
   state.place = platform::ToUtf8(setting.folder) + "\\" + setting.file.filename().string();
-  state.unstored = WhyNotMade(setting.file.parent_path());
   std::error_code error;
   const bool isThere = fs::exists(fs::symlink_status(setting.file, error));
   const std::string damage = isThere ? WhyDamaged(setting.file) : "";

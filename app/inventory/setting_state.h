@@ -9,10 +9,9 @@
 namespace app {
 
 struct SettingState {
-  std::string state;     ///< For people.
-  std::string place;     ///< Where the file is, as a Windows path.
-  std::string unsaved;   ///< Why nothing would be saved; empty when all is well.
-  std::string unstored;  ///< Why a new file would not be made beside it; empty when it would.
+  std::string state;    ///< For people.
+  std::string place;    ///< Where the file is, as a Windows path.
+  std::string unsaved;  ///< Why nothing would be saved; empty when all is well.
 };
 
 SettingState ExamineSettingFile();
@@ -20,9 +19,14 @@ SettingState ExamineSettingFile();
 /// Whether what a pass does would be saved, as far as it can be told beforehand.
 bool CanSave();
 
+/// "cannot be written: ...", of a path that is there; empty when this process can write to it.
+std::string WhyNotWritten(const std::filesystem::path& path);
+
 /// Why a file could not be made in `folder`, or in the nearest one above it that there is: what
-/// keeps this account from it, and what is missing on the disk. Empty when nothing does.
+/// keeps this account from it, what is missing on the disk, and the first of both. Empty when
+/// nothing does.
 std::string WhyClosed(const std::filesystem::path& folder);
 std::string WhyFull(const std::filesystem::path& folder);
+std::string WhyNotMade(const std::filesystem::path& folder);
 
 }  // namespace app
