@@ -6,7 +6,7 @@
 #                                            LIBDIR, where another liblog4cxx.so may lie
 #            bin/sigilctl                    a link there
 #   Windows  bin/SigilSetting.dll            the closed parts come with the host
-#   both     include/sigil/sigil_setting.h, the CMake package, the guide for hosts; pkg-config's file
+#   both     include/sigil/sigil_setting.h, the CMake package, the guides for hosts; pkg-config's file
 #            on Linux
 
 include(GNUInstallDirs)
@@ -20,6 +20,7 @@ endif()
 install(FILES boundary/exports.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sigil
         RENAME sigil_setting.h)
 install(FILES docs/hosting.md DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME README.md)
+install(FILES docs/windows.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(WIN32)
   # An import library that the platform's usual compiler takes too: GCC's holds objects without the
   # mark that its linker asks for.
