@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cctype>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -75,17 +76,28 @@ class Mutex : public Object {
   }
 
  private:
+  /// Nobody sleeps longer than kNap. An unlock wakes one sleeper; if that one is killed before it
+  /// runs, while a newcomer has the mutex, then nobody wakes the others any more.
   int Lock(DWORD milliseconds) {
-    if (milliseconds == INFINITE) return pthread_mutex_lock(&m_shared->mutex);
+    constexpr std::chrono::milliseconds kNap(100);
+    const auto begin = std::chrono::steady_clock::now();
+    for (;;) {
+      std::chrono::nanoseconds nap = kNap;
+      if (milliseconds != INFINITE)
+        nap = std::min(nap, begin + std::chrono::milliseconds(milliseconds) -
+                                std::chrono::steady_clock::now());
+      const int result = LockWithin(nap);
+      if (result != ETIMEDOUT || nap < kNap) return result;
+    }
+  }
+
+  int LockWithin(std::chrono::nanoseconds patience) {
     constexpr long kSecond = 1'000'000'000;
     timespec end;
     clock_gettime(CLOCK_MONOTONIC, &end);
-    end.tv_sec += milliseconds / 1000;
-    end.tv_nsec += milliseconds % 1000 * 1'000'000L;
-    if (end.tv_nsec >= kSecond) {
-      ++end.tv_sec;
-      end.tv_nsec -= kSecond;
-    }
+    end.tv_nsec += std::max(patience.count(), {});
+    end.tv_sec += end.tv_nsec / kSecond;
+    end.tv_nsec %= kSecond;
     return pthread_mutex_clocklock(&m_shared->mutex, CLOCK_MONOTONIC, &end);
   }
 

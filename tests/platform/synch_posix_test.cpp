@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -114,6 +115,26 @@ TEST_F(Mutexes, AreGoneWithTheirLastHandle) {
   // Another handle keeps it: it stays owned until its thread ends.
   InThread([] { return WaitForSingleObject(Make().get(), 0); });
   EXPECT_EQ(WaitElsewhere(anew), WAIT_ABANDONED);
+}
+
+// Who is killed when an unlock has just woken it takes the wake-up along.
+TEST_F(Mutexes, AreFoundFreeByWaitersThatNobodyWakes) {
+  const Handle mutex = Make();
+  const pid_t owner = fork();
+  if (owner == 0) {
+    WaitForSingleObject(mutex.get(), INFINITE);
+    for (;;) pause();
+  }
+  while (WaitElsewhere(mutex) != WAIT_TIMEOUT) std::this_thread::yield();
+  std::thread freeing([] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::fstream(platform::MachineRoot() / "mutex/Global+TEST").write("\0\0\0\0", 4);
+  });
+  EXPECT_EQ(WaitForSingleObject(mutex.get(), 10'000), WAIT_OBJECT_0);
+  freeing.join();
+  EXPECT_TRUE(ReleaseMutex(mutex.get()));
+  kill(owner, SIGKILL);
+  waitpid(owner, nullptr, 0);
 }
 
 // A mutex that was cut would end every process that has it mapped.
