@@ -15,9 +15,9 @@
 // platform's usual compiler. A component that GCC built for Windows with a run-time of its own must
 // let nothing out: that run-time would end the host process.
 //
-// At each call the library loads the Settings component, SigilUtil_x86.dll, from the folder in
-// which the host's own executable lies (on Linux, the file that symbolic links lead to). A pass
-// that does not find it there fails with -101.
+// Each pass loads the Settings component, SigilUtil_x86.dll, for itself, from the folder in which
+// the host's own executable lies (on Linux, the file that symbolic links lead to). Where it is not
+// there the result is -101.
 //
 // The names are undecorated, with the ordinals 1 to 6 in the order below; the calling convention is
 // that of C, __cdecl on 32-bit Windows.

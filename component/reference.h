@@ -17,7 +17,7 @@ template <typename Interface>
 class CReference {
  public:
   CReference() = default;
-  CReference(CReference&& other) noexcept : m_object(std::exchange(other.m_object, {})) {}
+  CReference(CReference&& other) noexcept : m_pObject(std::exchange(other.m_pObject, {})) {}
   CReference& operator=(CReference&&) = delete;
   ~CReference() noexcept(false) {
     if (std::uncaught_exceptions() <= m_nExceptions) {
@@ -30,23 +30,23 @@ class CReference {
     }
   }
 
-  Interface* operator->() const { return m_object.Get(); }
-  Interface& operator*() const { return *m_object.Get(); }
-  explicit operator bool() const { return m_object.Get() != nullptr; }
+  Interface* operator->() const { return m_pObject.Get(); }
+  Interface& operator*() const { return *m_pObject.Get(); }
+  explicit operator bool() const { return m_pObject.Get() != nullptr; }
 
   /// Where an operation of the component puts the object. What was held is given back first.
   Interface** Out() {
     Reset();
-    return m_object.Place();
+    return m_pObject.Place();
   }
 
   void Reset() {
-    ForeignObject<Interface> object = std::exchange(m_object, {});
+    ForeignObject<Interface> object = std::exchange(m_pObject, {});
     if (object.Get() != nullptr) object.Get()->Release();
   }
 
  private:
-  ForeignObject<Interface> m_object;
+  ForeignObject<Interface> m_pObject;
   int m_nExceptions = std::uncaught_exceptions();  ///< Those in flight when this was made.
 };
 

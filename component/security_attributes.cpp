@@ -16,7 +16,7 @@ COpenSecurityAttributes::COpenSecurityAttributes()
     m_pDescriptor.Reset();
     return;
   }
-  m_attributes.nLength = sizeof(m_attributes);
-  m_attributes.lpSecurityDescriptor = m_pDescriptor.Get();
-  m_attributes.bInheritHandle = TRUE;
+  m_saAttributes.nLength = sizeof(m_saAttributes);
+  m_saAttributes.lpSecurityDescriptor = m_pDescriptor.Get();
+  m_saAttributes.bInheritHandle = TRUE;
 }

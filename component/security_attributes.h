@@ -16,11 +16,11 @@ class COpenSecurityAttributes {
   COpenSecurityAttributes();
 
   /// Null when they could not be built or were given back.
-  SECURITY_ATTRIBUTES* Get() { return m_pDescriptor ? &m_attributes : nullptr; }
+  SECURITY_ATTRIBUTES* Get() { return m_pDescriptor ? &m_saAttributes : nullptr; }
 
   void Reset() { m_pDescriptor.Reset(); }
 
  private:
   Owner<void*, FreeDescriptor> m_pDescriptor;
-  SECURITY_ATTRIBUTES m_attributes = {};
+  SECURITY_ATTRIBUTES m_saAttributes = {};
 };

@@ -27,7 +27,7 @@ class CPassHoldings {
   CPassHoldings() = default;
 
   bool TakeMutex() {
-    m_hMutex = CSettingMutex(GetMutex_SigilSetting(m_attributes.Get()));
+    m_hMutex = CSettingMutex(GetMutex_SigilSetting(m_saAttributes.Get()));
     return static_cast<bool>(m_hMutex);
   }
 
@@ -35,7 +35,7 @@ class CPassHoldings {
   /// since the code for that may lie in the component.
   void Keep(const OperationSigilSettings& settings) { m_pComponent = settings.Component(); }
 
-  CPrinterList& Printers() { return m_printers; }
+  CPrinterList& Printers() { return m_aryPrinters; }
 
   /// The regular end, with the instance released.
   void GiveBack() {
@@ -62,13 +62,13 @@ class CPassHoldings {
  private:
   void GiveBackMachine() {
     m_hMutex.Reset();
-    m_attributes.Reset();
-    m_printers.Reset();
+    m_saAttributes.Reset();
+    m_aryPrinters.Reset();
   }
 
-  COpenSecurityAttributes m_attributes;
+  COpenSecurityAttributes m_saAttributes;
   CSettingMutex m_hMutex;
-  CPrinterList m_printers;
+  CPrinterList m_aryPrinters;
   std::shared_ptr<const ComponentRecord> m_pComponent;
 };
 
