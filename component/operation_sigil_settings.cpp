@@ -52,6 +52,7 @@ using CModule = Owner<HMODULE, kFreeLibrary>;
 struct ComponentRecord {
   CModule hModule;
   Sigil::CreateInstanceFunction pfnCreateInstance = nullptr;
+  // Looked up with the others; nothing here calls them.
   Entry pfnMergeUserStoreWatermarks = nullptr;
   Entry pfnGetVersionDate = nullptr;
 };

@@ -62,10 +62,12 @@ class OperationSigilSettings {
   /// Deletes the record's watermarks. One whose GUID cannot be read is left in place.
   bool ClearWatermark(const wchar_t* printer);
 
-  /// Empties both exclude lists and saves. True when they were saved.
+  /// Empties the exclude list and the component's second one, which this library never fills, and
+  /// saves. True when they were saved.
   bool AllDeleteExclude();
 
-  /// Adds the printer to the exclude list when `exclude` is true. SaveCfg makes it lasting.
+  /// Adds the printer to the exclude list, which SaveCfg makes lasting. With `exclude` false it
+  /// only logs that the printer is not on it.
   void AddExcludePrinter(const wchar_t* printer, bool exclude);
 
   /// Deletes the individual settings of printers and drivers from the setting file. False only

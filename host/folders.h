@@ -1,7 +1,7 @@
 #pragma once
 
 // Where the client's files lie, and what they are called. Both folders are found anew at every
-// call, and nothing here logs.
+// call. Nothing here logs, so that sigilctl can share it; ems_folder.h adds the lines of a pass.
 
 #include "platform/mfc.h"
 
@@ -18,7 +18,7 @@ constexpr wchar_t kSystemSettingName[] = L"\\SystemSetting.csv";
 /// gives none.
 CString GetCommonDataPath();
 
-/// How the delivery folder was found.
+/// How the delivery folder was found; EMS is the product's name for it.
 enum class EMSFolder {
   kConfigured,   ///< It is the existing directory that Client.ini names.
   kNotSet,       ///< It is the default, since Client.ini names none.

@@ -1,6 +1,7 @@
 #pragma once
 
-// What a printer is to the system, by its driver and its comment. Nothing here logs.
+// What a printer is to the system, by its driver and its comment. Nothing here logs, so
+// that sigilctl can share it.
 
 #include "platform/spooler.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 // A row of SystemSetting.csv: the item's key in the first field, its value in the second. Nothing
-// here logs.
+// here logs, so that sigilctl can share it.
 
 #include "platform/mfc.h"
 

@@ -37,8 +37,9 @@ class CSystemSettingMng : public CStdioFile {
 
 namespace SigilSettingManagement {
 
-/// Whether the watermark function is on, read from the file anew: above 0 it is on; 0 it is off,
-/// not set, or an exception ended the read; negative the file could not be opened or says so.
+/// Whether the watermark function is on, read from the file anew. Above 0: it is on. 0: it is off
+/// or not set, or an exception ended the read. Negative: the file could not be opened, or its item
+/// 63 is negative.
 int IsWatermarkFuncSetting();
 
 }  // namespace SigilSettingManagement

@@ -1,7 +1,7 @@
 #pragma once
 
 // One element of the loaded policy becomes one new watermark of a record. Each property is read,
-// converted, pulled to its bounds and passed on before the next is read. No value of the document
+// converted, clamped to its bounds and passed on before the next is read. No value of the document
 // ends a mapping, and the component's results for single properties are not looked at. The caller
 // has loaded the policy, and commits and saves the record.
 

@@ -11,7 +11,8 @@ namespace SigilSettingManagement {
 ///
 /// Gives 0 when it was written, -1 without a security descriptor, -2 when there is no pipe or a
 /// busy one, -3 when the write failed, -4 when it was written but closing failed, -5 for an empty
-/// message. An exception gives what had been reached, 0 or -4.
+/// message. An exception is logged and gives 0, or -4 once closing has failed; so with one, 0 does
+/// not mean that anything was written.
 int NotificationReleaseMode(CString message);
 
 }  // namespace SigilSettingManagement

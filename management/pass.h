@@ -19,8 +19,9 @@ namespace SigilSettingManagement {
 constexpr int kNoMutexResult = -99;
 constexpr int kThrownResult = -3;
 
-/// What a pass holds of the machine beside its handle. It stands outside of the pass's try block,
-/// and each path of the pass ends in exactly one of GiveBack, Stop and Abandon.
+/// What a pass holds of the machine beside its handle. It stands outside of the pass's try block.
+/// Each path of the pass calls GiveBack or Stop once. If anything throws, before or after that,
+/// Abandon follows; its line is then the last one, and its result the one that counts.
 class CPassHoldings {
  public:
   /// Builds the attributes of the mutex; without them the mutex is asked for all the same.

@@ -11,7 +11,8 @@ constexpr LogMessage kPrinterFailed = {
     4, 153100090, L"SigilSettingManagement::SetWatermarkAllPrinter",
     L"アサギリプリンタドライバの透かし設定に失敗しました。プリンタ：%s　設定：%d"};
 
-/// Gives whether the switch was saved. That a deletion failed is told by its own lines alone.
+/// Gives whether the switch was saved. ClearWatermark logs its failures itself; they do not count
+/// here.
 bool SwitchEntry(OperationSigilSettings& settings, const wchar_t* name, bool enable, bool service) {
   if (enable) return settings.EnableWatermark(name);
   const bool disabled = settings.DisableWatermark(name);

@@ -2,12 +2,12 @@
 
 // The delivered policy file: AES-256 in CBC mode, in chunks of 1 MiB that are each a message of
 // their own; a chunk's clear text is UTF-8 and ends at its first NUL. Key and initial vector are
-// made anew for each chunk from the small file `data.dat` below the common data folder. All of it
-// is silent.
+// made anew for each chunk from the small file `data.dat` below the common data folder. Nothing
+// here logs, so that sigilctl can share it.
 //
 // A key source that is missing, empty or cannot be opened gives a key of 32 zero bytes; a wrong key
-// is not noticed here. A key source of more than 33 bytes throws CInvalidArgException, a read error
-// on it CFileException.
+// is not noticed here. A key source of more than 33 bytes, which are the 32 digits of a digest and
+// their terminator, throws CInvalidArgException, a read error on it CFileException.
 
 #include "platform/mfc.h"
 
@@ -33,11 +33,14 @@ class CPolicyFileCipher {
   /// As many bytes as the key source has, none when it cannot be opened.
   void BuildKeyMaterial(CByteArray& material) const;
 
-  /// Copies `source` to the start of `target`; a longer one is folded into its length by XOR.
+  /// Copies `source` to the start of `target`. The key is folded this way: where `source` is the
+  /// longer, its byte i is combined by XOR with what stands at i modulo the length of `target`.
   static void FoldBytes(const CByteArray& source, CByteArray& target);
 
-  /// The MD5 digest (RFC 1321) of as many bytes of the text's ANSI form as the text has UTF-16
-  /// units: 32 upper-case hexadecimal digits. Empty for an empty text or on failure.
+  /// The MD5 digest (RFC 1321) of the text's ANSI form, as 32 upper-case hexadecimal digits; empty
+  /// for an empty text or on failure. The length that is hashed is the text's count of UTF-16 units
+  /// and not that of its ANSI bytes, so a text with double-byte characters is cut short. Delivered
+  /// files are sealed this way.
   static CString HashHex(const CString& text);
 
   /// ANSI bytes with their terminator. 0, or 1 on failure.
