@@ -6,6 +6,19 @@
 
 namespace app {
 
+std::string Option::Help() const {
+  return words.empty() ? help : help + ": " + Listed(words);
+}
+
+std::string Listed(const std::vector<std::string>& words) {
+  std::string list;
+  for (const std::string& word : words) {
+    const bool isLast = &word == &words.back();
+    list += (list.empty() ? "" : isLast ? " or " : ", ") + word;
+  }
+  return list;
+}
+
 std::string Values::Text(const std::string& name, const std::string& otherwise) const {
   const auto found = m_values.find(name);
   return found == m_values.end() ? otherwise : found->second;

@@ -1,6 +1,7 @@
 #pragma once
 
-// A command as its definition tells it. Parsing and help are made from definitions alone.
+// A command as its definition tells it. Parsing, help, manual and completion are made from
+// definitions alone.
 
 #include <functional>
 #include <map>
@@ -9,16 +10,28 @@
 
 namespace app {
 
+/// What an argument or an option's value names, for a shell that completes it.
+enum class Place { kNone, kFile, kFolder };
+
 struct Option {
-  std::string name;   ///< "--json", "-o,--output", or "FILE" for an argument.
-  std::string value;  ///< What an option takes, as "N"; empty for a flag and for an argument.
+  std::string name;        ///< "--json", "-o,--output", or "FILE" for an argument.
+  std::string value = {};  ///< What an option takes, as "N"; empty for a flag and for an argument.
   std::string help;
   bool isNeeded = false;   ///< It must be there.
   std::string needs = {};  ///< The option without which it means nothing.
+  Place place = Place::kNone;
+  std::vector<std::string> words = {};  ///< What it may be, as far as that has names.
 
+  bool IsArgument() const { return !name.starts_with('-'); }
+  bool IsFlag() const { return !IsArgument() && value.empty(); }
   /// The name that Values knows it by: the last of its names.
   std::string Key() const { return name.substr(name.rfind(',') + 1); }
+  /// The help, with the words that it may be.
+  std::string Help() const;
 };
+
+/// "A3, A4 or Letter".
+std::string Listed(const std::vector<std::string>& words);
 
 /// What the command line says: the options that are there, with what they take.
 class Values {
@@ -40,6 +53,7 @@ struct Command {
   std::vector<Option> options = {};
   std::function<int(const Values&)> run;  ///< Gives the exit status.
   bool needsMachine = true;
+  bool isHidden = false;  ///< It is for the making of the package; no help tells it.
 };
 
 }  // namespace app

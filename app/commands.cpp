@@ -2,12 +2,14 @@
 
 #include <iostream>
 
+#include "app/completion.h"
 #include "app/delivery/seal.h"
 #include "app/delivery/unseal.h"
 #include "app/init.h"
 #include "app/inventory/doctor.h"
 #include "app/inventory/log_view.h"
 #include "app/inventory/show.h"
+#include "app/manual.h"
 #include "app/page/preview.h"
 #include "app/rehearsal/check.h"
 #include "app/rehearsal/diff.h"
@@ -21,7 +23,22 @@
 namespace app {
 namespace {
 
-const Option kFile = {"FILE", "", "The policy, UTF-8 or UTF-16 text; - is standard input", true};
+Option File(std::string name, std::string help, bool isNeeded) {
+  return {.name = std::move(name),
+          .help = std::move(help),
+          .isNeeded = isNeeded,
+          .place = Place::kFile};
+}
+
+Option Output(std::string value, std::string help, bool isNeeded) {
+  return {.name = "-o,--output",
+          .value = std::move(value),
+          .help = std::move(help),
+          .isNeeded = isNeeded,
+          .place = Place::kFile};
+}
+
+const Option kFile = File("FILE", "The policy, UTF-8 or UTF-16 text; - is standard input", true);
 const Option kPolicyId = {"--policy-id", "N", "Which policy of the text (1)"};
 const Option kForce = {"--force", "", "Also a policy that a rehearsal finds unfit"};
 const Option kJson = {"--json", "", "As one JSON object"};
@@ -88,13 +105,26 @@ int RunDoctor(const Values& values) {
   return diagnosis.IsGood() ? 0 : 1;
 }
 
+int RunPrintManual(const Values&) {
+  PrintManual(std::cout, Commands());
+  return 0;
+}
+
+int RunPrintCompletion(const Values&) {
+  PrintCompletion(std::cout, Commands());
+  return 0;
+}
+
 }  // namespace
 
 std::vector<Command> Commands() {
   return {
       {.name = "init",
        .help = "Lays out a sample machine with a sample policy",
-       .options = {{"ROOT", "", "Its folder, new or empty", true}},
+       .options = {{.name = "ROOT",
+                    .help = "Its folder, new or empty",
+                    .isNeeded = true,
+                    .place = Place::kFolder}},
        .run = RunInit,
        .needsMachine = false},
       {.name = "check",
@@ -103,17 +133,19 @@ std::vector<Command> Commands() {
        .run = Check},
       {.name = "diff",
        .help = "Tells in what two policies differ, as stored; changes nothing",
-       .options = {{"A", "", "A policy, as for check", true},
-                   {"B", "", "Another", true},
+       .options = {File("A", "A policy, as for check", true), File("B", "Another", true),
                    kPolicyId},
        .run = Diff},
       {.name = "preview",
        .help = "Draws the page with its watermarks as a picture",
-       .options = {{"FILE", "", "A policy to try (else what the machine holds)"},
+       .options = {File("FILE", "A policy to try (else what the machine holds)", false),
                    kPolicyId,
                    {"--printer", "NAME", "Whose page (the default entry's)"},
-                   {"-o,--output", "PICTURE", "The picture: a .svg, .pdf or .png", true},
-                   {"--paper", "SIZE", "A3, A4 or Letter (A4)"},
+                   Output("PICTURE", "The picture: a .svg, .pdf or .png", true),
+                   {.name = "--paper",
+                    .value = "SIZE",
+                    .help = "The paper (A4)",
+                    .words = {"A3", "A4", "Letter"}},
                    {"--landscape", "", "The paper's long side lies"}},
        .run = RunPreview},
       {.name = "update",
@@ -135,7 +167,8 @@ std::vector<Command> Commands() {
        .run = [](const Values&) { return Exclude(); }},
       {.name = "content-log",
        .help = "Switches the print-content log callback",
-       .options = {{"STATE", "", "on or off", true}},
+       .options =
+           {{.name = "STATE", .help = "What it becomes", .isNeeded = true, .words = {"on", "off"}}},
        .run = [](const Values& values) { return SwitchContentLog(IsOn(values.Text("STATE"))); }},
       {.name = "show",
        .help = "Shows what the setting file holds",
@@ -147,23 +180,36 @@ std::vector<Command> Commands() {
       {.name = "log",
        .help = "Prints the log file",
        .options = {{"--follow", "", "And goes on as it grows"},
-                   {"--level", "LEVEL", "Lines of this level and above: 0 to 5 or its word"},
+                   {.name = "--level",
+                    .value = "LEVEL",
+                    .help = "Lines of this level and above, 0 to 5 or its word",
+                    .words = {"trace", "detail", "progress", "info", "warning", "error"}},
                    {"--since", "TIME", "Lines since: 2025-03-31, '2025-03-31 09:12', 10m"}},
        .run = RunLog},
       {.name = "seal",
        .help = "Makes the delivered policy file of a policy",
-       .options = {kFile, {"-o,--output", "FILE", "Another place for it"}, kPolicyId, kForce},
+       .options = {kFile, Output("FILE", "Another place for it", false), kPolicyId, kForce},
        .run = RunSeal},
       {.name = "unseal",
        .help = "Gives the text of a delivered policy file back",
-       .options = {{"FILE", "", "The sealed file (the delivered one)"},
-                   {"-o,--output", "FILE", "A file for the text"}},
+       .options = {File("FILE", "The sealed file (the delivered one)", false),
+                   Output("FILE", "A file for the text", false)},
        .run = RunUnseal},
       {.name = "serve", .help = "Runs the control service and prints its events", .run = RunServe},
       {.name = "doctor",
        .help = "Tells what an export would meet on this machine; changes nothing",
        .options = {kJson},
        .run = RunDoctor},
+      {.name = "print-manual",
+       .help = "Prints this program's page of the manual",
+       .run = RunPrintManual,
+       .needsMachine = false,
+       .isHidden = true},
+      {.name = "print-completion",
+       .help = "Prints the completion of its command line for bash",
+       .run = RunPrintCompletion,
+       .needsMachine = false,
+       .isHidden = true},
   };
 }
 

@@ -30,7 +30,7 @@ constexpr int kMisused = 2;
 
 /// The command line as it is read: by CLI11, which keeps what it finds in Values.
 struct CommandLine {
-  CLI::App parser{"Host program of the SigilSetting library", "sigilctl"};
+  CLI::App parser{kSummary, "sigilctl"};
   std::string root;
   Values values;
   const Command* chosen = nullptr;
@@ -41,11 +41,10 @@ void AddOption(CLI::App& parser, const Option& option, Values& values) {
     values.Set(key, text);
   };
   CLI::Option* const added =
-      option.name.starts_with('-') && option.value.empty()
-          ? parser.add_flag_callback(
-                option.name, [keep] { keep(""); }, option.help)
-          : parser.add_option_function<std::string>(option.name, keep, option.help)
-                ->type_name(option.value);
+      option.IsFlag() ? parser.add_flag_callback(
+                            option.name, [keep] { keep(""); }, option.Help())
+                      : parser.add_option_function<std::string>(option.name, keep, option.Help())
+                            ->type_name(option.value);
   added->required(option.isNeeded);
   if (!option.needs.empty()) added->needs(parser.get_option(option.needs));
 }
@@ -53,10 +52,14 @@ void AddOption(CLI::App& parser, const Option& option, Values& values) {
 void Define(CommandLine& line, const std::vector<Command>& commands) {
   line.parser.fallthrough();  // --root may stand behind the command too, which takes this over now
   line.parser.footer(kFooter);
-  line.parser.set_version_flag("--version", std::string("sigilctl ") + SIGIL_VERSION);
-  line.parser.add_option("--root", line.root, kRootHelp)->type_name("ROOT");
+  line.parser.set_help_flag(kHelpOption.name, kHelpOption.help);
+  line.parser.set_version_flag(kVersionOption.name, std::string("sigilctl ") + SIGIL_VERSION,
+                               kVersionOption.help);
+  line.parser.add_option(kRootOption.name, line.root, kRootOption.help)
+      ->type_name(kRootOption.value);
   for (const Command& command : commands) {
     CLI::App* const parser = line.parser.add_subcommand(command.name, command.help);
+    if (command.isHidden) parser->group("");
     for (const Option& option : command.options) AddOption(*parser, option, line.values);
     parser->callback([&line, &command] { line.chosen = &command; });
   }

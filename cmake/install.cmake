@@ -4,7 +4,7 @@
 #            LIBDIR/sigil/                   sigilctl and, beside it as beside any host, the component
 #                                            and the log that stand in for the closed ones; apart from
 #                                            LIBDIR, where another liblog4cxx.so may lie
-#            bin/sigilctl                    a link there
+#            bin/sigilctl                    a link there; its manual page and its completion for bash
 #   Windows  bin/SigilSetting.dll            the closed parts come with the host
 #   both     include/sigil/sigil_setting.h, the CMake package, the guides for hosts; pkg-config's file
 #            on Linux
@@ -70,6 +70,18 @@ if(NOT WIN32)
   file(CREATE_LINK ${program} ${links}/sigilctl SYMBOLIC)
   install(FILES ${links}/lib${PROJECT_NAME}.so DESTINATION ${SIGIL_PRIVATE_DIR})
   install(FILES ${links}/sigilctl DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+  # The program prints them itself, from the definitions of its commands.
+  set(manual ${PROJECT_BINARY_DIR}/sigilctl.1)
+  set(completion ${PROJECT_BINARY_DIR}/completion/sigilctl)
+  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/completion)
+  add_custom_command(OUTPUT ${manual}.gz ${completion} DEPENDS sigilctl
+                     COMMAND sigilctl print-manual > ${manual}
+                     COMMAND gzip -9nkf ${manual}
+                     COMMAND sigilctl print-completion > ${completion})
+  add_custom_target(sigilctl_pages ALL DEPENDS ${manual}.gz ${completion})
+  install(FILES ${manual}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${completion} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
   set(folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
   file(RELATIVE_PATH SIGIL_PREFIX_FROM_HERE /${folder} /)
