@@ -109,6 +109,7 @@ Diagnosis Diagnose() {
   Diagnosis diagnosis;
   diagnosis.machine = platform::MachineRoot().string();
   diagnosis.parts = Parts(findings);
+  diagnosis.unread = findings.unread;
   if (findings.policy && findings.scope) {
     diagnosis.scope = findings.scope;
     diagnosis.scopeMeaning = ScopeMeaning(*findings.scope);

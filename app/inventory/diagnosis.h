@@ -35,6 +35,7 @@ struct Diagnosis {
 
   std::string machine;
   std::vector<Part> parts;
+  std::vector<UnreadLine> unread;
 
   /// Of the delivered policy; nothing when there is none, or none that is readable.
   std::optional<int> scope;

@@ -35,6 +35,14 @@ std::string Listed(const std::vector<std::string>& ids) {
   return OneLine(list, kElementsWidth);
 }
 
+void PrintUnread(std::ostream& out, const Diagnosis& diagnosis) {
+  if (diagnosis.unread.empty()) return;
+  out << "\nLines of machine.ini that are not read as they stand\n";
+  PrintList(out, {"Line", "Name", "Why"}, diagnosis.unread, [](const UnreadLine& each) {
+    return Row{std::to_string(each.line), each.name, each.reason};
+  });
+}
+
 void PrintPolicy(std::ostream& out, const Diagnosis& diagnosis) {
   if (!diagnosis.scope) return;
   out << "\nDelivered policy; set goes by number 1, whose scope is " << *diagnosis.scope << ": "
@@ -68,6 +76,7 @@ void PrintDiagnosis(std::ostream& out, const Diagnosis& diagnosis) {
   PrintList(out, {"Part", "State", "Place"}, diagnosis.parts, [](const Diagnosis::Part& each) {
     return Row{each.name, each.state, each.place};
   });
+  PrintUnread(out, diagnosis);
   PrintPolicy(out, diagnosis);
   PrintPrinters(out, diagnosis);
   out << "\nWhat an export would give now\n";

@@ -10,9 +10,9 @@ namespace app {
 /// stop. Long lists are cut, and it is told how long they are.
 void PrintDiagnosis(std::ostream& out, const Diagnosis& diagnosis);
 
-/// All of it, as one JSON object: `machine`, `good`, `parts`, `policy` (null when none is readable;
-/// else `scope`, `policies` and `elements`), `printers` (null when they cannot be listed) and
-/// `forecast`.
+/// All of it, as one JSON object: `machine`, `good`, `parts`, `unread` (lines of machine.ini),
+/// `policy` (null when none is readable; else `scope`, `policies` and `elements`), `printers` (null
+/// when they cannot be listed) and `forecast`.
 void PrintDiagnosisJson(std::ostream& out, const Diagnosis& diagnosis);
 
 }  // namespace app

@@ -8,6 +8,10 @@ Json ToJson(const Diagnosis::Part& part) {
   return {{"part", part.name}, {"state", part.state}, {"place", part.place}};
 }
 
+Json ToJson(const UnreadLine& line) {
+  return {{"line", line.line}, {"name", line.name}, {"reason", line.reason}};
+}
+
 Json ToJson(const Diagnosis::PolicyRow& policy) {
   return {{"policy", policy.id}, {"scope", policy.scope}, {"elements", policy.elements}};
 }
@@ -45,6 +49,7 @@ void PrintDiagnosisJson(std::ostream& out, const Diagnosis& diagnosis) {
   PrintJson(out, {{"machine", diagnosis.machine},
                   {"good", diagnosis.IsGood()},
                   {"parts", ToJson(diagnosis.parts)},
+                  {"unread", ToJson(diagnosis.unread)},
                   {"policy", policy},
                   {"printers", diagnosis.printers ? ToJson(*diagnosis.printers) : Json()},
                   {"forecast", ToJson(diagnosis.forecasts)}});

@@ -1,6 +1,8 @@
 #include "app/inventory/findings.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
@@ -87,9 +89,33 @@ void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
   findings.unstoredName = WhyNotStored(platform::HostPath(file));
 }
 
+UnreadLine InWords(const platform::UnreadLine& line) {
+  using Reason = platform::UnreadLine::Reason;
+  const std::string name = platform::ToUtf8(line.name);
+  switch (line.reason) {
+    case Reason::kNoText:
+      return {line.number, name, "no UTF-8 text"};
+    case Reason::kNoSection:
+      return {line.number, name, "before the first section, where nothing is read"};
+    case Reason::kUnknownSection:
+      return {line.number, name, "nobody reads a section of this name"};
+    case Reason::kSecondSection:
+      return {line.number, name, "the first section of this name counts"};
+    case Reason::kUnknownKey:
+      return {line.number, name, "nobody reads this name here"};
+    case Reason::kSecondKey:
+      return {line.number, name, "the first of this name counts"};
+    case Reason::kNoValue:
+      break;
+  }
+  return {line.number, name, "a line without '='"};
+}
+
 void ExamineMachine(Findings& findings) {
   try {
-    platform::Machine machine = platform::LoadMachine();
+    std::vector<platform::UnreadLine> unread;
+    platform::Machine machine = platform::LoadMachine(&unread);
+    std::ranges::transform(unread, std::back_inserter(findings.unread), InWords);
     findings.user = platform::ToUtf8(machine.user);
     findings.printers.emplace();
     for (platform::Printer& printer : machine.printers)

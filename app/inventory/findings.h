@@ -24,6 +24,13 @@ struct PrinterFinding {
   PrinterKind kind;
 };
 
+/// A line of machine.ini that is not read as it stands.
+struct UnreadLine {
+  std::size_t line;  ///< From 1 on.
+  std::string name;  ///< Of the entry, or "[...]" of the section.
+  std::string reason;
+};
+
 struct Findings {
   DeliveryFolder delivery;
 
@@ -39,6 +46,8 @@ struct Findings {
   std::string user;
   bool hasFullName = false;  ///< The user information file has one.
   std::string unstoredName;  ///< Why a full name that is found would not be stored; or empty.
+
+  std::vector<UnreadLine> unread;
 
   /// Nothing when the spooler has no list, and why.
   std::optional<std::vector<PrinterFinding>> printers;

@@ -59,6 +59,10 @@ auto FindEntry(Lines& lines, std::wstring_view key) {
   });
 }
 
+IniFile::Line& LastLine(IniFile::Section& section) {
+  return section.lines.empty() ? section.header : section.lines.back();
+}
+
 template <typename Sections>
 auto FindSection(Sections& sections, std::wstring_view name) {
   return std::find_if(sections.begin(), sections.end(),
@@ -97,17 +101,13 @@ void IniFile::AddLine(std::string_view bytes) {
   const std::wstring decoded = Decode(bytes);
   std::wstring_view text = decoded;
   text = Trim(text.substr(0, text.find(L'\0')));
-  if (const auto name = HeaderName(text)) {
-    Section& section = m_sections.emplace_back();
-    section.name = *name;
-    section.header = bytes;
-  } else if (m_sections.empty()) {
-    m_head += bytes;
-  } else {
-    Line& line = m_sections.back().lines.emplace_back();
-    line.bytes = bytes;
-    ParseEntry(text, line);
-  }
+  const auto name = HeaderName(text);
+  if (name) m_sections.emplace_back().name = *name;
+  Section& section = m_sections.empty() ? m_head : m_sections.back();
+  Line& line = name ? section.header : section.lines.emplace_back();
+  line.number = ++m_lines;
+  line.bytes = bytes;
+  if (!name) ParseEntry(text, line);
 }
 
 const IniFile::Section* IniFile::Find(std::wstring_view section) const {
@@ -115,15 +115,18 @@ const IniFile::Section* IniFile::Find(std::wstring_view section) const {
   return found == m_sections.end() ? nullptr : &*found;
 }
 
+bool IniFile::IsText(const Line& line) const {
+  const std::wstring text = Decode(line.bytes);
+  return text.find(L'\0') == text.npos && Encode(text) == line.bytes;
+}
+
 void IniFile::Set(std::wstring_view section, std::wstring_view key, std::wstring_view value) {
   auto target = FindSection(m_sections, section);
   if (target == m_sections.end()) {
-    EndLine(m_sections.empty()                ? m_head
-            : m_sections.back().lines.empty() ? m_sections.back().header
-                                              : m_sections.back().lines.back().bytes);
+    EndLine(LastLine(m_sections.empty() ? m_head : m_sections.back()).bytes);
     target = m_sections.emplace(m_sections.end());
     target->name = section;
-    target->header = Encode(L"[" + target->name + L"]\r\n");
+    target->header.bytes = Encode(L"[" + target->name + L"]\r\n");
   }
   auto& lines = target->lines;
   const auto found = FindEntry(lines, key);
@@ -135,16 +138,18 @@ void IniFile::Set(std::wstring_view section, std::wstring_view key, std::wstring
   const auto last = std::find_if(lines.rbegin(), lines.rend(), [this](const Line& line) {
                       return line.isEntry || !Trim(Decode(line.bytes)).empty();
                     }).base();
-  EndLine(last == lines.begin() ? target->header : std::prev(last)->bytes);
+  EndLine((last == lines.begin() ? target->header : *std::prev(last)).bytes);
   lines.insert(last, MakeEntry(key, value));
 }
 
 std::string IniFile::Bytes() const {
-  std::string bytes = m_mark + m_head;
-  for (const Section& section : m_sections) {
-    bytes += section.header;
+  std::string bytes = m_mark;
+  const auto add = [&bytes](const Section& section) {
+    bytes += section.header.bytes;
     for (const Line& line : section.lines) bytes += line.bytes;
-  }
+  };
+  add(m_head);
+  std::for_each(m_sections.begin(), m_sections.end(), add);
   return bytes;
 }
 

@@ -15,7 +15,8 @@ class IniFile {
   enum class Encoding { kAnsi, kUtf8, kUtf16 };
 
   struct Line {
-    std::string bytes;  ///< With the line's end.
+    std::size_t number = 0;  ///< From 1 on; 0 for a line that was set.
+    std::string bytes;       ///< With the line's end.
     bool isEntry = false;
     std::wstring key;
     std::optional<std::wstring> value;  ///< Null for a key without '='.
@@ -23,20 +24,21 @@ class IniFile {
 
   struct Section {
     std::wstring name;
+    Line header;
     std::vector<Line> lines;  ///< Without the header.
 
     /// The first of them with this key; null: none.
     const Line* Find(std::wstring_view key) const;
-
-   private:
-    friend class IniFile;
-    std::string header;
   };
 
   /// `encoding` is that of a text without byte order mark.
   IniFile(std::string_view bytes, Encoding encoding);
 
   const std::vector<Section>& Sections() const { return m_sections; }
+  /// The lines before the first section, which belong to none.
+  const std::vector<Line>& Head() const { return m_head.lines; }
+  /// Whether the line is well-formed in the file's encoding and has no NUL.
+  bool IsText(const Line& line) const;
   /// The first section of this name; null: none.
   const Section* Find(std::wstring_view section) const;
 
@@ -54,7 +56,8 @@ class IniFile {
 
   Encoding m_encoding;
   std::string m_mark;
-  std::string m_head;  ///< The lines before the first section.
+  std::size_t m_lines = 0;  ///< So many have been read.
+  Section m_head;           ///< Without a header.
   std::vector<Section> m_sections;
 };
 

@@ -30,4 +30,10 @@ bool StartsWithName(std::wstring_view text, std::wstring_view start) {
                     [](wchar_t one, wchar_t other) { return Upper(one) == Upper(other); });
 }
 
+std::wstring Folded(std::wstring_view name) {
+  std::wstring folded(name);
+  std::transform(folded.begin(), folded.end(), folded.begin(), Upper);
+  return folded;
+}
+
 }  // namespace platform

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
 #include <system_error>
 
 #include "platform/posix/machine/ini_file.h"
@@ -19,6 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::wstring_view kSeparators = L"\\/";
+constexpr std::wstring_view kOwn = L"Machine";
 constexpr std::wstring_view kPrinterPrefix = L"Printer ";
 constexpr std::wstring_view kAccounts = L"Accounts";
 
@@ -38,29 +40,121 @@ std::wstring LoginName() {
   return user ? user->login : std::to_wstring(geteuid());
 }
 
-/// A missing value and an empty one are alike.
-std::wstring ValueOf(const IniFile::Section* section, std::wstring_view key,
-                     std::wstring_view fallback) {
-  const IniFile::Line* line = section == nullptr ? nullptr : section->Find(key);
-  const bool isThere = line != nullptr && line->value && !line->value->empty();
-  return isThere ? *line->value : std::wstring(fallback);
+bool IsAccounts(const IniFile::Section& section) {
+  return SameName(section.name, kAccounts) ||
+         StartsWithName(section.name, std::wstring(kAccounts) + L' ');
 }
 
-Printer PrinterOf(const IniFile::Section& section) {
-  Printer printer;
-  printer.name = Trim(std::wstring_view(section.name).substr(kPrinterPrefix.size()));
-  printer.driver = ValueOf(&section, L"Driver", L"");
-  if (const IniFile::Line* comment = section.Find(L"Comment")) printer.comment = comment->value;
-  return printer;
+std::wstring_view WithoutBackslashes(std::wstring_view server) {
+  return server.substr(server.starts_with(LR"(\\)") ? 2 : 0);
 }
 
-AccountList AccountsOf(const IniFile::Section& section) {
-  AccountList list;
-  list.server = Trim(std::wstring_view(section.name).substr(kAccounts.size()));
-  for (const IniFile::Line& line : section.lines)
-    if (line.isEntry) list.accounts.push_back({line.key, line.value});
-  return list;
-}
+/// Makes a machine of a file and remembers the lines that it has made something of, so that it can
+/// tell the others.
+class Reader {
+ public:
+  explicit Reader(const IniFile& file) : m_file(file) {}
+
+  Machine Read() {
+    const IniFile::Section* own = m_file.Find(kOwn);
+    if (own != nullptr) m_read.insert(own->header.number);
+    Machine machine;
+    machine.user = ValueOf(own, L"User", LoginName());
+    machine.domain = ValueOf(own, L"Domain", L"WORKGROUP");
+    machine.joined = ValueOf(own, L"Joined", L"0") == L"1";
+    machine.controller = ValueOf(own, L"Controller", L"");
+    for (const IniFile::Section& section : m_file.Sections()) {
+      if (StartsWithName(section.name, kPrinterPrefix)) {
+        machine.printers.push_back(PrinterOf(section));
+      } else if (IsAccounts(section)) {
+        machine.accountLists.push_back(AccountsOf(section));
+      } else {
+        continue;
+      }
+      m_read.insert(section.header.number);
+    }
+    return machine;
+  }
+
+  /// By their numbers.
+  std::vector<UnreadLine> Unread() const {
+    std::vector<UnreadLine> unread;
+    for (const IniFile::Line& line : m_file.Head()) {
+      if (!m_file.IsText(line))
+        unread.push_back({line.number, line.key, Reason::kNoText});
+      else if (line.isEntry)
+        unread.push_back({line.number, line.key, Reason::kNoSection});
+    }
+    for (const IniFile::Section& section : m_file.Sections()) AddUnread(section, unread);
+    return unread;
+  }
+
+ private:
+  using Reason = UnreadLine::Reason;
+
+  const std::optional<std::wstring>& Use(const IniFile::Line& line) {
+    if (line.value) m_read.insert(line.number);
+    return line.value;
+  }
+
+  /// A missing value and an empty one are alike.
+  std::wstring ValueOf(const IniFile::Section* section, std::wstring_view key,
+                       std::wstring_view fallback) {
+    const IniFile::Line* line = section == nullptr ? nullptr : section->Find(key);
+    const bool isThere = line != nullptr && Use(*line) && !line->value->empty();
+    return isThere ? *line->value : std::wstring(fallback);
+  }
+
+  Printer PrinterOf(const IniFile::Section& section) {
+    Printer printer;
+    printer.name = Trim(std::wstring_view(section.name).substr(kPrinterPrefix.size()));
+    printer.driver = ValueOf(&section, L"Driver", L"");
+    if (const IniFile::Line* comment = section.Find(L"Comment")) printer.comment = Use(*comment);
+    return printer;
+  }
+
+  /// Of two accounts of one login on a server the first counts.
+  AccountList AccountsOf(const IniFile::Section& section) {
+    AccountList list;
+    list.server = Trim(std::wstring_view(section.name).substr(kAccounts.size()));
+    const std::wstring server = Folded(WithoutBackslashes(list.server)) + L'\n';
+    for (const IniFile::Line& line : section.lines) {
+      if (!line.isEntry || !m_accounts.insert(server + Folded(line.key)).second) continue;
+      list.accounts.push_back({line.key, line.value});
+      m_read.insert(line.number);
+    }
+    return list;
+  }
+
+  void AddUnread(const IniFile::Section& section, std::vector<UnreadLine>& unread) const {
+    const bool isRead = m_read.contains(section.header.number);
+    const std::wstring name = L"[" + section.name + L"]";
+    if (!m_file.IsText(section.header))
+      unread.push_back({section.header.number, name, Reason::kNoText});
+    else if (!isRead)
+      unread.push_back(
+          {section.header.number, name,
+           SameName(section.name, kOwn) ? Reason::kSecondSection : Reason::kUnknownSection});
+    std::set<std::wstring> keys;
+    for (const IniFile::Line& line : section.lines) {
+      const bool isFirst = line.isEntry && keys.insert(Folded(line.key)).second;
+      if (!m_file.IsText(line))
+        unread.push_back({line.number, line.key, Reason::kNoText});
+      else if (isRead && line.isEntry && !m_read.contains(line.number))
+        unread.push_back({line.number, line.key, WhyUnread(section, line, isFirst)});
+    }
+  }
+
+  static Reason WhyUnread(const IniFile::Section& section, const IniFile::Line& line,
+                          bool isFirst) {
+    if (!isFirst || IsAccounts(section)) return Reason::kSecondKey;
+    return line.value ? Reason::kUnknownKey : Reason::kNoValue;
+  }
+
+  const IniFile& m_file;
+  std::set<std::size_t> m_read;       ///< Numbers of lines.
+  std::set<std::wstring> m_accounts;  ///< Server and login.
+};
 
 }  // namespace
 
@@ -108,30 +202,17 @@ fs::path HostPath(std::wstring_view windowsPath) {
   return path;
 }
 
-Machine LoadMachine() {
+Machine LoadMachine(std::vector<UnreadLine>* unread) {
   const auto bytes = ReadWholeFile(MachineRoot() / "machine.ini");
   const IniFile file(bytes.value_or(""), IniFile::Encoding::kUtf8);
-  const IniFile::Section* own = file.Find(L"Machine");
-  Machine machine;
-  machine.user = ValueOf(own, L"User", LoginName());
-  machine.domain = ValueOf(own, L"Domain", L"WORKGROUP");
-  machine.joined = ValueOf(own, L"Joined", L"0") == L"1";
-  machine.controller = ValueOf(own, L"Controller", L"");
-  for (const IniFile::Section& section : file.Sections()) {
-    if (StartsWithName(section.name, kPrinterPrefix)) {
-      machine.printers.push_back(PrinterOf(section));
-    } else if (SameName(section.name, kAccounts) ||
-               StartsWithName(section.name, std::wstring(kAccounts) + L' ')) {
-      machine.accountLists.push_back(AccountsOf(section));
-    }
-  }
+  Reader reader(file);
+  Machine machine = reader.Read();
+  if (unread != nullptr) *unread = reader.Unread();
   return machine;
 }
 
 bool SameServer(std::wstring_view left, std::wstring_view right) {
-  for (std::wstring_view* name : {&left, &right})
-    if (name->starts_with(LR"(\\)")) name->remove_prefix(2);
-  return SameName(left, right);
+  return SameName(WithoutBackslashes(left), WithoutBackslashes(right));
 }
 
 }  // namespace platform

@@ -51,9 +51,26 @@ struct Machine {
   std::vector<Printer> printers;
 };
 
-/// Reads machine.ini anew. A missing file is a machine with no printers and accounts of its own.
-/// Throws std::system_error when the file is there and cannot be read.
-Machine LoadMachine();
+/// A line of machine.ini that is not read as it stands.
+struct UnreadLine {
+  enum class Reason {
+    kNoText,          ///< It is ill-formed in the file's encoding, or has a NUL.
+    kNoSection,       ///< It stands before the first section.
+    kUnknownSection,  ///< The header of a section that nobody reads, with all its lines.
+    kSecondSection,   ///< The same of a section of which the first counts.
+    kUnknownKey,      ///< Nobody reads an entry of this name.
+    kSecondKey,       ///< An entry of which the first counts.
+    kNoValue,         ///< There is no '=', where a value is read.
+  };
+  std::size_t number;  ///< From 1 on.
+  std::wstring name;   ///< Of the entry, or "[...]" of the section.
+  Reason reason;
+};
+
+/// Reads machine.ini anew, and tells the lines that the reading has made nothing of. A missing file
+/// is a machine with no printers and accounts of its own. Throws std::system_error when the file is
+/// there and cannot be read.
+Machine LoadMachine(std::vector<UnreadLine>* unread = nullptr);
 
 /// Whether two names are of one server, with or without their leading backslashes.
 bool SameServer(std::wstring_view left, std::wstring_view right);
