@@ -6,8 +6,6 @@
 
 namespace app {
 
-inline constexpr wchar_t kPipe[] = L"\\\\.\\pipe\\hlwatermark";
-
 std::wstring ClientIni();
 /// The file that the policy file's key comes from.
 std::wstring KeySource();

@@ -2,6 +2,7 @@
 
 #include <cctype>
 
+#include "platform/owner.h"
 #include "platform/utf.h"
 #include "platform/xml.h"
 
@@ -10,13 +11,7 @@ namespace {
 
 using _com_util::CheckError;
 
-class Apartment {
- public:
-  Apartment() { CheckError(CoInitialize(nullptr)); }
-  ~Apartment() { CoUninitialize(); }
-  Apartment(const Apartment&) = delete;
-  Apartment& operator=(const Apartment&) = delete;
-};
+constexpr auto kCloseCom = [](bool) { CoUninitialize(); };
 
 std::wstring Text(const _bstr_t& text) {
   return {static_cast<const wchar_t*>(text), text.length()};
@@ -88,7 +83,8 @@ std::string WhyNotLoaded(const IXMLDOMDocument2Ptr& document) {
 }
 
 PolicyText Read(const std::wstring& text) {
-  const Apartment apartment;
+  CheckError(CoInitialize(nullptr));
+  const Owner<bool, kCloseCom> com(true);
   const IXMLDOMDocument2Ptr document = NewDocument();
   VARIANT_BOOL isLoaded = VARIANT_FALSE;
   CheckError(document->loadXML(_bstr_t(text.c_str()), &isLoaded));

@@ -35,3 +35,12 @@ void SplitRow(const CString& row, CArray<CString>& fields) {
   if (Scan(row, false, fields, field)) Scan(row, true, fields, field);
   fields.Add(field);
 }
+
+RowRead ReadRow(CStdioFile& file, CArray<CString>& fields) {
+  fields.RemoveAll();
+  CString row;
+  if (!file.ReadString(row)) return RowRead::kEnd;
+  if (row.IsEmpty()) return RowRead::kEmpty;
+  SplitRow(row, fields);
+  return RowRead::kFields;
+}

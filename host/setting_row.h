@@ -12,3 +12,8 @@ constexpr wchar_t kWatermarkKey[] = L"63";
 /// field, and a doubled quote there is one quote; a quote between other characters, from the fourth
 /// on, stays.
 void SplitRow(const CString& row, CArray<CString>& fields);
+
+enum class RowRead { kFields, kEnd, kEmpty };
+
+/// The fields of the file's next row, if it has one with text; the first row without ends its data.
+RowRead ReadRow(CStdioFile& file, CArray<CString>& fields);

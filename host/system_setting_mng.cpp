@@ -74,17 +74,11 @@ int CSystemSettingMng::LoadFile() {
 
 int CSystemSettingMng::ReadCSV() {
   Log(Start(kReadCsv));
-  m_aryFields.RemoveAll();
-  CString line;
-  if (!ReadString(line)) {
-    Log(kNoMoreRows);
+  const RowRead row = ReadRow(*this, m_aryFields);
+  if (row != RowRead::kFields) {
+    Log(row == RowRead::kEnd ? kNoMoreRows : kEmptyRow);
     return 0;
   }
-  if (line.IsEmpty()) {
-    Log(kEmptyRow);
-    return 0;
-  }
-  SplitRow(line, m_aryFields);
   Log(End(kReadCsv));
   return 1;
 }

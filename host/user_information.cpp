@@ -4,6 +4,7 @@
 
 #include "component/operation_sigil_settings.h"
 #include "host/full_name_lookup.h"
+#include "host/shared_names.h"
 #include "logging/log.h"
 #include "platform/netapi.h"
 #include "platform/profile.h"
@@ -11,11 +12,6 @@
 namespace SigilSettingManagement {
 namespace {
 
-constexpr wchar_t kSection[] = L"User";
-constexpr wchar_t kState[] = L"GetUserState";
-constexpr wchar_t kFullName[] = L"UserFullName";
-constexpr wchar_t kDomainName[] = L"DomainName";
-constexpr wchar_t kLoginId[] = L"LoginID";
 constexpr DWORD kTextCapacity = 256;
 
 /// The messages of the two ways in which a function fails.
@@ -80,7 +76,7 @@ class CUserInformation {
     wchar_t folder[OperationSigilSettings::kFolderCapacity] = {};
     const bool known = settings.GetSettingFileDirPath(folder) != 0;
     settings.ReleaseInstance();
-    if (known) m_strFilePath = CString(folder) + L"\\UserInfoWM.ini";
+    if (known) m_strFilePath = CString(folder) + kUserInformationName;
   }
 
   bool IsKnown() const { return !m_strFilePath.IsEmpty(); }
@@ -88,17 +84,18 @@ class CUserInformation {
 
   int State() const {
     if (!IsKnown()) return 0;
-    return static_cast<int>(GetPrivateProfileIntW(kSection, kState, 0, m_strFilePath));
+    return static_cast<int>(GetPrivateProfileIntW(kUserSection, kUserStateKey, 0, m_strFilePath));
   }
 
   CString Text(const wchar_t* key) const {
     wchar_t text[kTextCapacity] = {};
-    if (IsKnown()) GetPrivateProfileStringW(kSection, key, L"", text, kTextCapacity, m_strFilePath);
+    if (IsKnown())
+      GetPrivateProfileStringW(kUserSection, key, L"", text, kTextCapacity, m_strFilePath);
     return text;
   }
 
   void Write(const wchar_t* key, const wchar_t* text) const {
-    if (IsKnown()) WritePrivateProfileStringW(kSection, key, text, m_strFilePath);
+    if (IsKnown()) WritePrivateProfileStringW(kUserSection, key, text, m_strFilePath);
   }
 
  private:
@@ -145,16 +142,16 @@ void LookUpAndStore(const CUserInformation& file, const CString& storedName, CSt
   if (!fullName.IsEmpty()) {
     name = fullName;
     found = true;
-    file.Write(kDomainName, domainController);
-    file.Write(kFullName, fullName);
-    file.Write(kState, L"1");
+    file.Write(kUserDomainKey, domainController);
+    file.Write(kUserFullNameKey, fullName);
+    file.Write(kUserStateKey, L"1");
     Log(prepare::kUsed);
   } else if (!storedName.IsEmpty()) {
     name = storedName;
     Log(prepare::kStoredUsed);
   } else {
     name = loginName;
-    file.Write(kLoginId, loginName);
+    file.Write(kUserLoginKey, loginName);
     Log(prepare::kLoginUsed);
   }
 }
@@ -170,7 +167,7 @@ bool PrepareUserFullName(CString& name) {
       Log(prepare::kNoFolder);
     }
     const int state = file.State();
-    const CString storedName = file.Text(kFullName);
+    const CString storedName = file.Text(kUserFullNameKey);
     if (state != 0) {
       found = true;
       Log(prepare::kKnown);
@@ -185,8 +182,8 @@ bool GetUserFullName(CString& name) {
   name.Empty();
   bool stored = false;
   WithUserInformation(get::kEnds, [&](const CUserInformation& file) {
-    const CString fullName = file.Text(kFullName);
-    const CString loginName = file.Text(kLoginId);
+    const CString fullName = file.Text(kUserFullNameKey);
+    const CString loginName = file.Text(kUserLoginKey);
     if (!fullName.IsEmpty()) {
       name = fullName;
       stored = true;
@@ -204,7 +201,8 @@ bool GetUserFullName(CString& name) {
 }
 
 void InitializeFullNameState() {
-  WithUserInformation(reset::kEnds, [](const CUserInformation& file) { file.Write(kState, L"0"); });
+  WithUserInformation(reset::kEnds,
+                      [](const CUserInformation& file) { file.Write(kUserStateKey, L"0"); });
 }
 
 int GetFullNameState() {

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "component/security_attributes.h"
+#include "host/shared_names.h"
 #include "logging/log.h"
 #include "platform/file.h"
 #include "platform/owner.h"
@@ -12,7 +13,6 @@
 namespace SigilSettingManagement {
 namespace {
 
-constexpr wchar_t kPipeName[] = L"\\\\.\\pipe\\hlwatermark";
 constexpr DWORD kMessageSize = 16;
 
 constexpr wchar_t kNotify[] = L"SigilSettingManagement::NotificationReleaseMode";
@@ -33,7 +33,7 @@ constexpr auto kClosePipe = [](HANDLE pipe) { CloseHandle(pipe); };
 /// Null when the pipe cannot be opened.
 HANDLE OpenPipe(SECURITY_ATTRIBUTES* attributes) {
   const HANDLE pipe =
-      CreateFileW(kPipeName, GENERIC_WRITE, 0, attributes, OPEN_EXISTING, 0, nullptr);
+      CreateFileW(kControlPipe, GENERIC_WRITE, 0, attributes, OPEN_EXISTING, 0, nullptr);
   return pipe == INVALID_HANDLE_VALUE ? nullptr : pipe;
 }
 

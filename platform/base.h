@@ -56,10 +56,7 @@ constexpr BOOL FALSE = 0;
 constexpr BOOL TRUE = 1;
 constexpr std::size_t MAX_PATH = 260;
 
-inline HANDLE InvalidHandle() {
-  return reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1));
-}
-#define INVALID_HANDLE_VALUE InvalidHandle()
+#define INVALID_HANDLE_VALUE reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1))
 
 constexpr DWORD ERROR_SUCCESS = 0;
 constexpr DWORD ERROR_FILE_NOT_FOUND = 2;

@@ -48,13 +48,12 @@ using VARIANT_BOOL = std::int16_t;
 constexpr VARIANT_BOOL VARIANT_TRUE = -1;
 constexpr VARIANT_BOOL VARIANT_FALSE = 0;
 
-using VARTYPE = std::uint16_t;
-constexpr VARTYPE VT_NULL = 1;
-constexpr VARTYPE VT_BSTR = 8;
+constexpr std::uint16_t VT_NULL = 1;
+constexpr std::uint16_t VT_BSTR = 8;
 
 /// `bstrVal` counts only for VT_BSTR; the value owns it.
 struct VARIANT {
-  VARTYPE vt;
+  std::uint16_t vt;
   BSTR bstrVal;
 };
 

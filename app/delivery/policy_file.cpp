@@ -3,11 +3,11 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
-#include <memory>
 #include <stdexcept>
 
 #include "app/client.h"
 #include "app/input_file.h"
+#include "platform/owner.h"
 #include "platform/posix/machine/machine.h"
 #include "policy/policy_file_cipher.h"
 
@@ -38,14 +38,13 @@ void Check(int result) {
 
 /// One message; its length is a multiple of a block's.
 std::string Encrypt(std::string_view message, Key& key) {
-  const std::unique_ptr<EVP_CIPHER_CTX, void (*)(EVP_CIPHER_CTX*)> context(EVP_CIPHER_CTX_new(),
-                                                                           EVP_CIPHER_CTX_free);
-  Check(EVP_EncryptInit_ex(context.get(), EVP_aes_256_cbc(), nullptr, key.key.GetData(),
+  const Owner<EVP_CIPHER_CTX*, EVP_CIPHER_CTX_free> context(EVP_CIPHER_CTX_new());
+  Check(EVP_EncryptInit_ex(context.Get(), EVP_aes_256_cbc(), nullptr, key.key.GetData(),
                            key.vector.GetData()));
-  Check(EVP_CIPHER_CTX_set_padding(context.get(), 0));
+  Check(EVP_CIPHER_CTX_set_padding(context.Get(), 0));
   std::string result(message.size() + kBlock, '\0');
   int size = 0;
-  Check(EVP_EncryptUpdate(context.get(), reinterpret_cast<unsigned char*>(result.data()), &size,
+  Check(EVP_EncryptUpdate(context.Get(), reinterpret_cast<unsigned char*>(result.data()), &size,
                           reinterpret_cast<const unsigned char*>(message.data()),
                           static_cast<int>(message.size())));
   result.resize(static_cast<std::size_t>(size));

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "app/library.h"
+#include "host/shared_names.h"
 #include "platform/crt.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
@@ -72,7 +73,7 @@ std::vector<Diagnosis::Part> Parts(const Findings& findings) {
       {"Pipe",
        findings.pipeError == 0 ? "served"
                                : "not served (error " + std::to_string(findings.pipeError) + ")",
-       ToUtf8(kPipe)}};
+       ToUtf8(kControlPipe)}};
   for (const RefusedPlace& place : findings.refused)
     parts.push_back({"Not opened", place.why, place.path.string()});
   return parts;

@@ -10,6 +10,7 @@
 #include "app/inventory/function_switch.h"
 #include "app/inventory/log_view.h"
 #include "app/library.h"
+#include "host/shared_names.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/crt.h"
 #include "platform/file.h"
@@ -76,14 +77,15 @@ PrinterFinding Kinded(platform::Printer& printer) {
 
 std::string WhyNotStored(const fs::path& file) {
   const std::string refused = WhyRefused(file);
-  return refused.empty() ? WhyNotMade(file.parent_path()) : "UserInfoWM.ini " + refused;
+  return refused.empty() ? WhyNotMade(file.parent_path())
+                         : file.filename().string() + " " + refused;
 }
 
 void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
-  const std::wstring file = settingFolder + L"\\UserInfoWM.ini";
-  findings.hasFullName = GetPrivateProfileIntW(L"User", L"GetUserState", 0, file.c_str()) != 0;
+  const std::wstring file = settingFolder + kUserInformationName;
+  findings.hasFullName = GetPrivateProfileIntW(kUserSection, kUserStateKey, 0, file.c_str()) != 0;
   wchar_t name[256] = {};
-  GetPrivateProfileStringW(L"User", L"UserFullName", L"", name, 256, file.c_str());
+  GetPrivateProfileStringW(kUserSection, kUserFullNameKey, L"", name, 256, file.c_str());
   findings.user += findings.hasFullName ? ", full name " + platform::ToUtf8(name)
                                         : ", full name not obtained yet";
   findings.unstoredName = WhyNotStored(platform::HostPath(file));
@@ -144,7 +146,8 @@ void ExamineLog(Findings& findings) {
 }
 
 DWORD AskPipe() {
-  const HANDLE pipe = CreateFileW(kPipe, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  const HANDLE pipe =
+      CreateFileW(kControlPipe, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
   if (pipe == INVALID_HANDLE_VALUE) return GetLastError();
   CloseHandle(pipe);
   return ERROR_SUCCESS;

@@ -27,11 +27,9 @@ std::optional<int> ReadFunctionSwitch(const std::wstring& file) {
     return std::nullopt;
   int value = 0;
   try {
-    for (CString row; rows.ReadString(row) && !row.IsEmpty();) {
-      CArray<CString> fields;
-      SplitRow(row, fields);
+    CArray<CString> fields;
+    while (ReadRow(rows, fields) == RowRead::kFields)
       if (fields[0] == kWatermarkKey) value = fields.GetSize() > 1 ? _wtoi(fields[1]) : 0;
-    }
   } catch (const CFileException&) {
     return 0;
   }

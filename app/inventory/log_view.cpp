@@ -10,7 +10,6 @@
 #include <charconv>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <iterator>
 #include <optional>
 #include <string_view>
@@ -18,8 +17,6 @@
 
 #include "app/usage_error.h"
 #include "peers/descriptor.h"
-#include "peers/logging/log_file.h"
-#include "platform/posix/machine/machine.h"
 #include "platform/visible_text.h"
 
 namespace app {
@@ -206,12 +203,6 @@ std::string ParseSince(const std::string& text) {
 }
 
 }  // namespace
-
-fs::path LogFile() {
-  const char* named = std::getenv("SIGIL_LOG");
-  return named == nullptr || *named == '\0' ? platform::HostPath(logging::kLogFile)
-                                            : fs::path(named);
-}
 
 LogFilter ParseLogFilter(const std::string& level, const std::string& since) {
   return {level.empty() ? 0 : ParseLevel(level), since.empty() ? "" : ParseSince(since)};

@@ -6,10 +6,11 @@
 #include <filesystem>
 #include <string>
 
+#include "peers/logging/log_path_posix.h"
+
 namespace app {
 
-/// Where the library's lines go on this machine.
-std::filesystem::path LogFile();
+using logging::LogFile;
 
 /// What is left out. A line of another form than the library's is left out as soon as anything is.
 struct LogFilter {

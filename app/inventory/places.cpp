@@ -11,6 +11,7 @@
 
 #include "app/client.h"
 #include "app/inventory/log_view.h"
+#include "host/shared_names.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/machine_file.h"
@@ -75,7 +76,7 @@ std::vector<fs::path> KnownFiles() {
     files.push_back(platform::HostPath(path));
   try {
     const peers::SettingPlace setting = peers::FindSettingPlace();
-    files.push_back(setting.file.parent_path() / "UserInfoWM.ini");
+    files.push_back(platform::HostPath(setting.folder + kUserInformationName));
     files.push_back(setting.file);
     files.push_back(fs::path(setting.file) += ".lock");
   } catch (const std::runtime_error&) {

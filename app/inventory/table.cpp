@@ -10,6 +10,7 @@
 #include <ostream>
 #include <utility>
 
+#include "platform/owner.h"
 #include "platform/utf.h"
 #include "platform/visible_text.h"
 
@@ -19,22 +20,14 @@ namespace {
 /// Blanks between two cells.
 constexpr std::size_t kGap = 2;
 
-/// The C library's knowledge of all characters, whatever the process's locale.
-class UnicodeLocale {
- public:
-  UnicodeLocale() : m_before(uselocale(Get())) {}
-  ~UnicodeLocale() { uselocale(m_before); }
-  UnicodeLocale(const UnicodeLocale&) = delete;
-  UnicodeLocale& operator=(const UnicodeLocale&) = delete;
+/// The thread's locale, which another has taken the place of.
+using LocaleBefore = Owner<locale_t, uselocale>;
 
- private:
-  static locale_t Get() {
-    static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    return unicode;  // without it the current one stays
-  }
-
-  locale_t m_before;
-};
+/// The C library's knowledge of all characters from now on, whatever the process's locale.
+LocaleBefore UseUnicode() {
+  static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  return LocaleBefore(uselocale(unicode));  // without it the current one stays
+}
 
 /// Whole characters, one in each wchar_t.
 std::wstring Characters(std::string_view text) {
@@ -121,12 +114,12 @@ void PrintRecords(std::ostream& out, const std::vector<Row>& rows, std::string_v
 }  // namespace
 
 std::size_t DisplayWidth(std::string_view text) {
-  const UnicodeLocale locale;
+  const LocaleBefore before = UseUnicode();
   return Width(Characters(text));
 }
 
 std::string OneLine(std::string_view text, std::size_t width) {
-  const UnicodeLocale locale;
+  const LocaleBefore before = UseUnicode();
   std::string visible = platform::Visible(text);
   std::wstring line = Characters(visible);
   if (Width(line) <= width) return visible;

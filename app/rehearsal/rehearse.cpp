@@ -1,6 +1,7 @@
 #include "app/rehearsal/rehearse.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 
 #include "app/cause.h"
 #include "app/messages.h"
+#include "app/rehearsal/progress.h"
 #include "app/told.h"
 #include "peers/descriptor.h"
 
@@ -59,14 +61,23 @@ pid_t Start(const peers::Descriptor& pipe, const ScratchMachine& machine, const 
   _exit(0);
 }
 
+/// Waits for what the child tells, and so for its work.
 std::string ReadAll(int file) {
+  constexpr int kTickMilliseconds = 200;
+  Progress progress;
   std::string bytes;
   char block[0x4000];
-  for (ssize_t step; (step = read(file, block, sizeof block)) != 0;) {
+  for (;;) {
+    pollfd readable = {file, POLLIN, 0};
+    if (poll(&readable, 1, kTickMilliseconds) == 0) {
+      progress.Tick();
+      continue;
+    }
+    const ssize_t step = read(file, block, sizeof block);
+    if (step == 0) return bytes;
     if (step < 0 && errno != EINTR) peers::ThrowSystemError("the rehearsal");
     if (step > 0) bytes.append(block, static_cast<std::size_t>(step));
   }
-  return bytes;
 }
 
 /// Waits for the child, which has told what it had to.

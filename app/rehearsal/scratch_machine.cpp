@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "app/client.h"
+#include "host/shared_names.h"
 #include "peers/descriptor.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/posix/machine/machine.h"
@@ -99,9 +100,9 @@ void ScratchMachine::CopyMachine() const {
   for (const std::wstring& file :
        {ClientIni(), KeySource(), delivery.PolicyFile(), delivery.SystemSetting()})
     CopyIfReadable(platform::HostPath(file), *this);
-  const fs::path settings = peers::FindSettingPlace().file;
-  CopyIfReadable(settings.parent_path() / "UserInfoWM.ini", *this);
-  CopySettings(settings, *this);
+  const peers::SettingPlace setting = peers::FindSettingPlace();
+  CopyIfReadable(platform::HostPath(setting.folder + kUserInformationName), *this);
+  CopySettings(setting.file, *this);
 }
 
 }  // namespace app

@@ -9,8 +9,7 @@
 #include <filesystem>
 #include <mutex>
 
-#include "peers/logging/log_file.h"
-#include "platform/posix/machine/machine.h"
+#include "peers/logging/log_path_posix.h"
 #include "platform/posix/machine/machine_file.h"
 
 namespace logging {
@@ -30,7 +29,7 @@ class LogPath {
     std::string named = Variable("SIGIL_LOG");
     std::string root = Variable("SIGIL_ROOT");
     if (m_path.empty() || named != m_named || root != m_root) {
-      m_path = named.empty() ? platform::HostPath(kLogFile) : fs::path(named);
+      m_path = LogFile();
       m_named = std::move(named);
       m_root = std::move(root);
     }

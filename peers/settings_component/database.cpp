@@ -41,18 +41,16 @@ Database::Database(const std::filesystem::path& file, AsItLies) {
 }
 
 void Database::Open(const std::string& name, int flags) {
-  sqlite3* connection = nullptr;
-  const int result = sqlite3_open_v2(name.c_str(), &connection,
+  const int result = sqlite3_open_v2(name.c_str(), m_connection.Out(),
                                      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
-  m_connection.reset(connection);
-  if (!connection) throw std::bad_alloc();
-  if (result != SQLITE_OK) throw DatabaseError(sqlite3_errmsg(connection));
-  Check(sqlite3_busy_timeout(connection, kBusyMilliseconds));
+  if (!m_connection) throw std::bad_alloc();
+  Check(result);
+  Check(sqlite3_busy_timeout(m_connection.Get(), kBusyMilliseconds));
   Restrain();
 }
 
 void Database::Restrain() {
-  sqlite3* const connection = m_connection.get();
+  sqlite3* const connection = m_connection.Get();
   constexpr std::pair<int, int> kSwitches[] = {{SQLITE_DBCONFIG_DEFENSIVE, 1},
                                                {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
                                                {SQLITE_DBCONFIG_ENABLE_TRIGGER, 0},
@@ -90,24 +88,21 @@ std::int64_t Database::Number(const char* sql) {
 
 void Database::Execute(const char* sql) {
   m_spent = 0;
-  Check(sqlite3_exec(m_connection.get(), sql, nullptr, nullptr, nullptr));
+  Check(sqlite3_exec(m_connection.Get(), sql, nullptr, nullptr, nullptr));
 }
 
 void Database::Checkpoint() {
-  const int result = sqlite3_wal_checkpoint_v2(m_connection.get(), nullptr,
+  const int result = sqlite3_wal_checkpoint_v2(m_connection.Get(), nullptr,
                                                SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
   if (result != SQLITE_BUSY) Check(result);
 }
 
 sqlite3_stmt* Database::Prepare(const char* sql) {
   auto& kept = m_statements[sql];
-  if (!kept) {
-    sqlite3_stmt* statement = nullptr;
-    Check(sqlite3_prepare_v3(m_connection.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &statement,
+  if (!kept)
+    Check(sqlite3_prepare_v3(m_connection.Get(), sql, -1, SQLITE_PREPARE_PERSISTENT, kept.Out(),
                              nullptr));
-    kept.reset(statement);
-  }
-  return kept.get();
+  return kept.Get();
 }
 
 void Database::Bind(sqlite3_stmt* statement, int place, std::string_view text) {
@@ -134,7 +129,7 @@ void Database::Require(bool isWithinBudget) const {
 
 void Database::Check(int result) const {
   Require(result != SQLITE_INTERRUPT);
-  if (result != SQLITE_OK) throw DatabaseError(sqlite3_errmsg(m_connection.get()));
+  if (result != SQLITE_OK) throw DatabaseError(sqlite3_errmsg(m_connection.Get()));
 }
 
 Transaction::Transaction(Database& database) : m_open(&database) {

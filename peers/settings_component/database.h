@@ -13,10 +13,11 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+
+#include "platform/owner.h"
 
 namespace peers {
 
@@ -58,7 +59,7 @@ class Database {
   int Run(const char* sql, const Values&... values) {
     Query(
         sql, [](const Row&) {}, values...);
-    return sqlite3_changes(m_connection.get());
+    return sqlite3_changes(m_connection.Get());
   }
 
   /// Calls `action` with each row that the statement gives.
@@ -81,11 +82,6 @@ class Database {
 
  private:
   static constexpr int kBusyMilliseconds = 10000;
-
-  struct Close {
-    void operator()(sqlite3* connection) const { sqlite3_close(connection); }
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-  };
 
   /// A prepared statement is ready for its next use when this one ends. The queries within a query
   /// share its budget.
@@ -125,8 +121,8 @@ class Database {
   std::int64_t m_budget = 0;
   std::int64_t m_spent = 0;
   int m_uses = 0;
-  std::unique_ptr<sqlite3, Close> m_connection;
-  std::map<const char*, std::unique_ptr<sqlite3_stmt, Close>> m_statements;
+  Owner<sqlite3*, sqlite3_close> m_connection;
+  std::map<const char*, Owner<sqlite3_stmt*, sqlite3_finalize>> m_statements;
 };
 
 /// Undone at its end unless committed.

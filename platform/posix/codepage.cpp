@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/owner.h"
 #include "platform/posix/ansi.h"
 #include "platform/posix/handle.h"
 #include "platform/utf.h"
@@ -20,30 +21,28 @@ constexpr wchar_t kNoCharacter = 0x30FB;  // what Windows reads for bytes that 9
 /// One direction of the C library's conversion, a character at a time. Locked by its user.
 class Converter {
  public:
-  Converter(const char* to, const char* from) : m_descriptor(iconv_open(to, from)) {}
-  ~Converter() {
-    if (IsOpen()) iconv_close(m_descriptor);
-  }
-  Converter(const Converter&) = delete;
-  Converter& operator=(const Converter&) = delete;
+  Converter(const char* to, const char* from) : m_descriptor(Open(to, from)) {}
 
   /// The number of bytes in `output`; 0 when there is no such character.
   template <std::size_t kCapacity>
   std::size_t Convert(std::string_view input, char (&output)[kCapacity]) {
-    if (!IsOpen()) return 0;
-    iconv(m_descriptor, nullptr, nullptr, nullptr, nullptr);
+    if (!m_descriptor) return 0;
+    iconv(m_descriptor.Get(), nullptr, nullptr, nullptr, nullptr);
     char* from = const_cast<char*>(input.data());
     std::size_t left = input.size();
     char* to = output;
     std::size_t room = kCapacity;
-    const std::size_t result = iconv(m_descriptor, &from, &left, &to, &room);
+    const std::size_t result = iconv(m_descriptor.Get(), &from, &left, &to, &room);
     return result == 0 && left == 0 ? kCapacity - room : 0;
   }
 
  private:
-  bool IsOpen() const { return m_descriptor != reinterpret_cast<iconv_t>(-1); }
+  static iconv_t Open(const char* to, const char* from) {
+    const iconv_t descriptor = iconv_open(to, from);
+    return descriptor == reinterpret_cast<iconv_t>(-1) ? nullptr : descriptor;
+  }
 
-  iconv_t m_descriptor;
+  Owner<iconv_t, iconv_close> m_descriptor;
 };
 
 std::mutex g_guard;
