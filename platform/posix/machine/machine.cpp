@@ -101,8 +101,9 @@ class Reader {
   std::wstring ValueOf(const IniFile::Section* section, std::wstring_view key,
                        std::wstring_view fallback) {
     const IniFile::Line* line = section == nullptr ? nullptr : section->Find(key);
-    const bool isThere = line != nullptr && Use(*line) && !line->value->empty();
-    return isThere ? *line->value : std::wstring(fallback);
+    if (line == nullptr) return std::wstring(fallback);
+    const std::optional<std::wstring>& value = Use(*line);
+    return value && !value->empty() ? *value : std::wstring(fallback);
   }
 
   Printer PrinterOf(const IniFile::Section& section) {
