@@ -41,23 +41,41 @@ std::string Told(const ScratchMachine& machine, const ExportCall& call) {
   }
 }
 
-void WriteAll(int file, std::string_view bytes) {
+/// False when nobody reads any more.
+bool WriteAll(int file, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t step = write(file, bytes.data(), bytes.size());
-    if (step < 0 && errno != EINTR) return;
+    if (step < 0 && errno != EINTR) return false;
     if (step > 0) bytes.remove_prefix(static_cast<std::size_t>(step));
   }
+  return true;
 }
 
-/// The child, which has the pipe to itself as soon as this returns.
-pid_t Start(const peers::Descriptor& pipe, const ScratchMachine& machine, const ExportCall& call) {
+struct Pipe {
+  Pipe() {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) peers::ThrowSystemError("the rehearsal's pipe");
+    reading = peers::Descriptor(ends[0]);
+    writing = peers::Descriptor(ends[1]);
+  }
+
+  peers::Descriptor reading;
+  peers::Descriptor writing;
+};
+
+/// The child, which tells by the pipe. Where its parent has been killed, it does the cleaning up.
+pid_t Start(Pipe& pipe, const ScratchMachine& machine, const ExportCall& call) {
   const pid_t child = fork();
   if (child < 0) peers::ThrowSystemError("the rehearsal's process");
   if (child > 0) return child;
+  pipe.reading.Reset();
   sigset_t none;
   sigemptyset(&none);
   pthread_sigmask(SIG_SETMASK, &none, nullptr);
-  WriteAll(pipe.Get(), Told(machine, call));
+  signal(SIGPIPE, SIG_IGN);
+  std::error_code ignored;
+  if (!WriteAll(pipe.writing.Get(), Told(machine, call)))
+    std::filesystem::remove_all(machine.Root(), ignored);
   _exit(0);
 }
 
@@ -113,11 +131,10 @@ void RequireSaved(const Rehearsal& rehearsal, const std::filesystem::path& place
 }  // namespace
 
 Rehearsal Rehearse(const ScratchMachine& machine, const ExportCall& call) {
-  int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) peers::ThrowSystemError("the rehearsal's pipe");
-  const peers::Descriptor reading(ends[0]);
-  const pid_t child = Start(peers::Descriptor(ends[1]), machine, call);
-  const std::string bytes = ReadAll(reading.Get());
+  Pipe pipe;
+  const pid_t child = Start(pipe, machine, call);
+  pipe.writing.Reset();
+  const std::string bytes = ReadAll(pipe.reading.Get());
   Await(child);
   const Json told = Json::parse(bytes);
   if (told.contains("error")) throw std::runtime_error(told.at("error").get<std::string>());
