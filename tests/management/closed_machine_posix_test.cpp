@@ -1,6 +1,6 @@
 #include "boundary/exports.h"
 #include "platform/posix/machine/machine.h"
-#include "tests/management/rows.h"
+#include "tests/support/rows.h"
 
 namespace tests {
 namespace {
