@@ -58,7 +58,8 @@ Text Joined(Part first, Part second, Text between = L"") {
 Text NameOf(const GUID& guid) {
   const wchar_t letter[] = {static_cast<wchar_t>(guid.Data2), L'\0'};
   const bool isOurs = guid == MakeGuid(*letter, guid.Data1);
-  return isOurs ? Joined(Word(letter), {Part::kWhole, nullptr, guid.Data1}) : L"a GUID of nobody";
+  return isOurs ? Joined(Word(letter), {Part::kWhole, nullptr, static_cast<double>(guid.Data1)})
+                : L"a GUID of nobody";
 }
 
 /// An argument as it is recorded. Where a call wants something back, only the presence of the place
