@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sqlite3.h>
 #include <sys/wait.h>
 
@@ -247,6 +248,37 @@ TEST(SettingsComponent, LocksOutOthers) {
   for (int i = 0; i < (kProcesses + 1) * kRounds; ++i)
     expected += "excluded " + std::to_string(i) + "\n";
   EXPECT_EQ(Show(), expected);
+}
+
+TEST(SettingsComponent, SurvivesTheDeathOfItsProcess) {
+  const tests::TestMachine machine;
+  const auto fill = [](Sigil::PrinterSettings& entry, int round) {
+    GUID id{};
+    wchar_t name[8];
+    while (entry.GetWatermarkInfo(0, &id, name, 7) == 0) entry.DeleteWatermark(&id);
+    for (int i = 0; i < 200; ++i) Add(entry, std::to_wstring(round).c_str());
+    return Keep(entry);
+  };
+  for (int round = 0; round < 12; ++round) {
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t child = Fork([&] {
+      const auto settings = Open();
+      settings->Lock();
+      const auto entry = Entry(*settings, L"p");
+      for (int i = 1000 * round;; ++i)
+        if (fill(*entry, i) != 0 || write(ready[1], "", 1) != 1) return;
+    });
+    close(ready[1]);
+    char byte;
+    EXPECT_EQ(read(ready[0], &byte, 1), 1) << "neither file nor lock is held by the dead";
+    std::this_thread::sleep_for(std::chrono::microseconds(700 * round));
+    kill(child, SIGKILL);
+    StatusOf(child);
+    close(ready[0]);
+    EXPECT_EQ(Sql("SELECT count(*), count(DISTINCT name) FROM watermark"), "200 1\n")
+        << "a record half saved";
+  }
 }
 
 }  // namespace
