@@ -1,7 +1,6 @@
 // Layout by numbers: a text of one point is 10 mm wide and 5 mm high, whatever its letters. Where
 // the ink of a single text is, its picture tells.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,33 +8,17 @@
 #include <functional>
 #include <limits>
 
-#include "app/page/layout.h"
+#include "tests/app/records.h"
 
+namespace tests {
 namespace {
-
-using namespace app::page;
-using peers::EntryRecord;
-using peers::WatermarkRecord;
-using testing::DoubleNear;
 
 const Size kOnePoint = {10, 5};
 
 WatermarkRecord Text(int printPos, double fontSize = 2) {
-  WatermarkRecord record;
-  record.id = record.name = "W";
+  WatermarkRecord record = Record("W", fontSize, printPos);
   record.text = "text";
-  record.fontSize = fontSize;
-  record.opacity = 100;
-  record.printPos = printPos;
   return record;
-}
-
-EntryRecord Entry(const std::vector<WatermarkRecord>& records) {
-  EntryRecord entry;
-  entry.watermarks = records;
-  entry.lastSetting.enabled = true;
-  for (const WatermarkRecord& record : records) entry.lastSetting.watermarks.push_back(record.id);
-  return entry;
 }
 
 Page LayOutOn(std::string_view paper, const std::vector<WatermarkRecord>& records) {
@@ -81,7 +64,7 @@ TEST(PageLayout, DrawsWhatTheLastSettingListsWhileItIsOn) {
   const auto measure = [](const auto&) { return kOnePoint; };
   Page page = LayOut(entry, *FindPaper("A3", true), measure);
   EXPECT_EQ(page.marks.size(), 2U);
-  EXPECT_THAT(page.marks.at(1).centers.at(0).x, DoubleNear(410, 1e-9));
+  EXPECT_NEAR(page.marks.at(1).centers.at(0).x, 410, 1e-9);
   EXPECT_EQ(Told(page), ": 1 watermarks are not listed by the last setting\n");
 
   entry.lastSetting.enabled = false;
@@ -147,3 +130,4 @@ TEST(PageLayout, PullsNumbersIntoTheirRanges) {
 }
 
 }  // namespace
+}  // namespace tests

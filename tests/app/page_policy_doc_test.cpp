@@ -1,31 +1,19 @@
 // docs/policy.md is held to what it says: its policy, each row of its tables and each bound are
 // applied to a sample machine by the program, and `show --json` is compared with the page.
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-
-#include <filesystem>
-#include <fstream>
-#include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
 
 #include "app/page/layout.h"
+#include "tests/app/desk.h"
 
+namespace tests {
 namespace {
 
-namespace fs = std::filesystem;
-using nlohmann::json;
 using Row = std::vector<std::string>;
 
-std::string Slurp(const fs::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
-}
-
 std::string Page() {
-  return Slurp(fs::path(SIGIL_SOURCE_FOLDER) / "docs/policy.md");
+  return Read(fs::path(SIGIL_SOURCE_FOLDER) / "docs/policy.md");
 }
 
 /// The rows of the table whose heading begins with `heading`, a cell without its blanks.
@@ -56,38 +44,17 @@ Row Quoted(const std::string& cell) {
 }
 
 /// What a fresh sample machine holds when a policy has been applied.
-json Applied(const std::string& policy) {
-  std::string folder = (fs::temp_directory_path() / "sigil-policy-XXXXXX").string();
-  mkdtemp(folder.data());
-  std::ofstream(fs::path(folder) / "policy.xml") << policy;
-  const fs::path programs = fs::read_symlink("/proc/self/exe").parent_path() / SIGIL_BUILD_FOLDER;
-  const std::string run = "cd '" + folder + "' && PATH='" + fs::canonical(programs).string() +
-                          "':$PATH && sigilctl init m > out && export SIGIL_ROOT=m && "
-                          "sigilctl update policy.xml > out && sigilctl show --json > all.json";
-  EXPECT_EQ(system(run.c_str()), 0) << policy;
-  const json all = json::parse(Slurp(fs::path(folder) / "all.json"), nullptr, false);
-  fs::remove_all(folder);
-  return all;
-}
-
-/// A policy of these elements, each of its own number as its ID.
-std::string Policy(const std::vector<std::string>& elements, const std::string& scope = "") {
-  std::string ids, nodes;
-  for (std::size_t i = 0; i < elements.size(); ++i) {
-    const std::string id = std::to_string(i);
-    ids += "<ID>" + id + "</ID>";
-    nodes += "<Element ID='" + id + "'>" + elements[i] + "</Element>";
-  }
-  return "<QuietMIMOSA><HLE><Watermark><PolicyInfos><PolicyInfo ID='1'>" + scope + "<ElementIDs>" +
-         ids + "</ElementIDs></PolicyInfo></PolicyInfos><Elements>" + nodes +
-         "</Elements></Watermark></HLE></QuietMIMOSA>";
+Json Applied(const std::string& policy) {
+  const Desk desk;
+  desk.Write(policy);
+  return desk.Apply();
 }
 
 /// The watermarks of these elements, which must all be there, by their numbers.
-std::map<std::size_t, json> Watermarks(const std::vector<std::string>& elements) {
-  std::map<std::size_t, json> marks;
-  const json all = Applied(Policy(elements));
-  for (const json& mark : all["entries"][0]["watermarks"])
+std::map<std::size_t, Json> Watermarks(const std::vector<std::string>& elements) {
+  std::map<std::size_t, Json> marks;
+  const Json all = Applied(Policy(elements));
+  for (const Json& mark : all["entries"][0]["watermarks"])
     marks[std::stoul(mark["name"].get<std::string>())] = mark;
   return marks;
 }
@@ -95,17 +62,17 @@ std::map<std::size_t, json> Watermarks(const std::vector<std::string>& elements)
 TEST(PolicyPage, ItsPolicyLeavesWhatItSays) {
   const std::string page = Page();
   const auto start = page.find("```xml\n") + 7;
-  const json entries = Applied(page.substr(start, page.find("```", start) - start))["entries"];
+  const Json entries = Applied(page.substr(start, page.find("```", start) - start))["entries"];
   ASSERT_EQ(entries.size(), 3U);
   const std::vector<Row> rows = Table("| Name | Text |");
-  for (const json& entry : entries) {
+  for (const Json& entry : entries) {
     ASSERT_EQ(entry["watermarks"].size(), rows.size());
     EXPECT_EQ(entry["lastSetting"]["watermarks"].size(), rows.size());
     for (std::size_t i = 0; i < rows.size(); ++i) {
-      const json& mark = entry["watermarks"][i];
+      const Json& mark = entry["watermarks"][i];
       EXPECT_EQ(mark["name"], Quoted(rows[i][0]).at(0));
       EXPECT_EQ(mark["text"], Quoted(rows[i][1]).at(0));
-      EXPECT_EQ(mark["printPos"], json::parse(Quoted(rows[i][2]).at(1)));
+      EXPECT_EQ(mark["printPos"], Json::parse(Quoted(rows[i][2]).at(1)));
     }
   }
 }
@@ -114,9 +81,9 @@ TEST(PolicyPage, ItsScopesSwitchWhatItSays) {
   for (const Row& row : Table("| PrinterScope |")) {
     const Row scope = Quoted(row[0]);
     const std::string node = scope.empty() ? "" : "<PrinterScope>" + scope[0] + "</PrinterScope>";
-    const json all = Applied(Policy({"<Text>t</Text>"}, node));
+    const Json all = Applied(Policy({"<Text>t</Text>"}, node));
     EXPECT_EQ(all["entries"].size(), 3U);
-    for (const json& entry : all["entries"])
+    for (const Json& entry : all["entries"])
       EXPECT_EQ(entry["lastSetting"]["enabled"], row[entry["printer"] == "*" ? 1 : 2] == "on")
           << row[0] << " " << entry["printer"];
   }
@@ -133,7 +100,7 @@ TEST(PolicyPage, ItsElementsBecomeWhatItSays) {
     for (std::size_t j = 0; j + 1 < becomes.size(); j += 2) {
       const std::string expected =
           std::regex_replace(becomes[j + 1], std::regex("\"ID_"), "\"" + std::to_string(i) + "_");
-      EXPECT_EQ(marks[i][becomes[j]], json::parse(expected)) << elements[i] << " " << becomes[j];
+      EXPECT_EQ(marks[i][becomes[j]], Json::parse(expected)) << elements[i] << " " << becomes[j];
     }
   }
 }
@@ -174,3 +141,4 @@ TEST(PolicyPage, SaysWhatStandsUnderThePictures) {
 }
 
 }  // namespace
+}  // namespace tests

@@ -6,18 +6,10 @@
 // Each session has a folder of its own with a sample machine in `machine`, and what `prelude.sh`
 // tells.
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
+#include "tests/app/desk.h"
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
-
+namespace tests {
 namespace {
-
-namespace fs = std::filesystem;
 
 const fs::path kSource(SIGIL_SOURCE_FOLDER);
 
@@ -53,15 +45,11 @@ class Session : public testing::TestWithParam<fs::directory_entry> {};
 TEST_P(Session, GoesAsItIsWritten) {
   if (GetParam().path().stem() == "accounts" && geteuid() != 0)
     GTEST_SKIP() << "acts as several accounts, which only root can";
-  std::string name = (fs::temp_directory_path() / "sigil-app-XXXXXX").string();
-  const fs::path folder = mkdtemp(name.data());
-  const fs::path programs = fs::read_symlink("/proc/self/exe").parent_path() / SIGIL_BUILD_FOLDER;
-  std::ofstream(folder / "script") << Script(GetParam());
-  setenv("programs", fs::canonical(programs).c_str(), 1);
+  const Folder folder;
+  std::ofstream(folder.path / "script") << Script(GetParam());
   setenv("source_folder", kSource.c_str(), 1);
-  EXPECT_EQ(system(("cd '" + name + "' && bash script > answer 2>&1").c_str()), 0);
-  EXPECT_EQ(WithoutBlankLines(GetParam()), WithoutBlankLines(folder / "answer"));
-  fs::remove_all(folder);
+  EXPECT_EQ(folder.Run("bash script > answer 2>&1"), 0);
+  EXPECT_EQ(WithoutBlankLines(GetParam()), WithoutBlankLines(folder.path / "answer"));
 }
 
 INSTANTIATE_TEST_SUITE_P(App, Session,
@@ -70,3 +58,4 @@ INSTANTIATE_TEST_SUITE_P(App, Session,
                          [](const auto& each) { return each.param.path().stem().string(); });
 
 }  // namespace
+}  // namespace tests

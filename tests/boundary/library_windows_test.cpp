@@ -77,6 +77,21 @@ TEST(Library, AThreadInTheOtherApartmentGetsWhatNeedsNoDocument) {
   });
 }
 
+TEST(Library, APassWaitsForTheMutex) {
+  TestMachine machine;
+  const HANDLE mutex = CreateMutexW(nullptr, TRUE, L"Global\\MIMOSA_HLE_SIGIL_SETTING");
+  const auto pass = [](void*) -> DWORD WINAPI { return SigilSettingSetUseContentLog(true) == 0; };
+  const HANDLE thread = CreateThread(nullptr, 0, pass, nullptr, 0, nullptr);
+  constexpr DWORD kPassesEnd = 300;  // Milliseconds; a slow machine makes the look weaker, no more.
+  EXPECT_EQ(WaitForSingleObject(thread, kPassesEnd), static_cast<DWORD>(WAIT_TIMEOUT));
+  ReleaseMutex(mutex);
+  WaitForSingleObject(thread, INFINITE);
+  DWORD isDone = 0;
+  GetExitCodeThread(thread, &isDone);
+  EXPECT_EQ(isDone, 1U);
+  for (const HANDLE handle : {mutex, thread}) CloseHandle(handle);
+}
+
 std::vector<std::string> g_attributes;
 
 void Note(const char* operation, const SECURITY_ATTRIBUTES* attributes) {

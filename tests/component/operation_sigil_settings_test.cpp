@@ -4,7 +4,6 @@
 
 #include "component/operation_sigil_settings.h"
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <fstream>
@@ -12,77 +11,51 @@
 #include "boundary/exports.h"
 #include "component/setting_file_path.h"
 #include "component/sigil_string.h"
+#include "platform/faults.h"
 #include "platform/utf.h"
-#include "tests/support/record.h"
-#include "tests/support/test_machine.h"
-#include "tests/support/transcript.h"
-#include "tests/support/twist.h"
+#include "tests/recorder/recorder.h"
+#include "tests/support/rows.h"
 
 namespace tests {
 namespace {
 
 class Component : public testing::Test {
  protected:
-  void ExpectUpdate(const char* section, const Twists& twists, const std::string& value,
-                    std::initializer_list<std::string_view> parts) {
-    SCOPED_TRACE(section);
-    if (!Apply(twists)) return;
-    SigilSettingUpdateWaterMarkSetting(0, 1, nullptr, L"", 0);
+  /// Runs the pass and compares those lines of its record that hold one of `parts`.
+  void ExpectUpdate(const char* section, const std::string& value,
+                    std::initializer_list<std::string_view> parts) const {
+    EXPECT_EQ(SigilSettingUpdateWaterMarkSetting(0, 1, nullptr, L"", 0), -101);
     ExpectLinesWith(parts, m_told(section, {value}));
   }
 
-  void ExpectClearing(const char* section, const Twists& twists, const std::string& path) {
+  void ExpectClearing(const char* section, const std::string& path) const {
     RecorderSetState(L"printer settings", L"甲\n乙");
     RecorderSetState(L"driver settings", L"丙");
-    ExpectUpdate(section, twists, path,
+    ExpectUpdate(section, path,
                  {"AllDeletePrinterSetting", "DeletePrinterSetting", "DeleteDriverSetting"});
   }
 
   const Transcript m_told{{"component/transcripts/component"}};
 };
 
-constexpr char kRelative[] = R"(KBR-LTD\HarborLedge!\HarborLedge!.cfg)";
-
 TEST_F(Component, AFailureWhileClearingCostsOneEntry) {
-  const std::string path = SettingFile();
-  const std::string local = R"(C:\Users\tanaka\AppData\Local\)" + std::string(kRelative);
-  const struct {
-    const char* section;
-    Twists twists;
-    std::string path;
-  } rows[] = {{"all", {}, path},
-              {"no name of a printer", Gives(L"Settings::GetPrinterSettingName", 1, -1), path},
-              {"no name of a driver", Gives(L"Settings::GetDriverSettingName", 1, -1), path},
-              {"all", Gives(L"Settings::GetPrinterSettingName", 0, 1), path},
-              {"deletions refused",
-               Gives(L"Settings::DeletePrinterSetting", 1, -1) +
-                   Gives(L"Settings::DeletePrinterSetting", 2, 1) +
-                   Gives(L"Settings::DeleteDriverSetting", 1, -1),
-               path},
-              {"thrown", Gives(L"SigilCreateInstance(String)", 0, -1), path},
-              {"thrown", Gives(L"SigilCreateInstance(String)", 2, -1), path},
-              {"all", Gives(L"SigilCreateInstance(String)", 0, 1), path},
-              {"component that throws", Throws(L"Settings::DeletePrinterSetting", 2), path},
-              // Three names are listed by a passing object each, then comes the copy of each.
-              {"thrown", Throws(L"String::Release", 1), path},
-              {"name that is not given back", Throws(L"String::Release", 5), path},
-              {"all", Fault("SHGetKnownFolderPath"), local},
-              {"all", Fault("SHGetKnownFolderPath") + Fault("SHGetSpecialFolderPathW"), kRelative}};
-  for (const auto& row : rows) {
+  for (const Transcript::Row& row : m_told.Rows()) {
+    SCOPED_TRACE(row.section + ", when " + row.causes);
     TestMachine machine;
-    ExpectClearing(row.section, row.twists, row.path);
+    if (Arrange(row.causes)) ExpectClearing(row.section.c_str(), SettingFile());
   }
 }
 
 TEST_F(Component, APathTooLongDeletesNothing) {
   if (!platform::kHasFaults) GTEST_SKIP() << "the user's folder is the machine's own";
-  const std::string begin = R"(C:\Users\)", end = R"(\AppData\LocalLow\)" + std::string(kRelative);
+  const std::string begin = R"(C:\Users\)";
+  const std::string end = R"(\AppData\LocalLow\KBR-LTD\HarborLedge!\HarborLedge!.cfg)";
   for (const std::size_t length : {259U, 260U}) {
     TestMachine machine;
     const std::string user(length - begin.size() - end.size(), 'u');
     std::ofstream(std::string(getenv("SIGIL_ROOT")) + "/machine.ini")
         << "[Machine]\nUser=" << user << "\n";
-    ExpectClearing(length == 259 ? "all" : "path too long", {}, begin + user + end);
+    ExpectClearing(length == 259 ? "all" : "path too long", begin + user + end);
   }
 }
 
@@ -110,22 +83,24 @@ TEST_F(Component, OnlyTheSecondCallForTheFolderDecidesAndNothingIsCut) {
   const struct {
     const char* section;
     std::wstring folder;
-    Twists twists;
-  } rows[] = {
-      {"folder got without length", kSettingFolder, Gives(L"Settings::GetSettingFileDir", 1, -1)},
-      {"no folder", kSettingFolder, Gives(L"Settings::GetSettingFileDir", 2, -1)},
-      {"neither", kSettingFolder, Gives(L"Settings::GetSettingFileDir", 0, -1)},
-      {"folder got", fits, {}},
-      {"folder got", fits, Holds(L"told length", L"0")},
-      {"folder got", fits, Holds(L"told length", L"255")},
-      {"folder got", fits, Holds(L"told length", L"5000")},
-      {"no folder", fits + L"\\", Holds(L"told length", L"256")},
-      {"no folder", fits + L"\\", {}},
-      {"no folder", std::wstring(5000, L'x'), {}}};
+    const char* causes;
+  } rows[] = {{"folder got without length", kSettingFolder,
+               "call 1 of Settings::GetSettingFileDir gives -1"},
+              {"no folder", kSettingFolder, "call 2 of Settings::GetSettingFileDir gives -1"},
+              {"neither", kSettingFolder, "each call of Settings::GetSettingFileDir gives -1"},
+              {"folder got", fits, R"("told length" is 0)"},
+              {"folder got", fits, R"("told length" is 255)"},
+              {"folder got", fits, R"("told length" is 256)"},
+              {"folder got", fits, R"("told length" is 5000)"},
+              {"no folder", fits + L"\\", R"("told length" is 256)"},
+              {"no folder", fits + L"\\", R"("told length" is 257)"},
+              {"no folder", std::wstring(5000, L'x'), R"("told length" is 5001)"}};
   for (const auto& row : rows) {
+    SCOPED_TRACE(row.causes);
     TestMachine machine;
     RecorderSetState(L"setting folder", row.folder.c_str());
-    ExpectUpdate(row.section, row.twists, platform::ToUtf8(row.folder), {"GetSettingFileDirPath"});
+    Arrange(row.causes);
+    ExpectUpdate(row.section, platform::ToUtf8(row.folder), {"GetSettingFileDirPath"});
   }
 }
 

@@ -1,22 +1,18 @@
-// Prints what the reader of policy documents and the conversions of texts answer, a line for each
-// document or number, in plain ASCII. Both homes must print the same.
-//
-//   reader_answers COUNT        the documents 0 to COUNT - 1, then the numbers
-//   reader_answers show NUMBER  one document
+// Prints what the reader of policy documents and the conversions of texts answer to the lines of
+// make_documents, which come in on standard input: a line for each, in plain ASCII. Both homes must
+// print the same.
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <iostream>
+#include <sstream>
 
 #include "platform/crt.h"
 #include "policy/watermark_policy_xml_parser.h"
-#include "tests/differential/documents.h"
 #include "tests/recorder/recorder.h"
 
 namespace {
-
-using differential::Document;
 
 void Print(const std::wstring& text) {
   for (const wchar_t unit : text) {
@@ -25,6 +21,20 @@ void Print(const std::wstring& text) {
     else
       std::printf("\\%04X", static_cast<unsigned>(unit));
   }
+}
+
+/// The next of the fields that tabs part.
+std::wstring Field(std::istream& line) {
+  std::string field;
+  std::getline(line, field, '\t');
+  std::wstring text;
+  for (std::size_t at = 0; at < field.size(); ++at) {
+    const bool isUnit = field[at] == '\\';
+    text +=
+        static_cast<wchar_t>(isUnit ? std::stoi(field.substr(at + 1, 4), nullptr, 16) : field[at]);
+    if (isUnit) at += 4;
+  }
+  return text;
 }
 
 /// The text, and what it is as a number.
@@ -43,27 +53,26 @@ void PrintAnswer(const wchar_t* label, const wchar_t* text) {
               static_cast<int>(end - text), errno == ERANGE ? " range" : "");
 }
 
-void PrintQueries(CWatermarkPolicyXMLParser& reader, const Document& document) {
+void PrintQueries(CWatermarkPolicyXMLParser& reader, std::istream& elementIds) {
   for (const int policy : {1, 2, -1, 0}) {
     std::vector<CString> ids;
     std::printf(" policy %d: %d", policy, reader.GetPolicyInfo(policy, ids));
     for (const CString& id : ids) PrintAnswer(L"id", id);
     PrintAnswer(L"scope", reader.GetPrinterScope(policy));
   }
-  for (const std::wstring& id : document.elementIds)
+  for (std::wstring id; !(id = Field(elementIds)).empty();)
     for (const wchar_t* child :
          {L"Kind", L"Name", L"Text", L"FontSize", L"Color", L"XOffset", L"Other"})
       PrintAnswer(child, reader.GetWatermarkElement(id.c_str(), child));
 }
 
-void PrintDocument(unsigned number) {
-  const Document document = differential::MakeDocument(number);
+void PrintDocument(unsigned number, std::istream& fields) {
   std::printf("%u ", number);
-  Print(document.kind);
+  Print(Field(fields));
   CWatermarkPolicyXMLParser& reader = *CWatermarkPolicyXMLParser::GetInstance();
-  const int loaded = reader.SetXmlData(document.xml.c_str());
+  const int loaded = reader.SetXmlData(Field(fields).c_str());
   std::printf(" load %d", loaded);
-  if (loaded == 0) PrintQueries(reader, document);
+  if (loaded == 0) PrintQueries(reader, fields);
   // The numbers of the log lines, without their texts, which are the platform's.
   for (std::size_t i = 0; i < RecorderCount(); ++i) {
     const std::wstring line = RecorderLine(i);
@@ -91,18 +100,17 @@ void PrintUnits() {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  const auto number = argc < 2 ? 0 : static_cast<unsigned>(std::atoi(argv[argc - 1]));
-  if (argc == 3) {
-    Print(differential::MakeDocument(number).xml);
-    return 0;
-  }
-  for (unsigned each = 0; each < number; ++each) PrintDocument(each);
-  differential::Dice dice(number);
-  for (int i = 0; i < 500; ++i) {
-    std::printf("number");
-    PrintAnswer(L"", differential::MakeNumber(dice).c_str());
-    std::putchar('\n');
+int main() {
+  unsigned documents = 0;
+  for (std::string line; std::getline(std::cin, line);) {
+    std::istringstream fields(line);
+    if (Field(fields) == L"document") {
+      PrintDocument(documents++, fields);
+    } else {
+      std::printf("number");
+      PrintAnswer(L"", Field(fields).c_str());
+      std::putchar('\n');
+    }
   }
   PrintUnits();
   return 0;

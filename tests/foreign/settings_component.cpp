@@ -1,9 +1,15 @@
 // The test component by another compiler, which gives it nothing of a run-time: what it needs of
-// one stands here, and what it needs of the C++ library in include/. So one transcript is the
-// record of both. A scripted throw is what that compiler makes of a C++ throw.
+// one stands here. So one transcript is the record of both. A scripted throw is what that compiler
+// makes of a C++ throw.
 
-#include "tests/foreign/heap.h"
 #include "tests/test_component/test_component.cpp"
+
+void* operator new(std::size_t bytes) {
+  return HeapAlloc(GetProcessHeap(), 0, bytes);
+}
+void operator delete(void* block, std::size_t /*bytes*/) noexcept {
+  HeapFree(GetProcessHeap(), 0, block);
+}
 
 void ThrowScripted() {
   constexpr DWORD kThrow = 0xE06D7363, kFinal = 1;
@@ -12,6 +18,8 @@ void ThrowScripted() {
 }
 
 extern "C" {
+
+int _fltused;
 
 int _purecall() {
   return 0;

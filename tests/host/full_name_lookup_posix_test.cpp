@@ -5,10 +5,10 @@
 #include "host/full_name_lookup.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
+#include "tests/support/causes.h"
 #include "tests/support/record.h"
 #include "tests/support/test_machine.h"
 #include "tests/support/transcript.h"
-#include "tests/support/twist.h"
 
 namespace tests {
 namespace {
@@ -18,39 +18,35 @@ TEST(FullNameLookup, AsksTheControllerFirstAndTheMachineAfterIt) {
   const std::string domain = "Joined=1\nDomain=HARBOR\n" + local;
   const std::string there = "Controller=\\\\DC01\n" + local + "[Accounts \\\\DC01]\n";
   const std::string joined = "Joined=1\nDomain=HARBOR\n" + there;
-  const Twists lost = Fault("NetUserGetInfo", 0, 2221);
+  const std::string lost = "NetUserGetInfo fails with 2221";
   const struct {
     std::string machine;
-    Twists twists;
+    std::string causes;
     const char* section;
     bool result;
     const char *fullName, *controller;
   } cases[] = {
-      {local, {}, "machine found", true, "田中 太郎", ""},
-      {"[Accounts]\ntanaka=\n", {}, "machine without name", true, "", ""},
+      {local, "", "machine found", true, "田中 太郎", ""},
+      {"[Accounts]\ntanaka=\n", "", "machine without name", true, "", ""},
       {local, lost, "machine lost", false, "", ""},
-      {local, Fault("NetUserGetInfo", 0, 0), "machine gives nothing", false, "", ""},
-      {local, Fault("NetUserGetInfo", 0, platform::kThrows), "exception", false, "", ""},
-      {joined + "tanaka=本店 太郎\n", {}, "controller found", true, "本店 太郎", "\\\\DC01"},
-      {joined + "tanaka=\n", {}, "controller without name", true, "", "\\\\DC01"},
-      {joined + "tanaka\n", {}, "controller found", true, "田中 太郎", ""},
-      {joined + "tanaka\n", Fault("NetUserGetInfo", 1, 2221), "controller with a null name", false,
-       "", ""},
-      {joined + "suzuki=鈴木\n", {}, "controller found", true, "田中 太郎", ""},
+      {local, "NetUserGetInfo fails with 0", "machine gives nothing", false, "", ""},
+      {local, "NetUserGetInfo throws", "exception", false, "", ""},
+      {joined + "tanaka=本店 太郎\n", "", "controller found", true, "本店 太郎", "\\\\DC01"},
+      {joined + "tanaka=\n", "", "controller without name", true, "", "\\\\DC01"},
+      {joined + "tanaka\n", "", "controller found", true, "田中 太郎", ""},
+      {joined + "tanaka\n", "NetUserGetInfo fails after 1 with 2221", "controller with a null name",
+       false, "", ""},
+      {joined + "suzuki=鈴木\n", "", "controller found", true, "田中 太郎", ""},
       {joined, lost, "controller lost", false, "", ""},
-      {joined, Fault("NetUserGetInfo", 0, 0), "controller gives nothing", false, "", ""},
-      {joined + "tanaka=本店 太郎\n", Fault("NetWkstaGetInfo", 0, 0), "controller found", true,
+      {joined, "NetUserGetInfo fails with 0", "controller gives nothing", false, "", ""},
+      {joined + "tanaka=本店 太郎\n", "NetWkstaGetInfo fails with 0", "controller found", true,
        "本店 太郎", "\\\\DC01"},
       // The group's name as it was read, cut to the buffer, is asked for: nobody controls that.
-      {"Joined=1\nDomain=" + std::string(256, 'H') + "\n" + there + "tanaka=本店 太郎\n",
-       {},
-       "machine found",
-       true,
-       "田中 太郎",
-       ""},
-      {domain, {}, "machine found", true, "田中 太郎", ""},
+      {"Joined=1\nDomain=" + std::string(256, 'H') + "\n" + there + "tanaka=本店 太郎\n", "",
+       "machine found", true, "田中 太郎", ""},
+      {domain, "", "machine found", true, "田中 太郎", ""},
       {domain, lost, "machine lost", false, "", ""},
-      {joined + "tanaka=本店 太郎\n", Fault("NetGetJoinInformation"), "machine found", true,
+      {joined + "tanaka=本店 太郎\n", "NetGetJoinInformation fails", "machine found", true,
        "田中 太郎", ""}};
   const Transcript told({"host/transcripts/host"});
   for (const auto& test : cases) {
@@ -58,7 +54,7 @@ TEST(FullNameLookup, AsksTheControllerFirstAndTheMachineAfterIt) {
     TestMachine machine;
     std::ofstream(platform::MachineRoot() / "machine.ini")
         << "[Machine]\nUser=tanaka\n" + test.machine;
-    Apply(test.twists);
+    if (!test.causes.empty()) Arrange(test.causes);
     CString fullName = L"before", controller = L"before";
     EXPECT_EQ(SigilSettingManagement::GetUserFullName(fullName, controller), test.result);
     EXPECT_EQ(platform::ToUtf8(std::wstring_view(fullName)), test.fullName);

@@ -5,9 +5,9 @@
 
 #include "host/user_information.h"
 #include "platform/utf.h"
+#include "tests/support/causes.h"
 #include "tests/support/record.h"
 #include "tests/support/test_machine.h"
-#include "tests/support/twist.h"
 
 namespace tests {
 namespace {
@@ -15,23 +15,23 @@ namespace {
 using namespace SigilSettingManagement;
 
 TEST(UserInformation, AnExceptionLeavesWhatWasReached) {
-  const Twist notWritten = Fault("WritePrivateProfileStringW", 0, platform::kThrows);
-  const Twist notLookedUp = Fault("NetUserGetInfo", 0, 2221);
-  const Twists noFolder = Throws(L"Settings::GetSettingFileDir");
+  const std::string notWritten = "WritePrivateProfileStringW throws";
+  const std::string noFolder = "call 1 of Settings::GetSettingFileDir throws";
   const struct {
     bool (*run)(CString&);
-    Twists twists;
+    std::string causes;
     bool result;
     const char* name;
-  } cases[] = {{PrepareUserFullName, noFolder, false, "before"},
-               {PrepareUserFullName, notWritten, true, "田中 太郎"},
-               {PrepareUserFullName, notLookedUp + notWritten, false, "tanaka"},
-               {GetUserFullName, noFolder, false, ""},
-               {GetUserFullName, Throws(L"SigilCreateInstance"), false, ""}};
+  } cases[] = {
+      {PrepareUserFullName, noFolder, false, "before"},
+      {PrepareUserFullName, notWritten, true, "田中 太郎"},
+      {PrepareUserFullName, "NetUserGetInfo fails with 2221 and " + notWritten, false, "tanaka"},
+      {GetUserFullName, noFolder, false, ""},
+      {GetUserFullName, "call 1 of SigilCreateInstance throws", false, ""}};
   for (const auto& test : cases) {
-    SCOPED_TRACE(&test - cases);
+    SCOPED_TRACE(test.causes);
     TestMachine machine;
-    Apply(test.twists);
+    Arrange(test.causes);
     CString name = L"before";
     EXPECT_EQ(test.run(name), test.result);
     EXPECT_EQ(platform::ToUtf8(std::wstring_view(name)), test.name);

@@ -1,6 +1,6 @@
 #include "boundary/exports.h"
 #include "platform/posix/machine/machine.h"
-#include "tests/management/rows.h"
+#include "tests/support/rows.h"
 
 namespace tests {
 namespace {
@@ -26,7 +26,7 @@ TEST(ClosedMachine, EndsEveryPassInItsRow) {
     TestMachine machine;
     machine.Write(kSystemSetting, "63,1\r\n");
     const auto root = platform::MachineRoot();
-    permissions(root, std::filesystem::perms(0777));
+    permissions(root, std::filesystem::perms(0720));
     EXPECT_EQ(test.run(), test.result);
     permissions(root, std::filesystem::perms(0700));
     ExpectRecord(told(test.name));

@@ -3,6 +3,7 @@
 #include "boundary/exports.h"
 #include "platform/faults.h"
 #include "tests/recorder/recorder.h"
+#include "tests/support/causes.h"
 #include "tests/support/policy.h"
 #include "tests/support/record.h"
 #include "tests/support/test_machine.h"
@@ -57,22 +58,20 @@ TEST_F(FullName, GivesWayToTheLoginName) {
   ExpectUpdate(0, -99, platform::kHasFaults ? "login instead" : "login instead of no name");
 }
 
-TEST_F(FullNameOfAnAccount, IsNotStoredWithoutAFolder) {
-  for (const wchar_t* call :
-       {L"Settings::GetSettingFileDir(buffer, 13)", L"Settings::GetSettingFileDir"}) {
-    RecorderScript(call, 0, -1);
-    ExpectUpdate(1, -99, "no folder");
+TEST_F(FullNameOfAnAccount, IsDoneWithoutWhereTheComponentFails) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"no folder", "each call of Settings::GetSettingFileDir(buffer, 13) gives -1"},
+      {"no folder", "each call of Settings::GetSettingFileDir gives -1"},
+      {"no instance",
+       "call 1 of SigilCreateInstance(Settings) gives -1 and call 2 of "
+       "SigilCreateInstance(Settings)"
+       " gives -1 and call 4 of SigilCreateInstance(Settings) gives -1 and call 5 of"
+       " SigilCreateInstance(Settings) gives -1"},
+      {"component that throws", "each call of Settings::GetSettingFileDir throws"}};
+  for (const auto& [section, causes] : cases) {
+    Arrange(causes);
+    ExpectUpdate(1, -99, section);
   }
-}
-
-TEST_F(FullNameOfAnAccount, IsDoneWithoutWhereNoInstanceIsGiven) {
-  for (unsigned call : {1U, 2U, 4U, 5U}) RecorderScript(L"SigilCreateInstance(Settings)", call, -1);
-  ExpectUpdate(1, -99, "no instance");
-}
-
-TEST_F(FullNameOfAnAccount, SurvivesAComponentThatThrows) {
-  RecorderScriptThrow(L"Settings::GetSettingFileDir", 0);
-  ExpectUpdate(1, -99, "component that throws");
 }
 
 }  // namespace

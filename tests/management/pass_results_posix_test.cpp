@@ -10,52 +10,51 @@
 #include "management/update_water_mark_setting.h"
 #include "platform/utf.h"
 #include "policy/watermark_policy_xml_parser.h"
-#include "tests/management/rows.h"
 #include "tests/support/policy.h"
+#include "tests/support/rows.h"
 
 namespace tests {
 namespace {
 
 using namespace SigilSettingManagement;
 
-/// Each run meets a fresh machine with two printers of the suite and a delivered policy.
+/// Each cause meets a fresh machine with two printers of the suite and a delivered policy.
 template <class Pass>
-void ExpectResults(const std::vector<std::pair<int, Twists>>& rows, const Pass& pass) {
-  for (const auto& [result, twists] : rows) {
+void ExpectResults(const std::vector<std::pair<int, std::string>>& rows, const Pass& pass) {
+  for (const auto& [result, causes] : rows) {
+    SCOPED_TRACE(causes);
     TestMachine machine;
     machine.SetPrinters({{L"甲", kSuiteDriver, std::nullopt}, {L"乙", kSuiteDriver, std::nullopt}});
     machine.Write(kPolicyFile, SealPolicy(platform::ToUtf8(Policy(1, L"0", {}))));
-    Apply(twists);
+    Arrange(causes);
     EXPECT_EQ(pass(), result);
     CWatermarkPolicyXMLParser::DeleteInstance();
   }
 }
 
 TEST(Results, TellWhatEndedAPass) {
-  const Twists noMutex = Fault("CreateMutexW"), noPrinters = Fault("EnumPrintersW", 1);
-  const Twists noInstance = Gives(L"SigilCreateInstance", 0, -1);
-  const Twists thrown = Throws(L"Settings::Lock");
-  ExpectResults({{0, {}}, {-99, noMutex}, {-1, noInstance}, {-3, thrown}},
+  const std::string noMutex = "CreateMutexW fails", noPrinters = "EnumPrintersW fails after 1";
+  const std::string noInstance = "each call of SigilCreateInstance gives -1";
+  const std::string thrown = "call 1 of Settings::Lock throws";
+  ExpectResults({{-99, noMutex}, {-1, noInstance}, {-3, thrown}},
                 [] { return SetUseContentLog(true); });
-  ExpectResults({{0, {}}, {-1, noPrinters}, {-99, noMutex}, {-2, noInstance}, {-3, thrown}},
+  ExpectResults({{-1, noPrinters}, {-99, noMutex}, {-2, noInstance}, {-3, thrown}},
                 UpdateExcludePrinter);
-  ExpectResults({{0, {}},
-                 {-1, noPrinters},
+  ExpectResults({{-1, noPrinters},
                  {-99, noMutex},
                  {-2, noInstance},
                  {-3, thrown},
-                 {-4, Fault("_wfopen_s")},
-                 {1, Gives(L"PrinterSettings::GetLastSetting", 2, -1)},
-                 {2, Gives(L"PrinterSettings::GetLastSetting", 0, -1)}},
+                 {-4, "_wfopen_s fails"},
+                 {1, "call 2 of PrinterSettings::GetLastSetting gives -1"},
+                 {2, "each call of PrinterSettings::GetLastSetting gives -1"}},
                 [] { return SetWatermarkAllPrinter(true, false); });
-  ExpectResults({{0, {}},
-                 {-1, noPrinters},
+  ExpectResults({{-1, noPrinters},
                  {-99, noMutex},
                  {-2, noInstance},
                  {-3, thrown},
-                 {-4, Throws(L"Settings::GetPrinterSettings")},
+                 {-4, "call 1 of Settings::GetPrinterSettings throws"},
                  // A listed name that throws when the list goes, after all deletions.
-                 {-3, Holds(L"printer settings", L"古い") + Throws(L"String::Release", 3)}},
+                 {-3, "\"printer settings\" is 古い and call 3 of String::Release throws"}},
                 [] { return UpdateWaterMarkSetting(1, Policy(1, L"0", {}).c_str()); });
 }
 

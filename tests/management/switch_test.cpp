@@ -1,8 +1,8 @@
 #include "boundary/exports.h"
 #include "platform/utf.h"
-#include "tests/management/rows.h"
 #include "tests/recorder/recorder.h"
 #include "tests/support/policy.h"
+#include "tests/support/rows.h"
 
 namespace tests {
 namespace {
@@ -42,7 +42,7 @@ TEST_F(Switch, ScopeDecidesWhatFollows) {
     TestMachine machine;
     Deliver(machine, test.scope);
     EXPECT_EQ(test.run(), test.name == "release" ? -2 : 0);
-    ExpectRecord((test.name == "service" ? Told("") : m_told("function read", {"1"})) +
+    ExpectRecord((test.name == "service" ? "" : m_told("function read", {"1"})) +
                  m_told("walk begun", {test.read}) + m_told(test.defaultEntry, {"*"}) +
                  m_told(test.printer, {"会議室"}) + m_told("walk done") +
                  m_told(test.name + " done"));
@@ -66,35 +66,8 @@ TEST_F(Switch, TheFunctionSwitchStopsBoth) {
 }
 
 TEST_F(Switch, EachFailureHasItsRecord) {
-  const std::vector<Row> rows = {
-      // Before the walk: nothing is changed.
-      {"no mutex", Fault("CreateMutexW"), -101},
-      {"failed wait", Fault("WaitForSingleObject"), -101},
-      {"instance refused", Gives(L"SigilCreateInstance", 1, -1), -101},
-      {"policy file not opened", Fault("_wfopen_s"), -101},
-      {"printers not listed", Fault("EnumPrintersW", 1), -101},
-      {"exception in the walk", Throws(L"LastSetting::SetEnable"), -101},
-      {"exception in the walk", Throws(L"LastSetting::Release"), -101},
-      {"exception in the walk",
-       Throws(L"LastSetting::SetEnable") + Throws(L"LastSetting::Release") +
-           Throws(L"PrinterSettings::Release"),
-       -101},
-      {"exception while a record is given back", Throws(L"PrinterSettings::Release"), -101},
-      // In an entry: the others follow. The default entry comes first and is not counted.
-      {"default entry refused", Gives(L"Settings::GetPrinterSettings", 1, 1), 0},
-      {"printer refused", Gives(L"Settings::GetPrinterSettings(\"会議室\")", 1, -1), -101},
-      {"no last setting", Gives(L"PrinterSettings::GetLastSetting", 0, -1), -101},
-      {"last setting with a positive result", Gives(L"PrinterSettings::GetLastSetting", 1, 1), 0},
-      {"printer not saved", Gives(L"PrinterSettings::Save", 3, -1), -101},
-      {"saved with a positive result", Gives(L"PrinterSettings::Save", 0, 3), 0},
-      {"clearing refused", Gives(L"Settings::GetPrinterSettings(\"会議室\")", 2, 1), 0},
-      {"clearing not saved", Gives(L"PrinterSettings::Save", 4, -1), 0},
-      {"a watermark cannot be told",
-       Holds(L"watermarks 会議室", L"3") + Gives(L"PrinterSettings::GetWatermarkInfo", 2, -1) +
-           Gives(L"PrinterSettings::DeleteWatermark", 0, -1),
-       0}};
   const auto deliver = [](TestMachine& machine) { Deliver(machine, L"0"); };
-  ExpectRows(m_told, rows, deliver, SigilSettingReleaseWaterMarkForService);
+  ExpectRows(m_told, deliver, SigilSettingReleaseWaterMarkForService);
 }
 
 TEST_F(Switch, WithoutTheScopeNothingIsChanged) {
@@ -107,34 +80,41 @@ TEST_F(Switch, WithoutTheScopeNothingIsChanged) {
                {"broken document", kPolicyFile, SealPolicy("<a><b></a>")},
                {"only one mark is taken off", kPolicyFile, SealPolicy("\xEF\xBB\xBF\xEF\xBB\xBF")},
                {"scope that stands for none", kPolicyFile, SealPolicy(withoutMark)},
-               {"key source too long", kKeySource, std::string(34, 'k')}};
+               {"key source too long", kKeySource, std::string(34, 'k')},
+               {"no policy file", nullptr, ""}};
   for (const auto& test : cases) {
-    const auto deliver = [&test](TestMachine& machine) {
-      Deliver(machine, L"0");
+    SCOPED_TRACE(test.section);
+    TestMachine machine;
+    Deliver(machine, L"0");
+    if (test.path != nullptr)
       machine.Write(test.path, test.bytes);
-    };
-    ExpectRows(m_told, {{test.section, {}, -101}}, deliver, SigilSettingReleaseWaterMarkForService);
+    else
+      machine.Remove(kPolicyFile);
+    EXPECT_EQ(SigilSettingReleaseWaterMarkForService(), -101);
+    ExpectRecord(m_told(test.section));
   }
-  ExpectRows(
-      m_told, {{"no policy file", {}, -101}}, [](TestMachine&) {},
-      SigilSettingReleaseWaterMarkForService);
 }
 
 TEST_F(Switch, FailedPrintersAreCountedWhileTheOthersFollow) {
-  const auto deliver = [](TestMachine& machine) {
-    Deliver(machine, L"1");
-    machine.SetPrinters({{L"甲", kSuiteDriver, std::nullopt},
-                         {L"乙", kSuiteDriver, std::nullopt},
-                         {L"丙", kSuiteDriver, std::nullopt}});
-  };
-  const Twists twists = Gives(L"Settings::GetPrinterSettings(\"*\")", 1, -5) +
-                        Gives(L"PrinterSettings::Save", 1, -1) + Gives(L"Settings::Save", 1, -1) +
-                        Gives(L"LastSetting::SetEnable", 0, -1);
-  ExpectRows(m_told, {{"failed printers are counted", twists, -101}}, deliver,
-             SigilSettingSetWaterMark);
-  ExpectRows(
-      m_told, {{"release not saved", Gives(L"PrinterSettings::Save", 2, -1), -101}},
-      [](TestMachine& machine) { Deliver(machine, L"1"); }, SigilSettingReleaseWaterMark);
+  TestMachine machine;
+  Deliver(machine, L"1");
+  machine.SetPrinters({{L"甲", kSuiteDriver, std::nullopt},
+                       {L"乙", kSuiteDriver, std::nullopt},
+                       {L"丙", kSuiteDriver, std::nullopt}});
+  Arrange(
+      "call 1 of Settings::GetPrinterSettings(\"*\") gives -5"
+      " and call 1 of PrinterSettings::Save gives -1 and call 1 of Settings::Save gives -1"
+      " and each call of LastSetting::SetEnable gives -1");
+  EXPECT_EQ(SigilSettingSetWaterMark(), -101);
+  ExpectRecord(m_told("failed printers are counted"));
+}
+
+TEST_F(Switch, AReleaseThatIsNotSavedIsNotTold) {
+  TestMachine machine;
+  Deliver(machine, L"1");
+  Arrange("call 2 of PrinterSettings::Save gives -1");
+  EXPECT_EQ(SigilSettingReleaseWaterMark(), -101);
+  ExpectRecord(m_told("release not saved"));
 }
 
 }  // namespace

@@ -3,10 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 
 #include <cstring>
-#include <fstream>
 
 #include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
@@ -17,14 +15,11 @@ namespace {
 using peers::ControlService;
 using peers::Descriptor;
 
-std::filesystem::path Pipe() {
-  return platform::MachineRoot() / "pipe" / "hlwatermark";
-}
-
 /// A client as the C library makes one.
 Descriptor Connect() {
   sockaddr_un address{AF_UNIX, {}};
-  std::strncpy(address.sun_path, Pipe().c_str(), sizeof address.sun_path - 1);
+  const auto pipe = platform::MachineRoot() / "pipe" / "hlwatermark";
+  std::strncpy(address.sun_path, pipe.c_str(), sizeof address.sun_path - 1);
   Descriptor client(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   const int result = connect(client.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address);
   return result == 0 ? std::move(client) : Descriptor();
@@ -70,28 +65,6 @@ TEST(ControlService, TellsEachMessageWhateverItsClientDoes) {
   Send(silent, Message(L"Release"));
   EXPECT_EQ(Serve(service), "Release ");
   EXPECT_EQ(Serve(service), "");
-}
-
-TEST(ControlService, ReplacesADeadServerAndNoLivingOne) {
-  const tests::TestMachine machine;
-  if (fork() == 0) {
-    new ControlService;
-    _exit(0);  // the socket stays behind
-  }
-  wait(nullptr);
-  ASSERT_TRUE(exists(Pipe()));
-  EXPECT_FALSE(Connect());
-  {
-    ControlService service;
-    EXPECT_THROW(ControlService(), std::system_error) << "two servers";
-    Send(Connect(), Message(L"Release"));
-    EXPECT_EQ(Serve(service), "Release ");
-  }
-  EXPECT_FALSE(exists(Pipe()));
-  EXPECT_FALSE(Connect());
-  remove_all(Pipe().parent_path());
-  std::ofstream(Pipe().parent_path()) << "in the way";
-  EXPECT_THROW(ControlService(), std::system_error);
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
-// The cipher against OpenSSL's, on random keys, lengths, alignments and shared buffers.
+// The cipher against OpenSSL's, on random keys, lengths, alignments and shared buffers, with the
+// key's size in bytes or in bits.
 
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <random>
 #include <vector>
@@ -14,7 +16,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-TEST(AesOracle, AgreesOnRandomChains) {
+TEST(Aes, AgreesWithOpenSslOnRandomChains) {
   std::mt19937 random(197);
   const auto draw = [&random](std::size_t size) {
     Bytes bytes(size);
@@ -39,12 +41,34 @@ TEST(AesOracle, AgreesOnRandomChains) {
     const Bytes lastBlock(&input[from] + length - 16, &input[from] + length);
 
     AesContext context = {};
-    ASSERT_EQ(AesSetDecryptKey(key.data(), keySize, &context), 0);
+    ASSERT_EQ(AesSetDecryptKey(key.data(), run % 2 == 0 ? keySize : 8 * keySize, &context), 0);
     std::uint8_t* const target = from == to ? &input[from] : &output[to];
     ASSERT_EQ(AesCbcDecrypt(&input[from], target, length, iv.data(), &context), 0);
     ASSERT_TRUE(std::equal(target, target + length, expected.begin()));
     ASSERT_EQ(iv, lastBlock);
   }
+}
+
+TEST(Aes, RefusesWhatItCannotDo) {
+  AesContext context;
+  std::memset(&context, 0x5A, sizeof(context));
+  const AesContext before = context;
+  const Bytes key(32), input(32, 0x11);
+  for (const int length : {0, -16, 15, 33, 64, 255})
+    EXPECT_EQ(AesSetDecryptKey(key.data(), length, &context), 1) << length;
+  EXPECT_EQ(std::memcmp(&context, &before, sizeof(context)), 0);
+
+  const auto decrypt = [&](int length) {
+    Bytes output(32, 0x22), iv(16, 0x33);
+    const int result = AesCbcDecrypt(input.data(), output.data(), length, iv.data(), &context);
+    EXPECT_EQ(output, Bytes(32, 0x22)) << length;
+    EXPECT_EQ(iv, Bytes(16, 0x33)) << length;
+    return result;
+  };
+  EXPECT_EQ(decrypt(16), 1) << "no key";
+  ASSERT_EQ(AesSetDecryptKey(key.data(), 32, &context), 0);
+  for (const int length : {15, 17, -16}) EXPECT_EQ(decrypt(length), 1);
+  EXPECT_EQ(decrypt(0), 0);
 }
 
 }  // namespace

@@ -1,13 +1,15 @@
 #include "tests/recorder/recorder.h"
 
 #include <atomic>
-#include <deque>
+#include <charconv>
+#include <cstring>
+#include <cwchar>
 #include <map>
 #include <memory>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
-
-#include "logging/log4cxx_mgr.h"
 
 namespace {
 
@@ -20,11 +22,14 @@ struct Script {
 };
 
 struct Recorder {
-  std::deque<std::wstring> lines;
+  std::set<std::wstring> texts;  // All that were given, which are few different ones.
+  std::vector<const wchar_t*> lines;
   std::vector<Script> scripts;
   std::map<std::wstring, std::wstring> state;
   std::map<std::wstring, unsigned> numbers;
   int live = 0;
+
+  const wchar_t* Keep(const std::wstring& text) { return texts.insert(text).first->c_str(); }
 };
 
 std::atomic_flag theBusyFlag;
@@ -39,33 +44,28 @@ std::unique_ptr<Recorder, void (*)(Recorder*)> Take() {
   return {recorder, [](Recorder*) { theBusyFlag.clear(); }};
 }
 
-void AddLog(int level, int number, const wchar_t* function, int line, const std::wstring& rest) {
-  std::wstring text =
-      std::to_wstring(level) + L" " + std::to_wstring(number) + L" " + function + L" " + rest;
-  if (line <= 0) text += L" without its source line";
-  RecorderAdd(text.c_str());
+std::wstring Shown(double number) {
+  char digits[32];
+  const std::string text(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+  const bool isWhole = text.find_first_not_of("-0123456789") == text.npos;
+  return std::wstring(text.begin(), text.end()) + (isWhole ? L".0" : L"");
 }
 
-std::wstring Quoted(const wchar_t* text) {
-  return L"\"" + std::wstring(text) + L"\"";
+std::wstring Shown(const RecorderPart& part) {
+  if (part.kind == RecorderPart::kWhole)
+    return std::to_wstring(static_cast<long long>(part.number));
+  if (part.kind == RecorderPart::kReal) return Shown(part.number);
+  if (part.text == nullptr) return L"null";
+  return part.kind == RecorderPart::kWord ? part.text : L"\"" + std::wstring(part.text) + L"\"";
+}
+
+std::wstring Joined(const RecorderPart* parts, std::size_t count, const wchar_t* between) {
+  std::wstring text;
+  for (std::size_t i = 0; i < count; ++i) text += (i == 0 ? L"" : between) + Shown(parts[i]);
+  return text;
 }
 
 }  // namespace
-
-void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, int line,
-                              const wchar_t* text) {
-  AddLog(level, number, function, line, Quoted(text));
-}
-
-void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, int line, int code,
-                              const wchar_t* text) {
-  AddLog(level, number, function, line, L"code " + std::to_wstring(code) + L" " + Quoted(text));
-}
-
-void Log4cxxMgr::LogOutDetail(int level, int number, const wchar_t* function, int line,
-                              const wchar_t* label, const wchar_t* value) {
-  AddLog(level, number, function, line, Quoted(label) + L" " + Quoted(value));
-}
 
 extern "C" {
 
@@ -77,8 +77,21 @@ void RecorderReset() {
   recorder->numbers.clear();
 }
 
+const wchar_t* RecorderText(const RecorderPart* parts, std::size_t count, const wchar_t* between) {
+  return Take()->Keep(Joined(parts, count, between));
+}
+
 void RecorderAdd(const wchar_t* line) {
-  Take()->lines.emplace_back(line);
+  const auto recorder = Take();
+  recorder->lines.push_back(recorder->Keep(line));
+}
+
+void RecorderAddLog(int level, int number, const wchar_t* function, int line,
+                    const RecorderPart* parts, std::size_t count) {
+  std::wostringstream text;
+  text << level << L' ' << number << L' ' << function << L' ' << Joined(parts, count, L" ");
+  if (line <= 0) text << L" without its source line";
+  RecorderAdd(text.str().c_str());
 }
 
 std::size_t RecorderCount() {
@@ -86,15 +99,22 @@ std::size_t RecorderCount() {
 }
 
 const wchar_t* RecorderLine(std::size_t index) {
-  return Take()->lines.at(index).c_str();
+  return Take()->lines.at(index);
 }
 
-bool RecorderCall(const wchar_t* operation, const wchar_t* line, std::int32_t* result) {
+bool RecorderCall(const wchar_t* kind, const wchar_t* name, const char* operation,
+                  const RecorderPart* arguments, std::size_t count, std::int32_t* result) {
+  const std::wstring plain(operation, operation + std::strlen(operation));
+  const std::wstring before = *kind == L'\0' ? L"" : L"::";
+  const std::wstring shownName = *name == L'\0' ? L"" : L"[" + std::wstring(name) + L"]";
+  const std::wstring call = kind + before + plain;
+  const std::wstring line =
+      kind + shownName + before + plain + L"(" + Joined(arguments, count, L", ") + L")";
   const auto recorder = Take();
-  recorder->lines.emplace_back(line);
+  recorder->lines.push_back(recorder->Keep(line));
   bool returns = true;
   for (Script& script : recorder->scripts) {
-    if (script.call != operation && script.call != line) continue;
+    if (script.call != call && script.call != line) continue;
     ++script.seen;
     if (script.nth != 0 && script.nth != script.seen) continue;
     returns = !script.throws;
@@ -116,7 +136,19 @@ void RecorderSetState(const wchar_t* name, const wchar_t* value) {
 }
 
 const wchar_t* RecorderState(const wchar_t* name) {
-  return Take()->state[name].c_str();
+  const auto recorder = Take();
+  return recorder->Keep(recorder->state[name]);
+}
+
+std::int32_t RecorderStateNumber(const wchar_t* name) {
+  return static_cast<std::int32_t>(std::wcstol(RecorderState(name), nullptr, 10));
+}
+
+const wchar_t* RecorderStateLine(const wchar_t* name, int index) {
+  std::wistringstream lines(RecorderState(name));
+  std::wstring line;
+  while (std::getline(lines, line) && index-- > 0) line.clear();
+  return Take()->Keep(line);
 }
 
 unsigned RecorderNextNumber(const wchar_t* kind) {

@@ -23,7 +23,7 @@ bool IsWatched(std::string_view line) {
 }
 
 /// The record's lines that pass `isShown` are those of `expected`.
-void Compare(const Told& expected, const std::function<bool(std::string_view)>& isShown,
+void Compare(const std::string& expected, const std::function<bool(std::string_view)>& isShown,
              std::source_location where) {
   std::vector<std::string> lines;
   for (std::size_t i = 0; i < RecorderCount(); ++i) {
@@ -31,7 +31,7 @@ void Compare(const Told& expected, const std::function<bool(std::string_view)>& 
     if (isShown(line)) lines.push_back(line);
   }
   std::string wanted, got;
-  std::istringstream patterns(expected.text);
+  std::istringstream patterns(expected);
   for (std::string pattern; std::getline(patterns, pattern);) {
     if (pattern.empty() || (!platform::kHasFaults && IsWatched(pattern))) continue;
     wanted += pattern + "\n";
@@ -42,12 +42,12 @@ void Compare(const Told& expected, const std::function<bool(std::string_view)>& 
   }
   for (const std::string& line : lines) got += line + "\n";
   const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "record");
-  EXPECT_EQ(wanted, got) << expected.place;
+  EXPECT_EQ(wanted, got);
 }
 
 }  // namespace
 
-void ExpectRecord(const Told& expected, Hide hide, std::source_location where) {
+void ExpectRecord(const std::string& expected, Hide hide, std::source_location where) {
   const auto isShown = [&](std::string_view line) {
     return hide == Hide::kNothing || !(line.starts_with("String[") || line.starts_with("0 0 ") ||
                                        line == "SigilCreateInstance(String)");
@@ -55,7 +55,7 @@ void ExpectRecord(const Told& expected, Hide hide, std::source_location where) {
   Compare(expected, isShown, where);
 }
 
-void ExpectLinesWith(std::initializer_list<std::string_view> parts, const Told& expected,
+void ExpectLinesWith(std::initializer_list<std::string_view> parts, const std::string& expected,
                      std::source_location where) {
   const auto isShown = [&](std::string_view line) {
     const auto isIn = [&](std::string_view part) { return line.find(part) != line.npos; };

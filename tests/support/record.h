@@ -16,23 +16,8 @@
 #include <source_location>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace tests {
-
-/// An expected record and where it stands, for the message of a failure.
-struct Told {
-  Told(const char* text) : text(text) {}
-  Told(std::string text, std::string place = "") : text(std::move(text)), place(std::move(place)) {}
-
-  std::string text;
-  std::string place;
-};
-
-inline Told operator+(const Told& first, const Told& second) {
-  const char* const between = first.place.empty() || second.place.empty() ? "" : "\n";
-  return {first.text + second.text, first.place + between + second.place};
-}
 
 /// What ExpectRecord leaves out.
 enum class Hide {
@@ -42,11 +27,11 @@ enum class Hide {
 
 /// The record since the last reset must equal `expected`, line by line; blank lines don't count. An
 /// expected line that ends in `*` fits every line that begins like it.
-void ExpectRecord(const Told& expected, Hide hide = Hide::kDetails,
+void ExpectRecord(const std::string& expected, Hide hide = Hide::kDetails,
                   std::source_location where = std::source_location::current());
 
 /// The same for those lines alone that hold one of `parts`, whatever else was done.
-void ExpectLinesWith(std::initializer_list<std::string_view> parts, const Told& expected,
+void ExpectLinesWith(std::initializer_list<std::string_view> parts, const std::string& expected,
                      std::source_location where = std::source_location::current());
 
 /// Has the operations of the machine that matter recorded.

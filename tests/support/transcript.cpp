@@ -4,6 +4,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
+#include <tuple>
 
 namespace tests {
 
@@ -34,39 +35,42 @@ Transcript::Transcript(const std::vector<std::string>& files) {
   for (const std::string& name : files) {
     std::ifstream file(SIGIL_TEST_FOLDER "/" + name + ".txt");
     if (!file) throw std::runtime_error("no transcript " + name + ".txt");
-    std::string* section = nullptr;
+    m_rows.clear();
+    auto section = m_sections.end();
     for (std::string line; std::getline(file, line);) {
       if (line.starts_with("== ")) {
-        const Told begun("", name + ".txt " + line);
-        const auto [place, isNew] = m_sections.emplace(line.substr(3), begun);
-        if (!isNew) throw std::runtime_error("a second section: " + begun.place);
-        section = &place->second.text;
-      } else if (section != nullptr) {
-        *section += line + "\n";
+        bool isNew = false;
+        std::tie(section, isNew) = m_sections.emplace(line.substr(3), "");
+        if (!isNew) throw std::runtime_error(name + ".txt has a second section " + line);
+      } else if (line.starts_with("when ")) {
+        const std::size_t colon = line.rfind(": ");
+        m_rows.push_back(
+            {section->first, line.substr(5, colon - 5), std::stoi(line.substr(colon + 2))});
+      } else if (section != m_sections.end()) {
+        section->second += line + "\n";
       }
     }
   }
 }
 
-const Told& Transcript::Find(const std::string& section) const {
+const std::string& Transcript::Find(const std::string& section) const {
   const auto found = m_sections.find(section);
   if (found == m_sections.end()) throw std::runtime_error("no section == " + section);
   return found->second;
 }
 
-Told Transcript::operator()(const std::string& section, const Values& values) const {
-  const Told& found = Find(section);
-  Told told("", found.place);
-  std::istringstream lines(found.text);
+std::string Transcript::operator()(const std::string& section, const Values& values) const {
+  std::string told;
+  std::istringstream lines(Find(section));
   for (std::string line; std::getline(lines, line);) {
     line = Filled(line, values);
     if (line.starts_with('@')) {
       const Values parts = Parts(line.substr(1));
-      line = Filled(Find(parts[0]).text, {parts.begin() + 1, parts.end()});
+      line = Filled(Find(parts[0]), {parts.begin() + 1, parts.end()});
       if (line.starts_with('@') || line.find("\n@") != line.npos)
         throw std::runtime_error("another section in == " + parts[0]);
     }
-    told.text += line + "\n";
+    told += line + "\n";
   }
   return told;
 }

@@ -16,15 +16,8 @@
 // own, whose destructor is gone with the library; this works only where modules share their C++
 // library. A Release that throws has released.
 //
-// Another compiler builds this file too (../foreign), and of the C++ library has only what is used
-// here. What a run-time does in either case is behind run_time.h.
-
-#include <charconv>
-#include <concepts>
-#include <cstring>
-#include <cwchar>
-#include <string>
-#include <type_traits>
+// Another compiler builds this file too (../foreign), without a C++ library: texts are the
+// recorder's, and what a run-time does is behind run_time.h.
 
 #include "component/sigil_interfaces.h"
 #include "tests/recorder/recorder.h"
@@ -45,81 +38,60 @@ constexpr GUID kString[] = {
     {0x9195CE54, 0x518B, 0x48F8, {0x87, 0xC8, 0xBA, 0x2F, 0xFC, 0x92, 0xBC, 0x9E}},
     {0xFB2A1FC4, 0x6B0F, 0x4C8C, {0x89, 0x0B, 0x61, 0x0A, 0x9E, 0x43, 0x29, 0xC3}}};
 
-constexpr BYTE kGuidTail[8] = {0xA1, 0xB2, 0xC3, 0xD4, 0xE5, 0xF6, 0x07, 0x18};
-
 GUID MakeGuid(wchar_t letter, unsigned number) {
-  GUID guid{number, static_cast<WORD>(letter), 0x4000, {}};
-  std::memcpy(guid.Data4, kGuidTail, sizeof kGuidTail);
-  return guid;
+  return {
+      number, static_cast<WORD>(letter), 0x4000, {0xA1, 0xB2, 0xC3, 0xD4, 0xE5, 0xF6, 0x07, 0x18}};
 }
 
-std::wstring Show(Text text) {
-  return text == nullptr ? L"null" : L"\"" + std::wstring(text) + L"\"";
+using Part = RecorderPart;
+
+Part Word(Text text) {
+  return {Part::kWord, text};
 }
 
-std::wstring Show(const std::wstring& plain) {
-  return plain;
+/// Two parts made one text, which stays.
+Text Joined(Part first, Part second, Text between = L"") {
+  const Part parts[] = {first, second};
+  return RecorderText(parts, 2, between);
 }
 
-std::wstring Show(std::integral auto number) {
-  return std::to_wstring(number);
+Text NameOf(const GUID& guid) {
+  const wchar_t letter[] = {static_cast<wchar_t>(guid.Data2), L'\0'};
+  const bool isOurs = guid == MakeGuid(*letter, guid.Data1);
+  return isOurs ? Joined(Word(letter), {Part::kWhole, nullptr, static_cast<double>(guid.Data1)})
+                : L"a GUID of nobody";
 }
 
-std::wstring Show(double number) {
-  char digits[32];
-  char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-  bool whole = true;
-  for (const char* at = digits; at != end; ++at) whole &= *at == '-' || (*at >= '0' && *at <= '9');
-  return std::wstring(digits, end) + (whole ? L".0" : L"");
-}
+/// An argument as it is recorded. Where a call wants something back, only the presence of the place
+/// matters.
+struct Argument : Part {
+  Argument(Part part) : Part(part) {}
+  Argument(Text text) : Part{kQuoted, text} {}
+  Argument(Number number) : Part{kWhole, nullptr, static_cast<double>(number)} {}
+  Argument(Size number) : Part{kWhole, nullptr, static_cast<double>(number)} {}
+  Argument(double number) : Part{kReal, nullptr, number} {}
+  Argument(const GUID* guid) : Part(Word(guid == nullptr ? nullptr : NameOf(*guid))) {}
+  Argument(GUID* place) : Argument(place, L"guid") {}
+  Argument(wchar_t* place) : Argument(place, L"buffer") {}
+  Argument(Size* place) : Argument(place, L"length") {}
+  template <class Interface>
+  Argument(Interface** place) : Argument(place, L"out") {}
 
-std::wstring Show(const GUID* guid) {
-  if (guid == nullptr) return L"null";
-  const bool ours = guid->Data3 == 0x4000 && std::memcmp(guid->Data4, kGuidTail, 8) == 0;
-  return ours ? wchar_t(guid->Data2) + std::to_wstring(guid->Data1) : L"a GUID of nobody";
-}
+ private:
+  Argument(const void* place, Text name) : Part(Word(place == nullptr ? nullptr : name)) {}
+};
 
-// Where a call wants something back, only the presence of the place matters.
-template <class Value>
-std::wstring Show(Value* place) {
-  const wchar_t* const name = std::is_same_v<Value, GUID>      ? L"guid"
-                              : std::is_same_v<Value, wchar_t> ? L"buffer"
-                              : std::is_same_v<Value, Size>    ? L"length"
-                                                               : L"out";
-  return place == nullptr ? L"null" : name;
-}
-
-template <class... Args>
-std::wstring ShowAll(const Args&... args) {
-  std::wstring text;
-  ((text += text.empty() ? Show(args) : L", " + Show(args)), ...);
-  return text;
-}
-
-Result Ask(const std::wstring& operation, const std::wstring& line, Result usual) {
-  if (!RecorderCall(operation.c_str(), line.c_str(), &usual)) ThrowScripted();
+/// Records a call, which gives `usual` when the script says nothing.
+template <class... Arguments>
+Result Record(Text kind, Text name, const char* operation, Result usual, Arguments... arguments) {
+  const Part parts[] = {Argument(arguments)..., Part()};
+  if (!RecorderCall(kind, name, operation, parts, sizeof...(arguments), &usual)) ThrowScripted();
   return usual;
 }
 
-Result StateNumber(const std::wstring& name) {
-  return static_cast<Result>(std::wcstol(RecorderState(name.c_str()), nullptr, 10));
-}
-
-/// The line of that index; empty after the last one.
-std::wstring StateLine(const wchar_t* name, Number index) {
-  std::wstring line;
-  for (Text at = RecorderState(name); *at != L'\0'; ++at) {
-    if (*at == L'\n')
-      --index;
-    else if (index == 0)
-      line += *at;
-  }
-  return line;
-}
-
-Result LineCount(const wchar_t* name) {
+Result LineCount(Text name) {
   Result count = 0;
-  while (!StateLine(name, count).empty()) ++count;
+  while (*RecorderStateLine(name, count) != L'\0') ++count;
   return count;
 }
 
@@ -128,68 +100,61 @@ bool WritesGuids() {
 }
 
 /// Hands a text out as the component does: too small a buffer is left alone.
-Result GiveText(const std::wstring& text, wchar_t* buffer, std::uint32_t* length) {
-  const std::uint32_t capacity = *length;
-  *length = static_cast<std::uint32_t>(text.size() + 1);
+Result GiveText(Text text, wchar_t* buffer, Size* length) {
+  const Size capacity = *length;
+  for (*length = 1; text[*length - 1] != L'\0';) ++*length;
   if (buffer == nullptr) return Sigil::kSuccess;
   if (capacity < *length) return Sigil::kTargetTooSmall;
-  std::wmemcpy(buffer, text.c_str(), *length);
+  for (Size i = 0; i < *length; ++i) buffer[i] = text[i];
   return Sigil::kSuccess;
 }
 
 /// Hands an object out, unless the call has failed.
-template <class Made, class Interface, class... Args>
-Result GiveNew(Result result, Interface** out, const Args&... args) {
-  if (!Sigil::Failed(result)) *out = new Made(args...);
+template <class Made, class Interface, class... Arguments>
+Result GiveNew(Result result, Interface** out, Arguments... arguments) {
+  if (!Sigil::Failed(result)) *out = new Made(arguments...);
   return result;
 }
 
 template <class Interface>
 class Recorded : public Interface {
  public:
-  explicit Recorded(const wchar_t* kind, const std::wstring& name = {})
-      : m_kind(kind), m_shown(name.empty() ? m_kind : m_kind + L"[" + name + L"]") {
-    RecorderLive(+1);
-  }
+  Recorded(Text kind, Text name) : m_kind(kind), m_name(name) { RecorderLive(+1); }
   virtual ~Recorded() { RecorderLive(-1); }
 
   std::uint32_t AddRef() override {
-    RecorderAdd((m_shown + L"::AddRef()").c_str());
+    Call(__func__);
     return ++m_references;
   }
   std::uint32_t Release() override {
-    const std::uint32_t left = --m_references;
-    const std::wstring operation = m_kind + L"::Release";
-    const std::wstring rest = left == 0 ? L"" : L" leaves " + std::to_wstring(left);
-    const std::wstring line = m_shown + L"::Release()" + rest;
+    const Size left = --m_references;
+    const Text kind = m_kind;
+    const Text name = left == 0 ? m_name : Joined(Word(m_name), Word(L"still held"), L", ");
     if (left == 0) delete this;
-    Ask(operation, line, 0);
+    Record(kind, name, __func__, 0);
     return left;
   }
 
  protected:
-  template <class... Args>
-  Result Call(const char* operation, const Args&... args) {
-    return Usual(0, operation, args...);
+  template <class... Arguments>
+  Result Call(const char* operation, Arguments... arguments) const {
+    return Usual(0, operation, arguments...);
+  }
+  template <class... Arguments>
+  Result Usual(Result usual, const char* operation, Arguments... arguments) const {
+    return Record(m_kind, m_name, operation, usual, arguments...);
   }
 
-  /// A call that gives `usual` when the script says nothing.
-  template <class... Args>
-  Result Usual(Result usual, const char* operation, const Args&... args) {
-    const std::wstring name = L"::" + std::wstring(operation, operation + std::strlen(operation));
-    return Ask(m_kind + name, m_shown + name + L"(" + ShowAll(args...) + L")", usual);
-  }
+  const Text m_kind, m_name;
 
  private:
-  std::wstring m_kind;
-  std::wstring m_shown;
-  std::uint32_t m_references = 1;
+  Size m_references = 1;
 };
 
 class TestWatermark : public Recorded<Sigil::Watermark> {
  public:
   explicit TestWatermark(unsigned number)
-      : Recorded(L"Watermark", L"W" + std::to_wstring(number)), m_guid(MakeGuid(L'W', number)) {}
+      : Recorded(L"Watermark", NameOf(MakeGuid(L'W', number))), m_guid(MakeGuid(L'W', number)) {}
 
   Result GetId(GUID* guid) override {
     const Result result = Call(__func__, guid);
@@ -228,16 +193,17 @@ class TestLastSetting : public Recorded<Sigil::LastSetting> {
   Result SetName(Text text) override { return Call(__func__, text); }
   Result SetEnable(Number flag) override { return Call(__func__, flag); }
   Result SetWatermarks(const GUID* first, Size count) override {
-    std::wstring list;
-    for (Size i = 0; i < count; ++i) list += (i == 0 ? L"" : L" ") + Show(first + i);
+    Part list = Word(L"");
+    for (Size i = 0; i < count; ++i)
+      list = Word(i == 0 ? NameOf(*first) : Joined(list, Word(NameOf(first[i])), L" "));
     return Call(__func__, list, count);
   }
 };
 
 class TestPrinterSettings : public Recorded<Sigil::PrinterSettings> {
  public:
-  explicit TestPrinterSettings(const wchar_t* name)
-      : Recorded(L"PrinterSettings", name), m_name(name) {}
+  explicit TestPrinterSettings(Text name)
+      : Recorded(L"PrinterSettings", Joined(Word(L""), Word(name))) {}
 
   Result Save(Number mode) override { return Call(__func__, mode); }
   Result Commit() override { return Call(__func__); }
@@ -254,26 +220,25 @@ class TestPrinterSettings : public Recorded<Sigil::PrinterSettings> {
     const Result result = Call(__func__, index, guid, buffer, capacity);
     if (Sigil::Failed(result)) return result;
     if (WritesGuids()) *guid = MakeGuid(L'O', static_cast<unsigned>(index) + 1);
-    std::wmemset(buffer, L'透', capacity);  // the whole capacity, so that a short buffer shows
+    // The whole capacity, so that a short buffer shows.
+    for (Size i = 0; i < capacity; ++i) buffer[i] = L'透';
     buffer[capacity] = L'\0';
     return result;
   }
   Result GetWatermarkCount() override {
-    return Usual(StateNumber(L"watermarks " + m_name), __func__);
+    const Text name = Joined(Word(L"watermarks"), Word(m_name), L" ");
+    return Usual(RecorderStateNumber(name), __func__);
   }
   Result DeleteWatermark(const GUID* guid) override { return Call(__func__, guid); }
   Result CreateWatermark(Sigil::Watermark** out) override {
     // A number is spent on a failure too.
     return GiveNew<TestWatermark>(Call(__func__, out), out, RecorderNextNumber(L"Watermark"));
   }
-
- private:
-  std::wstring m_name;
 };
 
 class TestSettings : public Recorded<Sigil::Settings> {
  public:
-  TestSettings() : Recorded(L"Settings") {}
+  TestSettings() : Recorded(L"Settings", L"") {}
 
   Result Save(Number mode) override { return Call(__func__, mode); }
   Result Commit() override { return Call(__func__); }
@@ -282,7 +247,7 @@ class TestSettings : public Recorded<Sigil::Settings> {
     if (result != 0) return result;
     const Result given = GiveText(RecorderState(L"setting folder"), buffer, length);
     if (buffer != nullptr && *RecorderState(L"told length") != L'\0')
-      *length = static_cast<Size>(StateNumber(L"told length"));
+      *length = static_cast<Size>(RecorderStateNumber(L"told length"));
     return given;
   }
   Result GetPrinterSettingCount() override {
@@ -300,7 +265,9 @@ class TestSettings : public Recorded<Sigil::Settings> {
   }
   Result DeletePrinterSetting(Text path, Text text) override { return Call(__func__, path, text); }
   Result DeleteDriverSetting(Text path, Text text) override { return Call(__func__, path, text); }
-  Result GetExcludePrinterCount() override { return Usual(StateNumber(L"excludes"), __func__); }
+  Result GetExcludePrinterCount() override {
+    return Usual(RecorderStateNumber(L"excludes"), __func__);
+  }
   Result GetExcludePrinter(Number index, GUID* guid, wchar_t* buffer, Size* length) override {
     return EntryOf(__func__, L'E', index, guid, buffer, length);
   }
@@ -311,7 +278,7 @@ class TestSettings : public Recorded<Sigil::Settings> {
   }
   Result DeleteExcludePrinter(const GUID* guid) override { return Call(__func__, guid); }
   Result GetSecondExcludeCount() override {
-    return Usual(StateNumber(L"second excludes"), __func__);
+    return Usual(RecorderStateNumber(L"second excludes"), __func__);
   }
   Result GetSecondExclude(Number index, GUID* guid, wchar_t* buffer, Size* length) override {
     return EntryOf(__func__, L'S', index, guid, buffer, length);
@@ -326,7 +293,7 @@ class TestSettings : public Recorded<Sigil::Settings> {
                 Size* length) {
     const Result result = Call(operation, index, buffer, *length);
     if (Sigil::Failed(result)) return result;
-    const Result given = GiveText(StateLine(state, index), buffer, length);
+    const Result given = GiveText(RecorderStateLine(state, index), buffer, length);
     return Sigil::Failed(given) ? given : result;
   }
   Result EntryOf(const char* operation, wchar_t letter, Number index, GUID* guid, wchar_t* buffer,
@@ -340,48 +307,44 @@ class TestSettings : public Recorded<Sigil::Settings> {
 /// Its display text differs from its text, so that one used for the other shows.
 class TestString : public Recorded<Sigil::String> {
  public:
-  TestString() : Recorded(L"String", std::to_wstring(RecorderNextNumber(L"String"))) {}
+  TestString() : Recorded(L"String", Joined(Word(L""), Argument(RecorderNextNumber(L"String")))) {}
 
   Text GetDisplayText() override {
     Call(__func__);
-    return m_displayText.c_str();
+    return Joined(Word(Joined(Word(L"<"), Word(m_text))), Word(L">"));
   }
   Result SetKind(Number kind) override {
-    m_kind = kind;
+    m_textKind = kind;
     return Call(__func__, kind);
   }
-  Result GetKind() override { return Usual(m_kind, __func__); }
+  Result GetKind() override { return Usual(m_textKind, __func__); }
   Result SetText(Text text) override {
-    m_text = text;
-    m_displayText = L"<" + m_text + L">";
+    m_text = Joined(Word(L""), Word(text));
     return Call(__func__, text);
   }
   Text GetText() override {
     Call(__func__);
-    return m_text.c_str();
+    return m_text;
   }
 
  private:
-  Number m_kind = -1;
-  std::wstring m_text, m_displayText;
+  Number m_textKind = -1;
+  Text m_text = L"";
 };
 
 }  // namespace
 
-extern "C" {
-
-RECORDER_API Result SigilCreateInstance(const GUID* first, const GUID* second, void** out) {
+extern "C" RECORDER_API Result SigilCreateInstance(const GUID* first, const GUID* second,
+                                                   void** out) {
   const auto wanted = [&](const GUID(&identities)[2]) {
     return *first == identities[0] && *second == identities[1];
   };
-  const bool settings = wanted(kSettings);
-  const bool text = wanted(kString);
-  const std::wstring kind = settings ? L"Settings" : text ? L"String" : L"unknown";
-  const Result result = Ask(L"SigilCreateInstance", L"SigilCreateInstance(" + kind + L")",
-                            settings || text ? Sigil::kSuccess : Sigil::kCannotCreate);
+  const bool isSettings = wanted(kSettings), isString = wanted(kString);
+  const Text name = isSettings ? L"Settings" : isString ? L"String" : L"unknown";
+  const Result usual = isSettings || isString ? Sigil::kSuccess : Sigil::kCannotCreate;
+  const Result result = Record(L"", L"", __func__, usual, Word(name));
   if (Sigil::Failed(result)) return result;
-  if (settings) *out = static_cast<Sigil::Settings*>(new TestSettings);
-  if (text) *out = static_cast<Sigil::String*>(new TestString);
+  if (isSettings) *out = static_cast<Sigil::Settings*>(new TestSettings);
+  if (isString) *out = static_cast<Sigil::String*>(new TestString);
   return result;
-}
 }
