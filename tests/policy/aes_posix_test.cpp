@@ -43,6 +43,9 @@ TEST(Aes, AgreesWithOpenSslOnRandomChains) {
     AesContext context = {};
     ASSERT_EQ(AesSetDecryptKey(key.data(), run % 2 == 0 ? keySize : 8 * keySize, &context), 0);
     std::uint8_t* const target = from == to ? &input[from] : &output[to];
+    Bytes block(16);
+    ASSERT_EQ(AesDecryptBlock(&input[from], block.data(), &context), 0);
+    for (std::size_t i = 0; i < block.size(); ++i) ASSERT_EQ(block[i] ^ iv[i], expected[i]);
     ASSERT_EQ(AesCbcDecrypt(&input[from], target, length, iv.data(), &context), 0);
     ASSERT_TRUE(std::equal(target, target + length, expected.begin()));
     ASSERT_EQ(iv, lastBlock);
