@@ -130,6 +130,9 @@ class Tail {
   }
 
   void PrintRest() {
+    // A line without end is read once more: that of a process that was killed is taken back.
+    lseek(m_file.Get(), -static_cast<off_t>(m_unended.size()), SEEK_CUR);
+    m_unended.clear();
     char block[0x4000];
     for (ssize_t size; (size = read(m_file.Get(), block, sizeof block)) != 0;) {
       if (size < 0 && errno != EINTR) peers::ThrowSystemError(m_path.string());

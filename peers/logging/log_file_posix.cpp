@@ -5,9 +5,11 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <mutex>
+#include <thread>
 
 #include "peers/logging/log_path_posix.h"
 #include "platform/posix/machine/machine_file.h"
@@ -57,14 +59,44 @@ bool TakeRoom(const platform::Descriptor& file, std::size_t size) {
          (errno != ENOSPC && errno != EDQUOT);
 }
 
+bool EndsInWholeLine(const platform::Descriptor& file, off_t size) {
+  char last = '\n';
+  return size == 0 || pread(file.Get(), &last, 1, size - 1) != 1 || last == '\n';
+}
+
+/// Where the line begins that has no end yet.
+off_t BeginOfLastLine(const platform::Descriptor& file, off_t size) {
+  while (!EndsInWholeLine(file, size)) --size;
+  return size;
+}
+
+/// The system writes page by page, so a process that is killed meanwhile leaves the part of its
+/// line that filled a page. Such a part goes. One that is about to get its end, because another
+/// process is writing at this moment, stays.
+void RemoveCutLine(const platform::Descriptor& file) {
+  constexpr std::chrono::milliseconds kPatience(100);
+  constexpr std::chrono::milliseconds kLongestWrite(20);
+  struct stat seen = {};
+  if (fstat(file.Get(), &seen) != 0 || EndsInWholeLine(file, seen.st_size)) return;
+  if (!platform::Lock(file, LOCK_EX, kPatience)) return;
+  for (struct stat before = {}; before.st_size != seen.st_size;) {
+    before = seen;
+    std::this_thread::sleep_for(kLongestWrite);
+    if (fstat(file.Get(), &seen) != 0 || EndsInWholeLine(file, seen.st_size)) return;
+  }
+  [[maybe_unused]] const int cut = ftruncate(file.Get(), BeginOfLastLine(file, seen.st_size));
+}
+
 /// Each line is one write, which the system puts at the end of the file as it then is.
 class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
  protected:
   void sink_it_(const spdlog::details::log_msg& message) override {
     spdlog::memory_buf_t line;
     formatter_->format(message, line);
-    const platform::Descriptor file = platform::Open(m_path.Get(), O_WRONLY | O_APPEND | O_CREAT);
-    if (!file || !TakeRoom(file, line.size())) return;
+    const platform::Descriptor file = platform::Open(m_path.Get(), O_RDWR | O_APPEND | O_CREAT);
+    if (!file) return;
+    RemoveCutLine(file);
+    if (!TakeRoom(file, line.size())) return;
     [[maybe_unused]] const ssize_t written = write(file.Get(), line.data(), line.size());
   }
   void flush_() override {}

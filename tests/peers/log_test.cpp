@@ -106,6 +106,14 @@ TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentAndDropsWhatItCannotWrite) {
   close(reader);
 }
 
+TEST_F(Log, TakesAwayWhatAKilledProcessLeftOfItsLine) {
+  for (const std::string before : {"", "whole\n"}) {
+    machine.Write(kLogFile, before + "2025-03-31 09:12:45.678 4711 3 153");
+    plain(1, 2, L"Function", 3, L"text");
+    EXPECT_EQ(Lines(), before + "STAMP 1 2 Function(3) text\n");
+  }
+}
+
 TEST_F(Log, WritesALineWholeOrNotAtAllWhereRoomEnds) {
   constexpr rlim_t kRoom = 0x4000;
   rlimit before = {};

@@ -127,7 +127,7 @@ Descriptor OpenElsewhere(const fs::path& path, int flags, mode_t type) {
   struct stat status = {};
   if (!file || fstat(file.Get(), &status) != 0) return {};
   const mode_t found = status.st_mode & S_IFMT;
-  const bool isTerminal = found == S_IFCHR && (flags & O_ACCMODE) == O_WRONLY;
+  const bool isTerminal = found == S_IFCHR && (flags & O_ACCMODE) != O_RDONLY;
   if (type != 0 && found != type && !isTerminal) return FailWith(EACCES);
   return file;
 }
