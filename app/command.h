@@ -47,11 +47,14 @@ class Values {
   std::map<std::string, std::string> m_values;
 };
 
+using Action = std::function<int(const Values&)>;  ///< Gives the exit status.
+
 struct Command {
   std::string name;
   std::string help;
   std::vector<Option> options = {};
-  std::function<int(const Values&)> run;  ///< Gives the exit status.
+  Action run;                                         ///< Null where the home lacks the command.
+  std::string whyElsewhere = "works on Linux alone";  ///< Told where it is lacked.
   bool needsMachine = true;
   bool isHidden = false;  ///< It is for the making of the package; no help tells it.
 };

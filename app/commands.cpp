@@ -2,21 +2,8 @@
 
 #include <iostream>
 
-#include "app/completion.h"
-#include "app/delivery/seal.h"
-#include "app/delivery/unseal.h"
-#include "app/init.h"
 #include "app/inventory/doctor.h"
-#include "app/inventory/log_view.h"
-#include "app/inventory/show.h"
-#include "app/manual.h"
-#include "app/page/preview.h"
-#include "app/rehearsal/check.h"
-#include "app/rehearsal/diff.h"
-#include "app/rehearsal/review.h"
-#include "app/serve.h"
 #include "app/switches.h"
-#include "app/text_file.h"
 #include "app/update.h"
 #include "app/usage_error.h"
 
@@ -43,59 +30,11 @@ const Option kPolicyId = {"--policy-id", "N", "Which policy of the text (1)"};
 const Option kForce = {"--force", "", "Also a policy that a rehearsal finds unfit"};
 const Option kJson = {"--json", "", "As one JSON object"};
 
+constexpr char kStandIn[] = "needs the stand-in component, which is on Linux alone";
+
 bool IsOn(const std::string& text) {
   if (text != "on" && text != "off") throw UsageError("content-log: on or off, not '" + text + "'");
   return text == "on";
-}
-
-int RunInit(const Values& values) {
-  LayOutMachine(values.Text("ROOT"));
-  std::cout << "init: the sample machine is in " << values.Text("ROOT") << "\n";
-  return 0;
-}
-
-int RunPreview(const Values& values) {
-  PreviewOptions options;
-  options.printer = values.Text("--printer", options.printer);
-  options.paper = values.Text("--paper", options.paper);
-  options.isLandscape = values.Has("--landscape");
-  options.picture = values.Text("--output");
-  const auto records = values.Has("FILE")
-                           ? RehearsedRecords(values.Text("FILE"), values.Number("--policy-id", 1))
-                           : ReadSettings();
-  Preview(std::cout, records, options);
-  return 0;
-}
-
-int RunShow(const Values& values) {
-  Show(std::cout, {.json = values.Has("--json"),
-                   .brief = values.Has("--brief"),
-                   .noIds = values.Has("--no-ids"),
-                   .printer = values.Text("--printer")});
-  return 0;
-}
-
-int RunLog(const Values& values) {
-  const LogFilter filter = ParseLogFilter(values.Text("--level"), values.Text("--since"));
-  if (values.Has("--follow")) FollowLog(LogFile(), filter);
-  PrintLog(LogFile(), filter);
-  return 0;
-}
-
-int RunSeal(const Values& values) {
-  SealPolicy(values.Text("FILE"), values.Text("--output"), values.Number("--policy-id", 1),
-             values.Has("--force"));
-  return 0;
-}
-
-int RunUnseal(const Values& values) {
-  UnsealPolicy(values.Text("FILE"), values.Text("--output"));
-  return 0;
-}
-
-int RunServe(const Values&) {
-  Serve();
-  return 0;
 }
 
 int RunDoctor(const Values& values) {
@@ -103,16 +42,6 @@ int RunDoctor(const Values& values) {
   values.Has("--json") ? PrintDiagnosisJson(std::cout, diagnosis)
                        : PrintDiagnosis(std::cout, diagnosis);
   return diagnosis.IsGood() ? 0 : 1;
-}
-
-int RunPrintManual(const Values&) {
-  PrintManual(std::cout, Commands());
-  return 0;
-}
-
-int RunPrintCompletion(const Values&) {
-  PrintCompletion(std::cout, Commands());
-  return 0;
 }
 
 }  // namespace
@@ -125,17 +54,19 @@ std::vector<Command> Commands() {
                     .help = "Its folder, new or empty",
                     .isNeeded = true,
                     .place = Place::kFolder}},
-       .run = RunInit,
+       .run = OnLinux("init"),
        .needsMachine = false},
       {.name = "check",
        .help = "Tells what becomes of a policy on this machine; changes nothing",
        .options = {kFile, kPolicyId, kJson},
-       .run = Check},
+       .run = OnLinux("check"),
+       .whyElsewhere = kStandIn},
       {.name = "diff",
        .help = "Tells in what two policies differ, as stored; changes nothing",
        .options = {File("A", "A policy, as for check", true), File("B", "Another", true),
                    kPolicyId},
-       .run = Diff},
+       .run = OnLinux("diff"),
+       .whyElsewhere = kStandIn},
       {.name = "preview",
        .help = "Draws the page with its watermarks as a picture",
        .options = {File("FILE", "A policy to try (else what the machine holds)", false),
@@ -147,7 +78,8 @@ std::vector<Command> Commands() {
                     .help = "The paper (A4)",
                     .words = {"A3", "A4", "Letter"}},
                    {"--landscape", "", "The paper's long side lies"}},
-       .run = RunPreview},
+       .run = OnLinux("preview"),
+       .whyElsewhere = kStandIn},
       {.name = "update",
        .help = "Applies a policy to the default entry and printers",
        .options =
@@ -176,7 +108,8 @@ std::vector<Command> Commands() {
                    {"--no-ids", "", "JSON without IDs, for comparing", false, "--json"},
                    {"--brief", "", "Without the watermarks"},
                    {"--printer", "NAME", "One entry alone (*: the default entry)"}},
-       .run = RunShow},
+       .run = OnLinux("show"),
+       .whyElsewhere = kStandIn},
       {.name = "log",
        .help = "Prints the log file",
        .options = {{"--follow", "", "And goes on as it grows"},
@@ -185,29 +118,32 @@ std::vector<Command> Commands() {
                     .help = "Lines of this level and above, 0 to 5 or its word",
                     .words = {"trace", "detail", "progress", "info", "warning", "error"}},
                    {"--since", "TIME", "Lines since: 2025-03-31, '2025-03-31 09:12', 10m"}},
-       .run = RunLog},
+       .run = OnLinux("log")},
       {.name = "seal",
        .help = "Makes the delivered policy file of a policy",
        .options = {kFile, Output("FILE", "Another place for it", false), kPolicyId, kForce},
-       .run = RunSeal},
+       .run = OnLinux("seal"),
+       .whyElsewhere = kStandIn},
       {.name = "unseal",
        .help = "Gives the text of a delivered policy file back",
        .options = {File("FILE", "The sealed file (the delivered one)", false),
                    Output("FILE", "A file for the text", false)},
-       .run = RunUnseal},
-      {.name = "serve", .help = "Runs the control service and prints its events", .run = RunServe},
+       .run = OnLinux("unseal")},
+      {.name = "serve",
+       .help = "Runs the control service and prints its events",
+       .run = OnLinux("serve")},
       {.name = "doctor",
        .help = "Tells what an export would meet on this machine; changes nothing",
        .options = {kJson},
        .run = RunDoctor},
       {.name = "print-manual",
        .help = "Prints this program's page of the manual",
-       .run = RunPrintManual,
+       .run = OnLinux("print-manual"),
        .needsMachine = false,
        .isHidden = true},
       {.name = "print-completion",
        .help = "Prints the completion of its command line for bash",
-       .run = RunPrintCompletion,
+       .run = OnLinux("print-completion"),
        .needsMachine = false,
        .isHidden = true},
   };

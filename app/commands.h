@@ -9,6 +9,9 @@ namespace app {
 /// All commands of the program, in the order of its help.
 std::vector<Command> Commands();
 
+/// What runs the command of this name, which Windows lacks; null there.
+Action OnLinux(const std::string& name);
+
 /// What holds for all of them.
 inline constexpr char kSummary[] = "Host program of the SigilSetting library";
 inline const Option kRootOption = {.name = "--root",
@@ -19,22 +22,6 @@ inline const Option kHelpOption = {.name = "-h,--help", .help = "Print this help
 inline const Option kVersionOption = {.name = "--version",
                                       .help = "Display program version information and exit"};
 
-/// The help prints this text as it is, the manual by its form: parts with a heading and, behind two
-/// blanks each, names with what they stand for.
-inline constexpr char kFooter[] =
-    "Exit status:\n"
-    "  0  the work is done; check: nothing found; diff: no difference\n"
-    "  1  an export or the machine failed, or nothing was saved;\n"
-    "     check: findings; diff: differences\n"
-    "  2  a wrong argument or a file that will not do; nothing has been changed\n"
-    "\n"
-    "Environment:\n"
-    "  SIGIL_ROOT       the machine's folder; else sigil/machine in XDG_DATA_HOME,\n"
-    "                   which is ~/.local/share where it is not set\n"
-    "  SIGIL_LOG        the log file, in place of the machine's own\n"
-    "  SIGIL_LOG_LEVEL  the lowest level that is written to it (0)\n"
-    "  TMPDIR           where policies are rehearsed, in private folders that go\n"
-    "                   again; memory where it is not set\n";
 /// For the manual alone.
 inline constexpr char kFiles[] =
     "Files:\n"

@@ -8,13 +8,11 @@
 #include <optional>
 #include <string>
 
-#include "platform/posix/machine/machine_file.h"
-
 namespace app {
 
 inline constexpr std::size_t kGreatestPolicy = 16 * 1024 * 1024;
 /// What the passes read of any file, sealed ones included.
-inline constexpr std::size_t kGreatestSealedPolicy = platform::kLargestFile;
+extern const std::size_t kGreatestSealedPolicy;
 inline constexpr std::size_t kGreatestRowFile = 1024 * 1024;
 inline constexpr std::size_t kGreatestKeySource = 64 * 1024;
 

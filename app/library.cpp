@@ -1,17 +1,14 @@
 #include "app/library.h"
 
-#include <filesystem>
 #include <stdexcept>
 
+#include "app/home.h"
 #include "peers/logging/log_watch.h"
 #include "platform/module.h"
 #include "platform/utf.h"
 
 namespace app {
 namespace {
-
-constexpr wchar_t kLibrary[] = L"libSigilSetting.so";
-constexpr wchar_t kLog[] = L"liblog4cxx.so";
 
 HMODULE Load(const wchar_t* fileName) {
   const std::wstring path = BesideHost(fileName);
@@ -22,12 +19,17 @@ HMODULE Load(const wchar_t* fileName) {
   return library;
 }
 
+/// Null when the library has no such function.
+template <class Operation>
+Operation Function(HMODULE library, const char* name) {
+  // By way of the type of no function in particular, which the compiler takes as meant.
+  return reinterpret_cast<Operation>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
+}
+
 template <class Operation>
 void LookUp(HMODULE library, const char* name, Operation& operation) {
-  const FARPROC address = GetProcAddress(library, name);
-  if (address == nullptr) throw std::runtime_error(std::string(name) + ": not in the library");
-  // By way of the type of no function in particular, which the compiler takes as meant.
-  operation = reinterpret_cast<Operation>(reinterpret_cast<void (*)()>(address));
+  operation = Function<Operation>(library, name);
+  if (operation == nullptr) throw std::runtime_error(std::string(name) + ": not in the library");
 }
 
 Exports LoadExports() {
@@ -45,14 +47,18 @@ Exports LoadExports() {
 /// Gathers the messages of its lifetime.
 class Watch {
  public:
-  explicit Watch(std::vector<Message>& messages) {
-    LookUp(Load(kLog), "SigilWatchLog", m_setWatcher);
+  explicit Watch(std::vector<Message>& messages)
+      : m_setWatcher(Function<SigilWatchLogFunction*>(Load(kLog), "SigilWatchLog")) {
     s_messages = &messages;
-    m_setWatcher(&Take);
+    if (m_setWatcher != nullptr) m_setWatcher(&Take);
   }
-  ~Watch() { m_setWatcher(nullptr); }
+  ~Watch() {
+    if (m_setWatcher != nullptr) m_setWatcher(nullptr);
+  }
   Watch(const Watch&) = delete;
   Watch& operator=(const Watch&) = delete;
+
+  explicit operator bool() const { return m_setWatcher != nullptr; }
 
  private:
   static void Take(int level, int number, const wchar_t* function, const wchar_t* text) {
@@ -60,22 +66,24 @@ class Watch {
   }
 
   static inline std::vector<Message>* s_messages = nullptr;
-  SigilWatchLogFunction* m_setWatcher = nullptr;
+  SigilWatchLogFunction* const m_setWatcher;
 };
 
 }  // namespace
+
+ExportCall UpdateCall(const std::wstring& text, int policyId, bool resetName) {
+  return [=](const Exports& exports) {
+    return exports.update(0, policyId, nullptr, text.c_str(), resetName ? 1 : 0);
+  };
+}
 
 Outcome Call(const ExportCall& call) {
   const Exports exports = LoadExports();
   Outcome outcome;
   const Watch watch(outcome.messages);
+  outcome.isWatched = static_cast<bool>(watch);
   outcome.result = call(exports);
   return outcome;
-}
-
-std::wstring BesideHost(const std::wstring& fileName) {
-  const auto host = std::filesystem::read_symlink("/proc/self/exe");
-  return platform::FromUtf8(host.parent_path().string()) + L"/" + fileName;
 }
 
 }  // namespace app

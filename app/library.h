@@ -35,15 +35,16 @@ struct Message {
 struct Outcome {
   int result = 0;
   std::vector<Message> messages;
+  bool isWatched = true;  ///< False: the log is one that tells its messages to nobody.
 };
 
 using ExportCall = std::function<int(const Exports&)>;
 
+/// The update export with this text.
+ExportCall UpdateCall(const std::wstring& text, int policyId, bool resetName = false);
+
 /// Loads the library, which stays loaded, and makes the call. std::runtime_error when the library,
 /// an operation or its log is missing. One call at a time.
 Outcome Call(const ExportCall& call);
-
-/// Where the host expects a library of this file name.
-std::wstring BesideHost(const std::wstring& fileName);
 
 }  // namespace app

@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <iterator>
 
+#include "app/home.h"
+
 namespace app {
 namespace {
 
 constexpr char kDoctor[] = "`sigilctl doctor` tells the state of each part.";
-constexpr char kSpooler[] = "See to machine.ini.";
 constexpr char kAgain[] = "Run the command again when the other process is done.";
 constexpr char kReport[] = "Keep the log and report it.";
-constexpr char kName[] = "See to the account in machine.ini or the directory.";
 constexpr char kPipe[] = "Start the control service; then run the command again.";
 constexpr char kComponent[] = "Put SigilUtil_x86.dll beside sigilctl.";
 
@@ -32,15 +32,16 @@ constexpr Row kRows[] = {
     {153000020, Weight::kFailure, "switching the watermarks off failed", ""},
     {153000050, Weight::kFailure, "switching the watermarks on failed", ""},
     {153000080, Weight::kFailure, "the policy could not be applied", ""},
-    {153000081, Weight::kWarning, "the login name stands in for the user's full name", kName},
+    {153000081, Weight::kWarning, "the login name stands in for the user's full name",
+     kMendAccount},
     {153000110, Weight::kFailure, "switching the watermarks off for the service failed", ""},
     {153000140, Weight::kFailure, "switching the content log failed", ""},
     {153000160, Weight::kFailure, "rebuilding the exclude list failed", ""},
     {153000280, Weight::kFailure, "SystemSetting.csv could not be read", kDoctor},
     {153000300, Weight::kFailure, "SystemSetting.csv could not be read", kDoctor},
-    {153100010, Weight::kFailure, "the printers could not be listed", kSpooler},
-    {153100030, Weight::kFailure, "the printers could not be listed", kSpooler},
-    {153100040, Weight::kFailure, "the printers could not be listed", kSpooler},
+    {153100010, Weight::kFailure, "the printers could not be listed", kMendPrinters},
+    {153100030, Weight::kFailure, "the printers could not be listed", kMendPrinters},
+    {153100040, Weight::kFailure, "the printers could not be listed", kMendPrinters},
     {153100050, Weight::kFailure, "the Settings component could not be had", kComponent},
     {153100090, Weight::kFailure, "a printer could not be switched", kDoctor},
     {153100100, Weight::kFailure, "the switching broke off", kReport},
@@ -69,10 +70,11 @@ constexpr Row kRows[] = {
      ""},
     {153100340, Weight::kWarning,
      "the delivery folder that Client.ini names is none; the default one is used", ""},
-    {153100350, Weight::kWarning, "the user's full name could not be looked up", kName},
-    {153100360, Weight::kWarning, "the user's full name could not be looked up", kName},
-    {153100370, Weight::kWarning, "no domain controller answered for the user's full name", kName},
-    {153100380, Weight::kWarning, "the look-up of the user's full name broke off", kName},
+    {153100350, Weight::kWarning, "the user's full name could not be looked up", kMendAccount},
+    {153100360, Weight::kWarning, "the user's full name could not be looked up", kMendAccount},
+    {153100370, Weight::kWarning, "no domain controller answered for the user's full name",
+     kMendAccount},
+    {153100380, Weight::kWarning, "the look-up of the user's full name broke off", kMendAccount},
     {153100410, Weight::kWarning, "the control service was not told: no security descriptor",
      kReport},
     {153100420, Weight::kWarning, "the control service was not told: nobody serves its pipe",
@@ -86,12 +88,9 @@ constexpr Row kRows[] = {
     {153100510, Weight::kWarning, "telling the control service broke off", kReport},
     {153100520, Weight::kFailure, "the Settings component could not be had", kComponent},
     {153100530, Weight::kFailure, "switching the content log broke off", kReport},
-    {153100540, Weight::kFailure, "the delivered policy is refused",
-     "Seal a good one; `sigilctl check FILE` tells what is wrong with a text."},
-    {153100560, Weight::kFailure, "the delivered policy could not be deciphered",
-     "Seal it under this machine's key source."},
-    {153100570, Weight::kFailure, "there is no delivered policy",
-     "`sigilctl seal FILE` makes one."},
+    {153100540, Weight::kFailure, "the delivered policy is refused", kMendDelivery},
+    {153100560, Weight::kFailure, "the delivered policy could not be deciphered", kMendKey},
+    {153100570, Weight::kFailure, "there is no delivered policy", kMendMissing},
     {153100580, Weight::kFailure, "the default entry could not be had", kDoctor},
     {153100590, Weight::kFailure, "a printer's entry could not be had", kDoctor},
     {153100600, Weight::kFailure, "the registration broke off", kReport},
@@ -99,7 +98,7 @@ constexpr Row kRows[] = {
     {153100650, Weight::kFailure, "SystemSetting.csv could not be opened", kDoctor},
     {153100670, Weight::kFailure, "reading SystemSetting.csv broke off", kDoctor},
     {153100680, Weight::kWarning, "the control service was not told: no message", kReport},
-    {153100720, Weight::kWarning, "the user's full name is empty", kName},
+    {153100720, Weight::kWarning, "the user's full name is empty", kMendAccount},
     {153100750, Weight::kFailure, "the printers or the Settings component could not be had",
      kDoctor},
     {153100800, Weight::kFailure, "rebuilding the exclude list broke off", kReport},
@@ -108,11 +107,11 @@ constexpr Row kRows[] = {
     {153100850, Weight::kFailure, "the turn on the setting file could not be had", kAgain},
     {153100860, Weight::kFailure, "the turn on the setting file could not be had", kAgain},
     {153100901, Weight::kWarning, "the user's full name was not found; the login name is used",
-     kName},
+     kMendAccount},
     {153100904, Weight::kWarning, "the folder of the user information is unknown", kDoctor},
     {153100907, Weight::kWarning,
      "the Settings component could not be had for the user information", kComponent},
-    {153100908, Weight::kWarning, "the look-up of the user's full name broke off", kName},
+    {153100908, Weight::kWarning, "the look-up of the user's full name broke off", kMendAccount},
     {153100950, Weight::kWarning, "the user information could not be read", kDoctor},
     {153100951, Weight::kWarning,
      "the Settings component could not be had for the user information", kComponent},

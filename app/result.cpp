@@ -14,6 +14,8 @@
 namespace app {
 namespace {
 
+constexpr char kUnwatched[] = "The log tells the rest; it cannot be watched from here.";
+
 std::string NotTold(const char* reason) {
   return std::string("The watermarks are off, but the control service was not told: ") + reason;
 }
@@ -98,7 +100,8 @@ std::string MeaningOf(int result) {
 
 std::string WhyUnsaved() try {
   const SettingState file = ExamineSettingFile();
-  return file.unsaved.empty() ? file.place + " could not be written" : file.unsaved;
+  if (!file.unsaved.empty()) return file.unsaved;
+  return (file.place.empty() ? "the component's file" : file.place) + " could not be written";
 } catch (const std::exception& error) {
   return "the setting file's place is unknown: " + CauseOf(error);
 }
@@ -111,7 +114,10 @@ int Report(const Outcome& outcome, const Work& work) {
 
   std::cout << work.command << ": " << outcome.result << ". "
             << Sentence(outcome, work, unsaved, troubles) << "\n";
-  if (isWhole && !work.numbers.empty()) std::cout << "  " << work.numbers << "\n";
+  if (!outcome.isWatched)
+    std::cout << "  " << kUnwatched << "\n";
+  else if (isWhole && !work.numbers.empty())
+    std::cout << "  " << work.numbers << "\n";
   for (const std::string& line : work.lines) std::cout << "  " << line << "\n";
   std::cout << std::flush;
   std::erase_if(troubles, [&](const Message& message) {

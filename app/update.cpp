@@ -2,27 +2,14 @@
 
 #include <set>
 
+#include "app/inventory/setting_state.h"
 #include "app/rehearsal/refusal.h"
-#include "app/rehearsal/rehearse.h"
 #include "app/result.h"
 #include "app/text_file.h"
 #include "app/told.h"
-#include "peers/settings_component/setting_file.h"
 
 namespace app {
 namespace {
-
-/// The GUIDs of all watermarks in the setting file; nothing when it cannot be read.
-std::set<std::string> WatermarkIds() {
-  std::set<std::string> ids;
-  try {
-    for (const auto& entry : peers::ReadSettingFile(peers::FindSettingPlace().file).entries)
-      for (const auto& mark : entry.watermarks) ids.insert(mark.id);
-  } catch (const std::exception&) {
-    ids.clear();
-  }
-  return ids;
-}
 
 /// An update leaves no watermark as it was. Others may update at the same time, so what is new may
 /// be theirs as well.
@@ -49,7 +36,7 @@ int Update(const Values& values) {
   const std::wstring text = ReadTextFile(values.Text("FILE"));
   const Verdict verdict = RefuseOrTell(text, NameOf(values.Text("FILE")), policyId, Use::kUpdate,
                                        values.Has("--force"), resetName);
-  const std::set<std::string> before = WatermarkIds();
+  const auto before = WatermarkIds();
   const Outcome outcome = Call(UpdateCall(text, policyId, resetName));
   const WorkDone done = WorkDoneIn(outcome);
   Work work{.command = "update",
@@ -58,7 +45,8 @@ int Update(const Values& values) {
             .lines = verdict.cause.empty() ? verdict.lines : std::vector<std::string>(),
             .cause = verdict.cause,
             .told = verdict.told};
-  if (done.marks > 0 && IsUntouched(before, WatermarkIds())) work.unsaved = WhyUnsaved();
+  const auto after = done.marks > 0 ? WatermarkIds() : std::nullopt;
+  if (before && after && IsUntouched(*before, *after)) work.unsaved = WhyUnsaved();
   return Report(outcome, work);
 }
 

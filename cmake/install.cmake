@@ -5,7 +5,7 @@
 #                                            and the log that stand in for the closed ones; apart from
 #                                            LIBDIR, where another liblog4cxx.so may lie
 #            bin/sigilctl                    a link there; its manual page and its completion for bash
-#   Windows  bin/SigilSetting.dll            the closed parts come with the host
+#   Windows  bin/SigilSetting.dll            and sigilctl.exe; the closed parts come with the host
 #   both     include/sigil/sigil_setting.h, the CMake package, the guides for hosts; pkg-config's file
 #            on Linux
 
@@ -31,7 +31,8 @@ if(WIN32)
                      COMMAND ${SIGIL_LINKER} /lib /machine:x86 /def:${exports} /out:${import_library})
   add_custom_target(import_library ALL DEPENDS ${import_library})
   add_dependencies(SigilSetting import_library)
-  install(PROGRAMS $<TARGET_FILE:SigilSetting> DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(PROGRAMS $<TARGET_FILE:SigilSetting> $<TARGET_FILE:sigilctl>
+          DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES ${import_library} DESTINATION ${CMAKE_INSTALL_LIBDIR})
 else()
   install(TARGETS SigilSetting)

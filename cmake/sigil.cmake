@@ -70,6 +70,16 @@ function(sigil_static name)
   target_link_libraries(${name} PUBLIC sigil_options)
 endfunction()
 
+# sigil_part_symbols(NAME): what is built for Windows has its symbols beside it, where a debugger looks.
+function(sigil_part_symbols name)
+  set(file $<TARGET_FILE:${name}>)
+  add_custom_command(
+    TARGET ${name} POST_BUILD
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
+    COMMAND ${CMAKE_STRIP} ${file}
+    COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${file}.debug ${file})
+endfunction()
+
 # sigil_library(NAME SHARED|MODULE SOURCE...): a library without open ends that shows nothing of the
 # static libraries in it.
 function(sigil_library name kind)
@@ -81,13 +91,7 @@ function(sigil_library name kind)
     target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/platform/windows/dll/run_time.cpp)
     target_link_options(${name} PRIVATE LINKER:--entry=_EnterDll@12
                                         LINKER:--wrap=__gthr_win32_mutex_destroy)
-    # The symbols lie beside it, where a debugger looks.
-    set(file $<TARGET_FILE:${name}>)
-    add_custom_command(
-      TARGET ${name} POST_BUILD
-      COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
-      COMMAND ${CMAKE_STRIP} ${file}
-      COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${file}.debug ${file})
+    sigil_part_symbols(${name})
   else()
     # With clang's sanitizers the program has what they leave open.
     target_link_options(${name} PRIVATE LINKER:--exclude-libs,ALL
@@ -100,7 +104,7 @@ function(sigil_log name)
   sigil_library(${name} SHARED ${ARGN})
   set_target_properties(${name} PROPERTIES OUTPUT_NAME log4cxx)
   if(WIN32)
-    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/logging/log4cxx.def)
+    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/peers/logging/log4cxx.def)
   endif()
 endfunction()
 

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/mfc.h"
+
 namespace app {
 
 /// What the key comes of on this machine.
@@ -16,6 +18,13 @@ struct KeyState {
   bool gives = false;    ///< A key comes of it. If not, every pass that needs one fails.
 };
 KeyState ExamineKey();
+
+struct PolicyKey {
+  CByteArray key;
+  CByteArray vector;
+};
+/// False when no key comes of the key source.
+bool FindKey(PolicyKey& key);
 
 /// The bytes of a policy file with this UTF-8 text, under the machine's key, which must be given.
 /// No character is cut by the end of a chunk.

@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <set>
 
-#include "app/library.h"
+#include "app/home.h"
 #include "host/shared_names.h"
 #include "platform/crt.h"
-#include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -108,7 +107,7 @@ bool Diagnosis::IsGood() const {
 Diagnosis Diagnose() {
   const Findings findings = Examine();
   Diagnosis diagnosis;
-  diagnosis.machine = platform::MachineRoot().string();
+  diagnosis.machine = findings.machine;
   diagnosis.parts = Parts(findings);
   diagnosis.unread = findings.unread;
   if (findings.policy && findings.scope) {

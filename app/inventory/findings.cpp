@@ -1,28 +1,15 @@
 #include "app/inventory/findings.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <iterator>
 #include <stdexcept>
-#include <system_error>
 
 #include "app/delivery/policy_file.h"
+#include "app/home.h"
 #include "app/inventory/function_switch.h"
-#include "app/inventory/log_view.h"
-#include "app/library.h"
-#include "host/shared_names.h"
-#include "peers/settings_component/setting_file.h"
 #include "platform/crt.h"
-#include "platform/file.h"
 #include "platform/module.h"
-#include "platform/posix/machine/machine.h"
-#include "platform/profile.h"
-#include "platform/utf.h"
 
 namespace app {
 namespace {
-
-namespace fs = std::filesystem;
 
 /// The first scope that a policy with the number 1 gives; 0 without any, as the passes take it.
 int ScopeOf(const PolicyText& policy) {
@@ -67,115 +54,15 @@ std::string ExamineComponent() {
   return hasEntry ? "" : "has no SigilCreateInstance";
 }
 
-PrinterFinding Kinded(platform::Printer& printer) {
-  PRINTER_INFO_2W record{};
-  record.pDriverName = printer.driver.data();
-  record.pComment = printer.comment ? printer.comment->data() : nullptr;
-  const PrinterKind kind = SigilSettingManagement::KindOf(record);
-  return {printer.name, printer.driver, kind};
-}
-
-std::string WhyNotStored(const fs::path& file) {
-  const std::string refused = WhyRefused(file);
-  return refused.empty() ? WhyNotMade(file.parent_path())
-                         : file.filename().string() + " " + refused;
-}
-
-void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
-  const std::wstring file = settingFolder + kUserInformationName;
-  findings.hasFullName = GetPrivateProfileIntW(kUserSection, kUserStateKey, 0, file.c_str()) != 0;
-  wchar_t name[256] = {};
-  GetPrivateProfileStringW(kUserSection, kUserFullNameKey, L"", name, 256, file.c_str());
-  findings.user += findings.hasFullName ? ", full name " + platform::ToUtf8(name)
-                                        : ", full name not obtained yet";
-  findings.unstoredName = WhyNotStored(platform::HostPath(file));
-}
-
-UnreadLine InWords(const platform::UnreadLine& line) {
-  using Reason = platform::UnreadLine::Reason;
-  const std::string name = platform::ToUtf8(line.name);
-  switch (line.reason) {
-    case Reason::kNoText:
-      return {line.number, name, "no UTF-8 text"};
-    case Reason::kNoSection:
-      return {line.number, name, "before the first section, where nothing is read"};
-    case Reason::kUnknownSection:
-      return {line.number, name, "nobody reads a section of this name"};
-    case Reason::kSecondSection:
-      return {line.number, name, "the first section of this name counts"};
-    case Reason::kUnknownKey:
-      return {line.number, name, "nobody reads this name here"};
-    case Reason::kSecondKey:
-      return {line.number, name, "the first of this name counts"};
-    case Reason::kNoValue:
-      break;
-  }
-  return {line.number, name, "a line without '='"};
-}
-
-void ExamineMachine(Findings& findings) {
-  try {
-    std::vector<platform::UnreadLine> unread;
-    platform::Machine machine = platform::LoadMachine(&unread);
-    std::ranges::transform(unread, std::back_inserter(findings.unread), InWords);
-    findings.user = platform::ToUtf8(machine.user);
-    findings.printers.emplace();
-    for (platform::Printer& printer : machine.printers)
-      findings.printers->push_back(Kinded(printer));
-  } catch (const std::system_error& error) {
-    const std::string why = WhyRefused(platform::MachineRoot() / "machine.ini");
-    findings.noPrinters =
-        "machine.ini " + (why.empty() ? "is unreadable: " + error.code().message() : why);
-    findings.user = "unknown: " + findings.noPrinters;
-    findings.settingFile.state = "unknown, without a user";
-    return;
-  }
-  ExamineUser(findings, peers::FindSettingPlace().folder);
-  findings.settingFile = ExamineSettingFile();
-}
-
-void ExamineLog(Findings& findings) {
-  const fs::path file = LogFile();
-  std::error_code error;
-  findings.logFile = file.string();
-  findings.log = fs::is_regular_file(file, error)
-                     ? std::to_string(fs::file_size(file, error)) + " bytes"
-                     : "not there yet";
-  if (const std::string why = WhyLogLost(); !why.empty())
-    findings.log += "; lines get lost: " + why;
-}
-
-DWORD AskPipe() {
-  const HANDLE pipe =
-      CreateFileW(kControlPipe, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-  if (pipe == INVALID_HANDLE_VALUE) return GetLastError();
-  CloseHandle(pipe);
-  return ERROR_SUCCESS;
-}
-
 }  // namespace
-
-std::string WhyLogLost() {
-  const fs::path file = LogFile();
-  std::error_code error;
-  std::string why = WhyRefused(file);
-  if (why.empty() && fs::exists(file, error)) why = WhyNotWritten(file);
-  if (!why.empty()) return "it " + why;
-  return WhyNotMade(file.parent_path());
-}
 
 Findings Examine() {
   Findings findings;
   findings.delivery = FindDeliveryFolder();
   ExaminePolicy(findings);
   findings.functionSwitch = ReadFunctionSwitch(findings.delivery.SystemSetting());
-  ExamineMachine(findings);
   findings.component = ExamineComponent();
-  findings.mutex = WhyMutexRefused();
-  if (findings.mutex.empty()) findings.mutex = WhyClosed(platform::MachineRoot() / "mutex");
-  ExamineLog(findings);
-  findings.pipeError = AskPipe();
-  findings.refused = RefusedPlaces();
+  ExamineMachine(findings);
   return findings;
 }
 

@@ -32,6 +32,7 @@ struct UnreadLine {
 };
 
 struct Findings {
+  std::string machine;
   DeliveryFolder delivery;
 
   std::string keySource;  ///< The state of the file that the key comes from.
@@ -56,7 +57,7 @@ struct Findings {
   std::string component;  ///< Empty when it is found and has its entry, else what is wrong.
   SettingState settingFile;
   std::string mutex;    ///< Empty when the passes can have their mutex, else what is wrong.
-  std::string log;      ///< The state of the log file, and where it is.
+  std::string log;      ///< The state of the log, and where it is.
   std::string logFile;  ///< A path of the host.
   DWORD pipeError = 0;  ///< 0 when somebody serves the pipe.
 
@@ -64,6 +65,10 @@ struct Findings {
 };
 
 Findings Examine();
+
+/// The part of Examine that each home has its own way for: what the machine is, its user and
+/// printers, the setting file, mutex, log and pipe.
+void ExamineMachine(Findings& findings);
 
 /// Why lines of the log get lost here: "it is a link", "the disk is full", ...; empty when none do.
 std::string WhyLogLost();

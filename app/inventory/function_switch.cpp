@@ -2,18 +2,18 @@
 
 #include <stdexcept>
 
+#include "app/home.h"
 #include "app/input_file.h"
 #include "host/setting_row.h"
 #include "platform/crt.h"
 #include "platform/mfc.h"
-#include "platform/posix/machine/machine.h"
 
 namespace app {
 namespace {
 
 bool IsReadable(const std::wstring& file) {
   try {
-    return ReadInput(platform::HostPath(file), kGreatestRowFile).has_value();
+    return ReadInput(HostPath(file), kGreatestRowFile).has_value();
   } catch (const std::runtime_error&) {
     return false;
   }

@@ -4,17 +4,23 @@
 // anything.
 
 #include <filesystem>
+#include <optional>
+#include <set>
 #include <string>
 
 namespace app {
 
 struct SettingState {
   std::string state;    ///< For people.
-  std::string place;    ///< Where the file is, as a Windows path.
+  std::string place;    ///< Where the file is, as a Windows path; empty on Windows.
   std::string unsaved;  ///< Why nothing would be saved; empty when all is well.
 };
 
 SettingState ExamineSettingFile();
+
+/// The GUIDs of all watermarks in the setting file, none when it cannot be read. Nothing where the
+/// file's form is the component's own.
+std::optional<std::set<std::string>> WatermarkIds();
 
 /// Whether what a pass does would be saved, as far as it can be told beforehand.
 bool CanSave();

@@ -1,16 +1,11 @@
 #include "app/inventory/table.h"
 
-#include <locale.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
-#include <wchar.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <ostream>
 #include <utility>
 
-#include "platform/owner.h"
+#include "app/inventory/console.h"
 #include "platform/utf.h"
 #include "platform/visible_text.h"
 
@@ -20,36 +15,23 @@ namespace {
 /// Blanks between two cells.
 constexpr std::size_t kGap = 2;
 
-/// The thread's locale, which another has taken the place of.
-using LocaleBefore = Owner<locale_t, uselocale>;
-
-/// The C library's knowledge of all characters from now on, whatever the process's locale.
-LocaleBefore UseUnicode() {
-  static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  return LocaleBefore(uselocale(unicode));  // without it the current one stays
+std::size_t Width(std::u32string_view characters) {
+  std::size_t width = 0;
+  for (const char32_t character : characters) width += CharacterWidth(character);
+  return width;
 }
 
-/// Whole characters, one in each wchar_t.
-std::wstring Characters(std::string_view text) {
-  std::wstring characters;
-  for (const wchar_t unit : platform::FromUtf8(text)) {
+/// Whole characters.
+std::u32string Characters(std::string_view text) {
+  std::u32string characters;
+  for (const wchar_t each : platform::FromUtf8(text)) {
+    const auto unit = static_cast<char32_t>(each);
     if (unit >= 0xDC00 && unit <= 0xDFFF)
       characters.back() = 0x10000 + ((characters.back() - 0xD800) << 10) + (unit - 0xDC00);
     else
       characters += unit;
   }
   return characters;
-}
-
-std::size_t Width(wchar_t character) {
-  const int width = wcwidth(character);
-  return width < 0 ? 1 : static_cast<std::size_t>(width);
-}
-
-std::size_t Width(std::wstring_view characters) {
-  std::size_t width = 0;
-  for (const wchar_t character : characters) width += Width(character);
-  return width;
 }
 
 /// What `limit` leaves of each of the widths, in sum.
@@ -114,29 +96,30 @@ void PrintRecords(std::ostream& out, const std::vector<Row>& rows, std::string_v
 }  // namespace
 
 std::size_t DisplayWidth(std::string_view text) {
-  const LocaleBefore before = UseUnicode();
   return Width(Characters(text));
 }
 
 std::string OneLine(std::string_view text, std::size_t width) {
-  const LocaleBefore before = UseUnicode();
   std::string visible = platform::Visible(text);
-  std::wstring line = Characters(visible);
+  const std::u32string line = Characters(visible);
   if (Width(line) <= width) return visible;
   std::size_t end = 0;
-  for (std::size_t left = width - 1; Width(line[end]) <= left; ++end) left -= Width(line[end]);
-  line.resize(end);
-  line += L'…';
-  return platform::ToUtf8(line);
+  std::size_t left = width - 1;
+  for (auto each = line.begin(); CharacterWidth(*each) <= left; ++each) {
+    left -= CharacterWidth(*each);
+    do ++end;
+    while ((visible[end] & 0xC0) == 0x80);  // what belongs to the character
+  }
+  visible.resize(end);
+  return visible + "…";
 }
 
 std::size_t TerminalWidth() {
   const char* const exported = std::getenv("COLUMNS");
   if (const int columns = exported == nullptr ? 0 : std::atoi(exported); columns > 0)
     return static_cast<std::size_t>(columns);
-  winsize size = {};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
-  return std::string_view::npos;
+  const std::size_t columns = ConsoleColumns();
+  return columns == 0 ? std::string_view::npos : columns;
 }
 
 void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_view indent) {

@@ -144,10 +144,4 @@ Rehearsal Rehearse(const ScratchMachine& machine, const ExportCall& call) {
   return rehearsal;
 }
 
-ExportCall UpdateCall(const std::wstring& text, int policyId, bool resetName) {
-  return [=](const Exports& exports) {
-    return exports.update(0, policyId, nullptr, text.c_str(), resetName ? 1 : 0);
-  };
-}
-
 }  // namespace app

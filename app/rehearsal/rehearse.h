@@ -17,7 +17,4 @@ struct Rehearsal {
 /// the library happens there. std::runtime_error when that process ends without an outcome.
 Rehearsal Rehearse(const ScratchMachine& machine, const ExportCall& call);
 
-/// The update export with this text.
-ExportCall UpdateCall(const std::wstring& text, int policyId, bool resetName = false);
-
 }  // namespace app

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "peers/logging/log_watch.h"
+
 namespace {
 
 struct Script {
@@ -33,6 +35,7 @@ struct Recorder {
 };
 
 std::atomic_flag theBusyFlag;
+std::atomic<logging::Watcher> theWatcher;
 
 /// The recorder, for its taker alone. Taken for moments only: not every home's C++ library has a
 /// mutex.
@@ -65,9 +68,20 @@ std::wstring Joined(const RecorderPart* parts, std::size_t count, const wchar_t*
   return text;
 }
 
+/// What a watcher gets of a log line's parts: a text with its code, or a label with its value.
+std::wstring Told(const RecorderPart* parts, std::size_t count) {
+  const std::wstring last = parts[count - 1].text;
+  if (count == 2) return parts[0].text + (L"=" + last);
+  return count == 1 ? last : last + L" (code " + Shown(parts[1]) + L")";
+}
+
 }  // namespace
 
 extern "C" {
+
+void SigilWatchLog(logging::Watcher watcher) {
+  theWatcher = watcher;
+}
 
 void RecorderReset() {
   const auto recorder = Take();
@@ -88,6 +102,8 @@ void RecorderAdd(const wchar_t* line) {
 
 void RecorderAddLog(int level, int number, const wchar_t* function, int line,
                     const RecorderPart* parts, std::size_t count) {
+  if (const logging::Watcher watcher = theWatcher)
+    watcher(level, number, function, Told(parts, count).c_str());
   std::wostringstream text;
   text << level << L' ' << number << L' ' << function << L' ' << Joined(parts, count, L" ");
   if (line <= 0) text << L" without its source line";

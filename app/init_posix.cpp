@@ -1,10 +1,9 @@
-#include "app/init.h"
-
 #include <stdlib.h>
 
 #include <cerrno>
 #include <system_error>
 
+#include "app/init.h"
 #include "app/sample.h"
 #include "app/usage_error.h"
 #include "platform/posix/machine/machine_file.h"

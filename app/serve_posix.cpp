@@ -1,5 +1,3 @@
-#include "app/serve.h"
-
 #include <signal.h>
 #include <time.h>
 
@@ -7,6 +5,7 @@
 #include <iostream>
 #include <thread>
 
+#include "app/serve.h"
 #include "peers/control_service/control_service.h"
 #include "platform/utf.h"
 #include "platform/visible_text.h"

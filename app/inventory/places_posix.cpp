@@ -1,5 +1,3 @@
-#include "app/inventory/places.h"
-
 #include <fcntl.h>
 
 #include <algorithm>
@@ -11,6 +9,7 @@
 
 #include "app/client.h"
 #include "app/inventory/log_view.h"
+#include "app/inventory/places.h"
 #include "host/shared_names.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/posix/machine/machine.h"

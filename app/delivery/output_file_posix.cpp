@@ -1,7 +1,6 @@
-#include "app/delivery/output_file.h"
-
 #include <string>
 
+#include "app/delivery/output_file.h"
 #include "app/usage_error.h"
 #include "platform/posix/machine/whole_file.h"
 

@@ -1,10 +1,9 @@
-#include "app/inventory/show.h"
-
 #include <algorithm>
 #include <ostream>
 #include <stdexcept>
 #include <system_error>
 
+#include "app/inventory/show.h"
 #include "app/inventory/table.h"
 #include "app/usage_error.h"
 #include "platform/posix/machine/machine.h"

@@ -1,5 +1,3 @@
-#include "app/manual.h"
-
 #include <algorithm>
 #include <cctype>
 #include <ostream>
@@ -7,6 +5,8 @@
 #include <string>
 
 #include "app/commands.h"
+#include "app/home.h"
+#include "app/manual.h"
 
 namespace app {
 namespace {

@@ -1,5 +1,3 @@
-#include "app/delivery/seal.h"
-
 #include <filesystem>
 #include <iostream>
 #include <stdexcept>
@@ -7,6 +5,7 @@
 #include "app/client.h"
 #include "app/delivery/output_file.h"
 #include "app/delivery/policy_file.h"
+#include "app/delivery/seal.h"
 #include "app/input_file.h"
 #include "app/rehearsal/refusal.h"
 #include "app/text_file.h"

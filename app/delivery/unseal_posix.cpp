@@ -1,5 +1,3 @@
-#include "app/delivery/unseal.h"
-
 #include <unistd.h>
 
 #include <filesystem>
@@ -10,6 +8,7 @@
 #include "app/client.h"
 #include "app/delivery/output_file.h"
 #include "app/delivery/policy_file.h"
+#include "app/delivery/unseal.h"
 #include "app/policy_text.h"
 #include "app/usage_error.h"
 #include "platform/utf.h"

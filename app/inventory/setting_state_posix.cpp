@@ -1,5 +1,3 @@
-#include "app/inventory/setting_state.h"
-
 #include <fcntl.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -9,6 +7,7 @@
 #include <system_error>
 
 #include "app/inventory/places.h"
+#include "app/inventory/setting_state.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/utf.h"
 
@@ -94,6 +93,17 @@ SettingState ExamineSettingFile() {
     state.state = damage + "; the component can neither read nor write it";
   if (damage.empty() && !state.unsaved.empty()) state.state += "; " + state.unsaved;
   return state;
+}
+
+std::optional<std::set<std::string>> WatermarkIds() {
+  std::set<std::string> ids;
+  try {
+    for (const auto& entry : peers::ReadSettingFile(peers::FindSettingPlace().file).entries)
+      for (const auto& mark : entry.watermarks) ids.insert(mark.id);
+  } catch (const std::exception&) {
+    ids.clear();
+  }
+  return ids;
 }
 
 bool CanSave() {

@@ -1,5 +1,3 @@
-#include "app/completion.h"
-
 #include <algorithm>
 #include <functional>
 #include <iterator>
@@ -9,6 +7,7 @@
 #include <string>
 
 #include "app/commands.h"
+#include "app/completion.h"
 
 namespace app {
 namespace {

@@ -1,5 +1,3 @@
-#include "app/inventory/log_view.h"
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <time.h>
@@ -15,6 +13,7 @@
 #include <string_view>
 #include <thread>
 
+#include "app/inventory/log_view.h"
 #include "app/usage_error.h"
 #include "peers/descriptor.h"
 #include "platform/visible_text.h"

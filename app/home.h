@@ -1,0 +1,49 @@
+#pragma once
+
+// What the program knows of the home that it runs in, Linux or Windows. Each has a source of its
+// own for it, home_posix.cpp and home_windows.cpp.
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace app {
+
+/// What `main` is given, as UTF-8. Standard input gives its bytes as they are from now on, and a
+/// console takes UTF-8.
+std::vector<std::string> Arguments(int argc, char** argv);
+
+/// Adds the option that names the machine, where there is more than the one that this runs on.
+void AddMachineOption(CLI::App& parser);
+
+/// UsageError when there is no machine to work on, or none that this account may work on.
+void RequireMachine();
+
+/// Where the file of a Windows path is.
+std::filesystem::path HostPath(std::wstring_view windowsPath);
+
+/// Where a library of this file name has to be: in the folder of the program itself.
+std::wstring BesideHost(const std::wstring& fileName);
+
+/// The file names of the library and of its log.
+extern const wchar_t kLibrary[];
+extern const wchar_t kLog[];
+
+/// The help prints this text as it is, the manual by its form: parts with a heading and, behind two
+/// blanks each, names with what they stand for.
+extern const char kFooter[];
+
+/// What to do about trouble with the printers, the user's account, a delivered policy that is
+/// refused, of another key, or missing.
+extern const char kMendPrinters[];
+extern const char kMendAccount[];
+extern const char kMendDelivery[];
+extern const char kMendKey[];
+extern const char kMendMissing[];
+
+}  // namespace app
