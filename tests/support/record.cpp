@@ -10,6 +10,7 @@
 #include "platform/faults.h"
 #include "platform/utf.h"
 #include "tests/recorder/recorder.h"
+#include "tests/support/transcript.h"
 
 namespace tests {
 
@@ -42,7 +43,8 @@ void Compare(const std::string& expected, const std::function<bool(std::string_v
   }
   for (const std::string& line : lines) got += line + "\n";
   const testing::ScopedTrace trace(where.file_name(), static_cast<int>(where.line()), "record");
-  EXPECT_EQ(wanted, got);
+  EXPECT_EQ(wanted, got) << "What is wanted stands in" << Transcript::TakePlaces();
+  Transcript::TakePlaces();
 }
 
 }  // namespace

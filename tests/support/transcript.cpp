@@ -5,10 +5,13 @@
 #include <stdexcept>
 #include <string_view>
 #include <tuple>
+#include <utility>
 
 namespace tests {
 
 namespace {
+
+std::string g_places;
 
 std::string Filled(std::string line, const Transcript::Values& values) {
   for (std::size_t i = 0; i < values.size(); ++i) {
@@ -40,20 +43,24 @@ Transcript::Transcript(const std::vector<std::string>& files) {
     for (std::string line; std::getline(file, line);) {
       if (line.starts_with("== ")) {
         bool isNew = false;
-        std::tie(section, isNew) = m_sections.emplace(line.substr(3), "");
+        std::tie(section, isNew) = m_sections.emplace(line.substr(3), Section{name + ".txt", ""});
         if (!isNew) throw std::runtime_error(name + ".txt has a second section " + line);
       } else if (line.starts_with("when ")) {
         const std::size_t colon = line.rfind(": ");
         m_rows.push_back(
             {section->first, line.substr(5, colon - 5), std::stoi(line.substr(colon + 2))});
       } else if (section != m_sections.end()) {
-        section->second += line + "\n";
+        section->second.text += line + "\n";
       }
     }
   }
 }
 
-const std::string& Transcript::Find(const std::string& section) const {
+std::string Transcript::TakePlaces() {
+  return std::exchange(g_places, {});
+}
+
+const Transcript::Section& Transcript::Find(const std::string& section) const {
   const auto found = m_sections.find(section);
   if (found == m_sections.end()) throw std::runtime_error("no section == " + section);
   return found->second;
@@ -61,12 +68,13 @@ const std::string& Transcript::Find(const std::string& section) const {
 
 std::string Transcript::operator()(const std::string& section, const Values& values) const {
   std::string told;
-  std::istringstream lines(Find(section));
+  g_places += "\n" + Find(section).file + " == " + section;
+  std::istringstream lines(Find(section).text);
   for (std::string line; std::getline(lines, line);) {
     line = Filled(line, values);
     if (line.starts_with('@')) {
       const Values parts = Parts(line.substr(1));
-      line = Filled(Find(parts[0]), {parts.begin() + 1, parts.end()});
+      line = Filled(Find(parts[0]).text, {parts.begin() + 1, parts.end()});
       if (line.starts_with('@') || line.find("\n@") != line.npos)
         throw std::runtime_error("another section in == " + parts[0]);
     }

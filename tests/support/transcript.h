@@ -31,13 +31,20 @@ class Transcript {
   /// A section with its values. What is missing is an exception.
   std::string operator()(const std::string& section, const Values& values = {}) const;
 
+  /// Where the sections stand that were asked for since the last call, for a failure to tell.
+  static std::string TakePlaces();
+
   /// Those of the last file, which is the one about the pass.
   const std::vector<Row>& Rows() const { return m_rows; }
 
  private:
-  const std::string& Find(const std::string& section) const;
+  struct Section {
+    std::string file, text;
+  };
 
-  std::map<std::string, std::string> m_sections;
+  const Section& Find(const std::string& section) const;
+
+  std::map<std::string, Section> m_sections;
   std::vector<Row> m_rows;
 };
 
