@@ -1,7 +1,5 @@
 #include "platform/faults.h"
 
-#ifdef SIGIL_FAULTS
-
 #include <atomic>
 #include <map>
 #include <mutex>
@@ -63,5 +61,3 @@ void SetObserver(void (*observer)(const char* operation)) {
 }
 
 }  // namespace platform
-
-#endif
