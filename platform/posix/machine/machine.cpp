@@ -185,7 +185,12 @@ fs::path FindName(const fs::path& folder, std::wstring_view name) {
 
 fs::path HostPath(std::wstring_view windowsPath) {
   std::wstring_view rest = windowsPath.substr(0, windowsPath.find(L'\0'));
-  if (rest.empty() || rest.starts_with(L'/')) return ToUtf8(rest);
+  if (rest.empty() || rest.starts_with(L'/')) {
+    // A file's name in a folder is joined to it as on Windows.
+    std::string path = ToUtf8(rest);
+    std::ranges::replace(path, '\\', '/');
+    return path;
+  }
   std::string drive = "C";
   if (HasDrive(rest)) {
     drive[0] = static_cast<char>(rest[0] & ~0x20);

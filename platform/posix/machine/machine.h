@@ -16,9 +16,9 @@ namespace platform {
 std::filesystem::path MachineRoot();
 
 /// Where the file of a Windows path lies: `C:\a\b` in `<root>/C/a/b`. Both `\` and `/` part pieces,
-/// but a path that begins with `/` is one of Linux and left alone. A path without a drive is one of
-/// `C:\`; `..` never leaves a drive. Pieces that exist only in other upper and lower case are found
-/// as Windows finds them.
+/// but a path that begins with `/` is one of Linux and needs no root. A path without a drive is one
+/// of `C:\`; `..` never leaves a drive. Pieces that exist only in other upper and lower case are
+/// found as Windows finds them.
 std::filesystem::path HostPath(std::wstring_view windowsPath);
 
 /// The path of the name in `folder` that Windows would find: without regard to case, but as it is
