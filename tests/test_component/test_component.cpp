@@ -11,10 +11,10 @@
 // A GUID is recorded as its letter and number: E and S for exclude entries, A for an added one, O
 // for the watermarks a record holds, W for new ones. State never changes by itself.
 //
-// Scripted results: a negative one hands out no object, any other does, also where the interface
-// takes only 0 for success. A scripted throw leaves the component as an exception of a class of its
-// own, whose destructor is gone with the library; this works only where modules share their C++
-// library. A Release that throws has released.
+// Scripted results: a negative one and 2 hand out no object, any other does, also where the
+// interface takes only 0 for success. A scripted throw leaves the component as an exception of a
+// class of its own, whose destructor is gone with the library; this works only where modules share
+// their C++ library. A Release that throws has released.
 //
 // Another compiler builds this file too (../foreign), without a C++ library: texts are the
 // recorder's, and what a run-time does is behind run_time.h.
@@ -109,10 +109,13 @@ Result GiveText(Text text, wchar_t* buffer, Size* length) {
   return Sigil::kSuccess;
 }
 
+/// The result of a call that has not failed and hands out no object all the same.
+constexpr Result kNoObject = 2;
+
 /// Hands an object out, unless the call has failed.
 template <class Made, class Interface, class... Arguments>
 Result GiveNew(Result result, Interface** out, Arguments... arguments) {
-  if (!Sigil::Failed(result)) *out = new Made(arguments...);
+  if (!Sigil::Failed(result) && result != kNoObject) *out = new Made(arguments...);
   return result;
 }
 
