@@ -42,6 +42,8 @@ TEST(FullNameLookup, AsksTheControllerFirstAndTheMachineAfterIt) {
       {joined + "tanaka=本店 太郎\n", "NetWkstaGetInfo fails with 0", "controller found", true,
        "本店 太郎", "\\\\DC01"},
       // The group's name as it was read, cut to the buffer, is asked for: nobody controls that.
+      {"Joined=1\nDomain=" + std::string(255, 'H') + "\n" + there + "tanaka=本店 太郎\n", "",
+       "controller found", true, "本店 太郎", "\\\\DC01"},
       {"Joined=1\nDomain=" + std::string(256, 'H') + "\n" + there + "tanaka=本店 太郎\n", "",
        "machine found", true, "田中 太郎", ""},
       {domain, "", "machine found", true, "田中 太郎", ""},
