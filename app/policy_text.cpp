@@ -1,5 +1,6 @@
 #include "app/policy_text.h"
 
+#include <algorithm>
 #include <cctype>
 
 #include "platform/owner.h"
@@ -116,6 +117,10 @@ PolicyText ReadPolicy(const std::wstring& text) {
   } catch (const _com_error& error) {
     return {"the XML service fails: " + platform::ToUtf8(error.ErrorMessage()), {}, {}};
   }
+}
+
+bool HasSwitchingPolicy(const PolicyText& text) {
+  return std::ranges::find(text.policies, L"1", &Policy::id) != text.policies.end();
 }
 
 }  // namespace app
