@@ -4,6 +4,7 @@
 #include <iostream>
 #include <set>
 
+#include "app/inventory/findings.h"
 #include "app/inventory/json.h"
 #include "app/inventory/table.h"
 #include "app/rehearsal/review.h"
@@ -105,6 +106,8 @@ void Print(const std::string& file, const Review& review) {
   PrintNotes(file, review);
   PrintLacking(review);
   PrintPrinters(review);
+  if (const std::string unread = WhatIsUnread(); !unread.empty())
+    std::cout << "\n" << unread << "\n";
 }
 
 Json ToJson(const std::vector<Finding>& findings) {
