@@ -59,8 +59,9 @@ std::string WhyNotWritten(const fs::path& path) {
 }
 
 std::string WhyClosed(const fs::path& folder) {
-  const std::string closed = WhyNotWritten(NearestThatExists(folder));
-  return closed.empty() ? "" : "the folder " + closed;
+  const fs::path nearest = NearestThatExists(folder);
+  const std::string closed = WhyNotWritten(nearest);
+  return closed.empty() ? "" : "the folder " + nearest.string() + " " + closed;
 }
 
 std::string WhyFull(const fs::path& folder) {
