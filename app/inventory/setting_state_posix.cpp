@@ -8,6 +8,7 @@
 
 #include "app/inventory/places.h"
 #include "app/inventory/setting_state.h"
+#include "app/inventory/show.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/utf.h"
 
@@ -105,6 +106,14 @@ std::optional<std::set<std::string>> WatermarkIds() {
     ids.clear();
   }
   return ids;
+}
+
+std::vector<std::string> WhatIsIdle() {
+  try {
+    return IdleEntries(ReadSettings().entries);
+  } catch (const std::exception&) {
+    return {};
+  }
 }
 
 bool CanSave() {
