@@ -80,6 +80,8 @@ std::string WhyNotLoaded(const IXMLDOMDocument2Ptr& document) {
   CheckError(error->get_reason(reason.GetAddress()));
   std::string why = platform::ToUtf8(Text(reason));
   while (!why.empty() && std::isspace(static_cast<unsigned char>(why.back()))) why.pop_back();
+  // What libxml2 says of an ampersand that stands for itself.
+  if (why.find("EntityRef: ") != why.npos) why += "; write &amp; for &";
   return "no well-formed XML (line " + std::to_string(line) + ": " + why + ")";
 }
 
