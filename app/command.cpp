@@ -31,7 +31,7 @@ int Values::Number(const std::string& name, int otherwise) const {
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
   if (error != std::errc() || stop != end)
-    throw UsageError(name + ": '" + text + "' is no number of 32 bits");
+    throw UsageError(name + ": '" + text + "' is no whole number");
   return number;
 }
 

@@ -92,7 +92,7 @@ std::vector<Command> Commands() {
        .help = "Switches the watermarks off",
        .run = [](const Values&) { return Release(); }},
       {.name = "release-for-service",
-       .help = "Switches the watermarks off and deletes them",
+       .help = "Switches off and deletes the watermarks until the next update",
        .run = [](const Values&) { return ReleaseForService(); }},
       {.name = "exclude",
        .help = "Rebuilds the exclude list from the printers that exist now",

@@ -22,7 +22,15 @@ inline const Option kHelpOption = {.name = "-h,--help", .help = "Print this help
 inline const Option kVersionOption = {.name = "--version",
                                       .help = "Display program version information and exit"};
 
-/// For the manual alone.
+/// For the manual alone, as what follows.
+inline constexpr const char* kExamples[] = {
+    "sigilctl init ~/machine; export SIGIL_ROOT=~/machine", "sigilctl check policy.xml",
+    "sigilctl preview policy.xml -o page.png", "sigilctl update policy.xml",
+    "sigilctl seal policy.xml; sigilctl set; sigilctl doctor"};
+inline constexpr char kSeeAlso[] =
+    "See also:\n"
+    "    policy.md on what a policy holds, and machine.md on the machine's folder,\n"
+    "    among the documents of this package.\n";
 inline constexpr char kFiles[] =
     "Files:\n"
     "  machine.ini      what a Windows machine would know by itself: the user, the\n"

@@ -23,6 +23,9 @@ constexpr int kMisused = 2;
 /// Above the commands that this home lacks, in the help.
 constexpr char kElsewhere[] = "On Linux alone";
 
+/// In place of the help's, where it is that of one command.
+constexpr char kCommandFooter[] = "`sigilctl --help` tells of the exit status and the rest.";
+
 /// The command line as it is read: by CLI11, which keeps what it finds in Values.
 struct CommandLine {
   CLI::App parser{kSummary, "sigilctl"};
@@ -56,6 +59,8 @@ void Define(CommandLine& line, const std::vector<Command>& commands) {
       parser->group(kElsewhere)->fallthrough(false)->prefix_command();
     else
       for (const Option& option : command.options) AddOption(*parser, option, line.values);
+    if (command.run != nullptr && command.needsMachine) AddMachineOption(*parser);
+    parser->footer(kCommandFooter);
     if (command.isHidden) parser->group("");
     parser->callback([&line, &command] { line.chosen = &command; });
   }
@@ -77,6 +82,31 @@ void RequireCommand(const std::vector<std::string>& arguments,
                    (guess.empty() ? "; --help lists them" : "; is '" + guess + "' meant?"));
 }
 
+/// Each argument is one that the command knows, or the first other is told.
+void RequireKnown(const CLI::App& parser) {
+  std::vector<std::string> others = parser.remaining(true);
+  if (others.empty()) return;
+  const auto isOption = [](const std::string& each) { return each.starts_with('-'); };
+  const auto option = std::ranges::find_if(others, isOption);
+  if (option == others.end()) throw UsageError("'" + others.front() + "' is an argument too many");
+  const std::string name = option->substr(0, option->find('='));
+  std::set<std::string> names;
+  for (const CLI::App* each : parser.get_subcommands())
+    for (const CLI::Option* known : each->get_options())
+      for (const std::string& word : known->get_lnames()) names.insert("--" + word);
+  const std::string guess = Guess(name, names);
+  throw UsageError("no option '" + name + "'" +
+                   (guess.empty() ? "; --help lists them" : "; is '" + guess + "' meant?"));
+}
+
+/// "help" in place of --help, also before a command.
+std::vector<std::string> WithHelpOption(std::vector<std::string> arguments) {
+  if (arguments.size() < 2 || arguments[1] != "help") return arguments;
+  arguments.erase(arguments.begin() + 1);
+  arguments.push_back("--help");
+  return arguments;
+}
+
 int Run(const std::vector<std::string>& arguments) {
   std::vector<Command> commands = Commands();
   // What this home lacks comes last in the help.
@@ -90,6 +120,7 @@ int Run(const std::vector<std::string>& arguments) {
     return line.parser.exit(help);
   } catch (const CLI::ParseError& error) {
     RequireCommand(arguments, commands);
+    RequireKnown(line.parser);
     throw UsageError(error.what());
   }
   if (line.chosen == nullptr) throw UsageError("a command is needed; --help lists them");
@@ -106,7 +137,7 @@ int Run(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   try {
-    return app::Run(app::Arguments(argc, argv));
+    return app::Run(app::WithHelpOption(app::Arguments(argc, argv)));
   } catch (const app::UsageError& error) {
     std::cerr << "sigilctl: " << platform::Visible(error.what()) << "\n";
     return app::kMisused;

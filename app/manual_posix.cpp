@@ -94,6 +94,12 @@ void PrintParts(std::ostream& out, const char* text) {
   }
 }
 
+void PrintExamples(std::ostream& out) {
+  out << ".SH EXAMPLES\n.nf\n";
+  for (const char* const example : kExamples) out << Plain(example) << "\n";
+  out << ".fi\n";
+}
+
 }  // namespace
 
 void PrintManual(std::ostream& out, const std::vector<Command>& commands) {
@@ -112,6 +118,8 @@ void PrintManual(std::ostream& out, const std::vector<Command>& commands) {
     PrintItem(out, Form(*option, ", "), option->help);
   PrintParts(out, kFooter);
   PrintParts(out, kFiles);
+  PrintExamples(out);
+  PrintParts(out, kSeeAlso);
 }
 
 }  // namespace app

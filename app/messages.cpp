@@ -12,6 +12,9 @@ constexpr char kDoctor[] = "`sigilctl doctor` tells the state of each part.";
 constexpr char kAgain[] = "Run the command again when the other process is done.";
 constexpr char kReport[] = "Keep the log and report it.";
 constexpr char kPipe[] = "Start the control service; then run the command again.";
+constexpr char kMendPolicy[] =
+    "The exclude list and the printers' own entries are cleared; mend the file and run update "
+    "again.";
 constexpr char kComponent[] = "Put SigilUtil_x86.dll beside sigilctl.";
 
 struct Row {
@@ -48,7 +51,7 @@ constexpr Row kRows[] = {
     {153100110, Weight::kFailure, "there is no scope to go by, or no list of printers", kDoctor},
     {153100120, Weight::kFailure, "the Settings component could not be had", kComponent},
     {153100160, Weight::kFailure, "the update broke off", kReport},
-    {153100170, Weight::kFailure, "the policy is refused", "Mend the file; nothing came of it."},
+    {153100170, Weight::kFailure, "the policy is refused", kMendPolicy},
     {153100180, Weight::kFailure, "an entry's last setting could not be had", kDoctor},
     {153100190, Weight::kFailure, "an entry could not be rebuilt to its end", kReport},
     {153100230, Weight::kWarning,

@@ -1,5 +1,6 @@
 #include "app/policy_text.h"
 
+#include <algorithm>
 #include <cctype>
 
 #include "platform/owner.h"
@@ -79,6 +80,8 @@ std::string WhyNotLoaded(const IXMLDOMDocument2Ptr& document) {
   CheckError(error->get_reason(reason.GetAddress()));
   std::string why = platform::ToUtf8(Text(reason));
   while (!why.empty() && std::isspace(static_cast<unsigned char>(why.back()))) why.pop_back();
+  // What libxml2 says of an ampersand that stands for itself.
+  if (why.find("EntityRef: ") != why.npos) why += "; write &amp; for &";
   return "no well-formed XML (line " + std::to_string(line) + ": " + why + ")";
 }
 
@@ -116,6 +119,10 @@ PolicyText ReadPolicy(const std::wstring& text) {
   } catch (const _com_error& error) {
     return {"the XML service fails: " + platform::ToUtf8(error.ErrorMessage()), {}, {}};
   }
+}
+
+bool HasSwitchingPolicy(const PolicyText& text) {
+  return std::ranges::find(text.policies, L"1", &Policy::id) != text.policies.end();
 }
 
 }  // namespace app

@@ -28,4 +28,8 @@ struct PolicyText {
 
 PolicyText ReadPolicy(const std::wstring& text);
 
+/// Whether the text has the policy 1, by whose scope the switching passes go. Without it scope 0
+/// counts.
+bool HasSwitchingPolicy(const PolicyText& text);
+
 }  // namespace app

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <set>
 
 #include "app/cause.h"
 #include "app/inventory/findings.h"
@@ -43,15 +44,16 @@ std::string Sentence(const Outcome& outcome, const Work& work, const std::string
   return outcome.result == SIGIL_SETTING_DONE ? work.done : MeaningOf(outcome.result);
 }
 
-/// Messages of one number are told together.
+/// Messages of one number are told together, and what to do about them once for all of them.
 void Tell(std::vector<Message> troubles) {
   constexpr std::size_t kMostLines = 5;
+  std::set<std::string> steps = {""};
   while (!troubles.empty()) {
     const int number = troubles.front().number;
     const Meaning meaning = MeaningOf(troubles.front());
     std::cerr << "sigilctl: " << (meaning.weight == Weight::kWarning ? "warning: " : "")
               << OneLine(meaning.sentence) << ".\n";
-    if (!meaning.next.empty()) std::cerr << "  " << meaning.next << "\n";
+    if (steps.insert(meaning.next).second) std::cerr << "  " << meaning.next << "\n";
     std::size_t lines = 0;
     for (const Message& message : troubles)
       if (message.number == number && ++lines <= kMostLines)

@@ -1,28 +1,35 @@
 #include "app/switches.h"
 
 #include "app/inventory/findings.h"
+#include "app/inventory/setting_state.h"
 #include "app/result.h"
 #include "app/told.h"
 
 namespace app {
 namespace {
 
-int Switch(const char* command, const char* done, const ExportCall& call) {
-  const Outcome outcome = Call(call);
+Work Switched(const char* command, const char* done, const Outcome& outcome) {
   const WorkDone did = WorkDoneIn(outcome);
   Work work{
       .command = command,
       .done = done,
       .numbers = Counted(did.on, "entry", "entries") + " on, " + std::to_string(did.off) + " off."};
   if (did.hasFailedDelivery) work.cause = "the policy file: " + Examine().policyFile;
-  return Report(outcome, work);
+  return work;
+}
+
+int Switch(const char* command, const char* done, const ExportCall& call) {
+  const Outcome outcome = Call(call);
+  return Report(outcome, Switched(command, done, outcome));
 }
 
 }  // namespace
 
 int Set() {
-  return Switch("set", "The watermarks are on where the scope wants them.",
-                [](const Exports& exports) { return exports.set(); });
+  const Outcome outcome = Call([](const Exports& exports) { return exports.set(); });
+  Work work = Switched("set", "The watermarks are on where the scope wants them.", outcome);
+  if (outcome.result == SIGIL_SETTING_DONE) work.lines = WhatIsIdle();
+  return Report(outcome, work);
 }
 
 int Release() {

@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "app/inventory/findings.h"
 #include "app/inventory/setting_state.h"
 #include "app/rehearsal/refusal.h"
 #include "app/result.h"
@@ -45,6 +46,7 @@ int Update(const Values& values) {
             .lines = verdict.cause.empty() ? verdict.lines : std::vector<std::string>(),
             .cause = verdict.cause,
             .told = verdict.told};
+  if (std::string unread = WhatIsUnread(); !unread.empty()) work.lines.push_back(std::move(unread));
   const auto after = done.marks > 0 ? WatermarkIds() : std::nullopt;
   if (before && after && IsUntouched(*before, *after)) work.unsaved = WhyUnsaved();
   return Report(outcome, work);

@@ -4,7 +4,7 @@
 #            LIBDIR/sigil/                   sigilctl and, beside it as beside any host, the component
 #                                            and the log that stand in for the closed ones; apart from
 #                                            LIBDIR, where another liblog4cxx.so may lie
-#            bin/sigilctl                    a link there; its manual page and its completion for bash
+#            bin/sigilctl                    a link there; its manual page, completion for bash and guides
 #   Windows  bin/SigilSetting.dll            and sigilctl.exe; the closed parts come with the host
 #   both     include/sigil/sigil_setting.h, the CMake package, the guides for hosts; pkg-config's file
 #            on Linux
@@ -82,6 +82,7 @@ if(NOT WIN32)
                      COMMAND sigilctl print-completion > ${completion})
   add_custom_target(sigilctl_pages ALL DEPENDS ${manual}.gz ${completion})
   install(FILES ${manual}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES docs/policy.md docs/machine.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
   install(FILES ${completion} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
   set(folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

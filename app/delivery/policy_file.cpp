@@ -47,4 +47,8 @@ std::optional<Unsealed> Unseal(const std::wstring& path) {
   return Unsealed{std::move(clear), bytes->size()};
 }
 
+bool IsNoise(const std::wstring& text, const PolicyText& policy) {
+  return text.empty() || (!policy.refusal.empty() && text.find(L'\uFFFD') != std::wstring::npos);
+}
+
 }  // namespace app

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/policy_text.h"
 #include "platform/mfc.h"
 
 namespace app {
@@ -39,5 +40,9 @@ struct Unsealed {
   std::size_t size;  ///< The file's bytes.
 };
 std::optional<Unsealed> Unseal(const std::wstring& path);
+
+/// Whether the text is what another key gives: noise, which is hardly ever text without a fault.
+bool IsNoise(const std::wstring& text, const PolicyText& policy);
+inline constexpr char kOtherKey[] = "not sealed with this machine's key source, or damaged";
 
 }  // namespace app

@@ -7,6 +7,7 @@
 #include "app/delivery/policy_file.h"
 #include "app/delivery/seal.h"
 #include "app/input_file.h"
+#include "app/policy_text.h"
 #include "app/rehearsal/refusal.h"
 #include "app/text_file.h"
 #include "app/usage_error.h"
@@ -33,6 +34,16 @@ std::string SealedText(const std::wstring& text, const std::string& file) {
   return sealed;
 }
 
+/// What will be switched is not what was rehearsed; empty when it is.
+std::string OtherScope(const std::wstring& text, int policyId) {
+  const PolicyText policy = ReadPolicy(text);
+  if (!policy.refusal.empty()) return "";
+  if (!HasSwitchingPolicy(policy))
+    return "set goes by policy 1, which this text has not; it counts as scope 0";
+  if (policyId == 1) return "";
+  return "set goes by policy 1 of this text, not by " + std::to_string(policyId);
+}
+
 void Tell(std::size_t size, const std::string& place) {
   std::cout << "seal: " << size << " bytes in " << platform::Visible(place) << ".\n";
 }
@@ -54,6 +65,8 @@ void SealPolicy(const std::string& file, const std::string& output, int policyId
   }
   for (const std::string& line : verdict.lines)
     std::cout << "  " << platform::Visible(line) << "\n";
+  if (const std::string other = OtherScope(text, policyId); !other.empty())
+    std::cerr << "sigilctl: warning: " << NameOf(file) << ": " << other << ".\n";
 }
 
 }  // namespace app

@@ -30,11 +30,6 @@ Unsealed Read(const std::wstring& path, const std::string& name) {
   return std::move(*unsealed);
 }
 
-/// What another key gives is noise, which is hardly ever text without a fault.
-bool IsNoise(const std::wstring& text, const PolicyText& policy) {
-  return text.empty() || (!policy.refusal.empty() && text.find(L'\uFFFD') != std::wstring::npos);
-}
-
 void PrintVisible(const std::string& text) {
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
@@ -52,8 +47,7 @@ void UnsealPolicy(const std::string& file, const std::string& output) {
   const std::string name = file.empty() ? platform::ToUtf8(path) : file;
   const std::wstring text = Read(path, name).text;
   const PolicyText policy = ReadPolicy(text);
-  if (IsNoise(text, policy))
-    throw UsageError(name + ": no text comes of it under the key of this machine");
+  if (IsNoise(text, policy)) throw UsageError(name + ": " + kOtherKey);
   const std::string bytes = platform::ToUtf8(text);
   if (!output.empty()) {
     WriteOutput(output, bytes);

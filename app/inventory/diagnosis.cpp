@@ -113,6 +113,7 @@ Diagnosis Diagnose() {
   if (findings.policy && findings.scope) {
     diagnosis.scope = findings.scope;
     diagnosis.scopeMeaning = ScopeMeaning(*findings.scope);
+    diagnosis.hasSwitchingPolicy = HasSwitchingPolicy(*findings.policy);
     AddPolicies(diagnosis, *findings.policy);
     AddElements(diagnosis, *findings.policy);
   }

@@ -40,6 +40,7 @@ struct Diagnosis {
   /// Of the delivered policy; nothing when there is none, or none that is readable.
   std::optional<int> scope;
   std::string scopeMeaning;
+  bool hasSwitchingPolicy = false;  ///< The scope is that of policy 1, which is there.
   std::vector<PolicyRow> policies;
   std::vector<ElementRow> elements;
 

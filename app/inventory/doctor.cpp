@@ -45,8 +45,12 @@ void PrintUnread(std::ostream& out, const Diagnosis& diagnosis) {
 
 void PrintPolicy(std::ostream& out, const Diagnosis& diagnosis) {
   if (!diagnosis.scope) return;
-  out << "\nDelivered policy; set goes by number 1, whose scope is " << *diagnosis.scope << ": "
-      << diagnosis.scopeMeaning << "\n";
+  if (diagnosis.hasSwitchingPolicy)
+    out << "\nDelivered policy; set goes by number 1, whose scope is " << *diagnosis.scope << ": "
+        << diagnosis.scopeMeaning << "\n";
+  else
+    out << "\nThe delivered text has no policy 1; set takes scope " << *diagnosis.scope << " ("
+        << diagnosis.scopeMeaning << ")\n";
   PrintList(out, {"Policy", "Scope", "Elements"}, diagnosis.policies,
             [](const Diagnosis::PolicyRow& each) {
               return Row{each.id, each.scope, Listed(each.elements)};

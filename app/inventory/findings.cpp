@@ -36,7 +36,9 @@ void ExaminePolicy(Findings& findings) {
   if (!unsealed) return;
   PolicyText policy = ReadPolicy(unsealed->text);
   if (!policy.refusal.empty()) {
-    findings.policyFile += "; under this key, " + policy.refusal;
+    findings.policyFile += IsNoise(unsealed->text, policy)
+                               ? std::string("; ") + kOtherKey + " (" + policy.refusal + ")"
+                               : "; under this key, " + policy.refusal;
     return;
   }
   findings.policyFile += ", readable";

@@ -70,6 +70,10 @@ Findings Examine();
 /// printers, the setting file, mutex, log and pipe.
 void ExamineMachine(Findings& findings);
 
+/// A sentence that tells how many lines of machine.ini are not read as they stand; empty when all
+/// are.
+std::string WhatIsUnread();
+
 /// Why lines of the log get lost here: "it is a link", "the disk is full", ...; empty when none do.
 std::string WhyLogLost();
 

@@ -1,10 +1,13 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
+#include <set>
 #include <system_error>
 
+#include "app/guess.h"
 #include "app/inventory/findings.h"
 #include "app/inventory/log_view.h"
+#include "app/result.h"
 #include "host/shared_names.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/file.h"
@@ -41,6 +44,19 @@ void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
   findings.unstoredName = WhyNotStored(platform::HostPath(file));
 }
 
+/// "; is Driver meant?", of a name or of a section by its first word; empty when nothing is like
+/// it.
+std::string Meant(const platform::UnreadLine& line) {
+  std::set<std::string> names;
+  for (const std::wstring_view name : line.readHere) names.insert(platform::ToUtf8(name));
+  std::string word = platform::ToUtf8(line.name);
+  const bool isSection = word.starts_with('[');
+  if (isSection) word = word.substr(1, word.find_first_of(" ]") - 1);
+  const std::string guess = Guess(word, names);
+  if (guess.empty()) return "";
+  return "; is " + (isSection ? "[" + guess + "]" : guess) + " meant?";
+}
+
 UnreadLine InWords(const platform::UnreadLine& line) {
   using Reason = platform::UnreadLine::Reason;
   const std::string name = platform::ToUtf8(line.name);
@@ -50,11 +66,11 @@ UnreadLine InWords(const platform::UnreadLine& line) {
     case Reason::kNoSection:
       return {line.number, name, "before the first section, where nothing is read"};
     case Reason::kUnknownSection:
-      return {line.number, name, "nobody reads a section of this name"};
+      return {line.number, name, "nobody reads a section of this name" + Meant(line)};
     case Reason::kSecondSection:
       return {line.number, name, "the first section of this name counts"};
     case Reason::kUnknownKey:
-      return {line.number, name, "nobody reads this name here"};
+      return {line.number, name, "nobody reads this name here" + Meant(line)};
     case Reason::kSecondKey:
       return {line.number, name, "the first of this name counts"};
     case Reason::kNoValue:
@@ -104,6 +120,19 @@ DWORD AskPipe() {
 }
 
 }  // namespace
+
+std::string WhatIsUnread() {
+  std::vector<platform::UnreadLine> unread;
+  try {
+    platform::LoadMachine(&unread);
+  } catch (const std::system_error&) {
+    return "";  // It is told of otherwise.
+  }
+  if (unread.empty()) return "";
+  return Counted(unread.size(), "line", "lines") + " of machine.ini " +
+         (unread.size() == 1 ? "is" : "are") + " not read; `sigilctl doctor` names " +
+         (unread.size() == 1 ? "it." : "them.");
+}
 
 std::string WhyLogLost() {
   const fs::path file = LogFile();

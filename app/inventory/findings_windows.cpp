@@ -63,10 +63,14 @@ DWORD AskControlPipe() {
 
 }  // namespace
 
-// No file is refused for what it is, and where the log writes is its own.
+// There is no machine.ini, no file is refused for what it is, and where the log writes is its own.
 
 std::vector<RefusedPlace> RefusedPlaces() {
   return {};
+}
+
+std::string WhatIsUnread() {
+  return "";
 }
 
 std::string WhyLogLost() {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace app {
 
@@ -21,6 +22,10 @@ SettingState ExamineSettingFile();
 /// The GUIDs of all watermarks in the setting file, none when it cannot be read. Nothing where the
 /// file's form is the component's own.
 std::optional<std::set<std::string>> WatermarkIds();
+
+/// The entries that are on without a watermark to print, a line each (show.h); none when the file
+/// cannot be read, or where its form is the component's own.
+std::vector<std::string> WhatIsIdle();
 
 /// Whether what a pass does would be saved, as far as it can be told beforehand.
 bool CanSave();

@@ -8,6 +8,7 @@
 
 #include "app/inventory/places.h"
 #include "app/inventory/setting_state.h"
+#include "app/inventory/show.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/utf.h"
 
@@ -59,8 +60,9 @@ std::string WhyNotWritten(const fs::path& path) {
 }
 
 std::string WhyClosed(const fs::path& folder) {
-  const std::string closed = WhyNotWritten(NearestThatExists(folder));
-  return closed.empty() ? "" : "the folder " + closed;
+  const fs::path nearest = NearestThatExists(folder);
+  const std::string closed = WhyNotWritten(nearest);
+  return closed.empty() ? "" : "the folder " + nearest.string() + " " + closed;
 }
 
 std::string WhyFull(const fs::path& folder) {
@@ -104,6 +106,14 @@ std::optional<std::set<std::string>> WatermarkIds() {
     ids.clear();
   }
   return ids;
+}
+
+std::vector<std::string> WhatIsIdle() {
+  try {
+    return IdleEntries(ReadSettings().entries);
+  } catch (const std::exception&) {
+    return {};
+  }
 }
 
 bool CanSave() {

@@ -11,4 +11,8 @@ std::optional<std::set<std::string>> WatermarkIds() {
   return std::nullopt;
 }
 
+std::vector<std::string> WhatIsIdle() {
+  return {};
+}
+
 }  // namespace app

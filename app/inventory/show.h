@@ -4,6 +4,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <vector>
 
 #include "peers/settings_component/setting_file.h"
 
@@ -28,6 +29,10 @@ void ShowTables(std::ostream& out, const peers::SettingFileContent& content, boo
 
 /// The same of one entry alone.
 void ShowEntry(std::ostream& out, const peers::EntryRecord& entry, bool isBrief);
+
+/// The entries that are on although their last setting lists none of their watermarks, a line each
+/// and no more than some.
+std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entries);
 
 /// One JSON object: `contentLog`, `excluded` (names) and `entries`, each with `printer`,
 /// `lastSetting`, `customSettings` and `watermarks`.

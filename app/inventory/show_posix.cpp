@@ -37,7 +37,7 @@ void ShowPrinter(std::ostream& out, const peers::SettingFileContent& content,
   const bool isExcluded = IsExcluded(content, options.printer);
   const bool hasEntry = entry != content.entries.end();
   if (!hasEntry && !isExcluded && !IsPrinter(options.printer))
-    throw UsageError("show: '" + options.printer + "' is no printer of this machine");
+    throw UsageError("--printer: there is no printer '" + options.printer + "'");
   if (isExcluded) out << OneLine(options.printer) << " is on the exclude list.\n";
   if (hasEntry)
     ShowEntry(out, *entry, options.brief);

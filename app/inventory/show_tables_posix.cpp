@@ -54,13 +54,15 @@ std::string Repeat(const peers::WatermarkRecord& mark) {
 }
 
 /// A setting may still list watermarks that have been deleted since.
+std::ptrdiff_t CountActive(const peers::ActiveRecord& setting, const peers::EntryRecord& entry) {
+  return std::ranges::count_if(entry.watermarks, [&](const peers::WatermarkRecord& mark) {
+    return std::ranges::find(setting.watermarks, mark.id) != setting.watermarks.end();
+  });
+}
+
 std::string Active(const peers::ActiveRecord& setting, const peers::EntryRecord& entry) {
-  const auto count = std::count_if(entry.watermarks.begin(), entry.watermarks.end(),
-                                   [&](const peers::WatermarkRecord& mark) {
-                                     const auto& ids = setting.watermarks;
-                                     return std::find(ids.begin(), ids.end(), mark.id) != ids.end();
-                                   });
-  return std::to_string(count) + " of " + std::to_string(entry.watermarks.size());
+  return std::to_string(CountActive(setting, entry)) + " of " +
+         std::to_string(entry.watermarks.size());
 }
 
 void ShowLists(std::ostream& out, const peers::SettingFileContent& content) {
@@ -135,6 +137,19 @@ void ShowWatermarks(std::ostream& out, const Group& group) {
 
 }  // namespace
 
+std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entries) {
+  constexpr std::size_t kMost = 5;
+  std::vector<std::string> lines;
+  for (const peers::EntryRecord& entry : entries)
+    if (entry.lastSetting.enabled && CountActive(entry.lastSetting, entry) == 0)
+      lines.push_back(OneLine(NameOf(entry)) + " is on, but lists no watermark: run update");
+  if (lines.size() <= kMost) return lines;
+  const std::size_t left = lines.size() - kMost;
+  lines.resize(kMost);
+  lines.push_back("and " + std::to_string(left) + " entries more");
+  return lines;
+}
+
 void ShowTables(std::ostream& out, const peers::SettingFileContent& content, bool isBrief) {
   ShowLists(out, content);
   Group entries;
@@ -144,12 +159,14 @@ void ShowTables(std::ostream& out, const peers::SettingFileContent& content, boo
     return;
   }
   ShowEntries(out, entries);
+  for (const std::string& line : IdleEntries(content.entries)) out << line << "\n";
   if (isBrief) return;
   for (const Group& group : Grouped(entries)) ShowWatermarks(out, group);
 }
 
 void ShowEntry(std::ostream& out, const peers::EntryRecord& entry, bool isBrief) {
   ShowEntries(out, {&entry});
+  for (const std::string& line : IdleEntries({entry})) out << line << "\n";
   if (!isBrief) ShowWatermarks(out, {&entry});
 }
 

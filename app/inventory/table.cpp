@@ -41,7 +41,34 @@ std::size_t Total(const std::vector<std::size_t>& widths, std::size_t limit) {
   return total;
 }
 
-/// Cuts the widest columns to the greatest width with which the rows fit into `room`. False when
+/// The bytes of the whole characters that `width` places have room for, from the first on.
+std::size_t BytesIn(std::string_view text, std::size_t width) {
+  std::size_t end = 0;
+  for (const char32_t character : Characters(text)) {
+    const std::size_t places = CharacterWidth(character);
+    if (places > width) break;
+    width -= places;
+    do ++end;
+    while (end < text.size() && (text[end] & 0xC0) == 0x80);  // what belongs to the character
+  }
+  return end;
+}
+
+/// Of Windows or of Linux.
+bool IsPath(std::string_view cell) {
+  return cell.starts_with('/') || cell.starts_with("\\\\") || cell.find(":\\") == 1;
+}
+
+/// Without its beginning, where it is too long: what tells one path from another stands last.
+std::string EndOf(const std::string& path, std::size_t width) {
+  const std::size_t whole = DisplayWidth(path);
+  if (whole <= width) return path;
+  std::size_t cut = BytesIn(path, whole - width + 1);
+  if (DisplayWidth(path.substr(cut)) >= width) cut += BytesIn(path.substr(cut), 2);
+  return "…" + path.substr(cut);
+}
+
+/// Narrows the widest columns to the greatest width with which the rows fit into `room`. False when
 /// that would leave too little to be read.
 bool Fit(std::vector<std::size_t>& widths, std::size_t room) {
   constexpr std::size_t kLeast = 12;
@@ -66,12 +93,21 @@ void PrintLine(std::ostream& out, std::string line) {
 void PrintColumns(std::ostream& out, const std::vector<Row>& rows, std::string_view indent,
                   const std::vector<std::size_t>& widths) {
   for (const Row& row : rows) {
-    std::string line(indent);
+    std::vector<std::vector<std::string>> cells;
+    std::size_t height = 0;
     for (std::size_t i = 0; i < row.size(); ++i) {
-      const std::string cell = OneLine(row[i], widths[i]);
-      line += cell + std::string(widths[i] - DisplayWidth(cell) + kGap, ' ');
+      cells.push_back(IsPath(row[i]) ? std::vector{EndOf(OneLine(row[i]), widths[i])}
+                                     : Wrapped(row[i], widths[i]));
+      height = std::max(height, cells.back().size());
     }
-    PrintLine(out, line);
+    for (std::size_t part = 0; part < height; ++part) {
+      std::string line(indent);
+      for (std::size_t i = 0; i < row.size(); ++i) {
+        const std::string cell = part < cells[i].size() ? cells[i][part] : "";
+        line += cell + std::string(widths[i] - DisplayWidth(cell) + kGap, ' ');
+      }
+      PrintLine(out, line);
+    }
   }
 }
 
@@ -101,17 +137,31 @@ std::size_t DisplayWidth(std::string_view text) {
 
 std::string OneLine(std::string_view text, std::size_t width) {
   std::string visible = platform::Visible(text);
-  const std::u32string line = Characters(visible);
-  if (Width(line) <= width) return visible;
-  std::size_t end = 0;
-  std::size_t left = width - 1;
-  for (auto each = line.begin(); CharacterWidth(*each) <= left; ++each) {
-    left -= CharacterWidth(*each);
-    do ++end;
-    while ((visible[end] & 0xC0) == 0x80);  // what belongs to the character
-  }
-  visible.resize(end);
+  if (DisplayWidth(visible) <= width) return visible;
+  visible.resize(BytesIn(visible, width - 1));
   return visible + "…";
+}
+
+std::vector<std::string> Wrapped(std::string_view text, std::size_t width) {
+  const std::string visible = OneLine(text);
+  if (DisplayWidth(visible) <= width) return {visible};
+  std::vector<std::string> lines(1);
+  for (std::string_view rest = visible; !rest.empty();) {
+    std::string_view word = rest.substr(0, rest.find(' '));
+    rest.remove_prefix(std::min(word.size() + 1, rest.size()));
+    const std::string gap = lines.back().empty() ? "" : " ";
+    if (DisplayWidth(lines.back()) + gap.size() + DisplayWidth(word) <= width) {
+      lines.back() += gap + std::string(word);
+      continue;
+    }
+    if (!gap.empty()) lines.emplace_back();
+    for (; DisplayWidth(word) > width; lines.emplace_back()) {
+      lines.back() = word.substr(0, BytesIn(word, width));
+      word.remove_prefix(lines.back().size());
+    }
+    lines.back() = word;
+  }
+  return lines;
 }
 
 std::size_t TerminalWidth() {

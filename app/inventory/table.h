@@ -18,6 +18,10 @@ std::size_t DisplayWidth(std::string_view text);
 /// ellipsis, to `width` places.
 std::string OneLine(std::string_view text, std::size_t width = std::string_view::npos);
 
+/// The same, whole, in lines of at most `width` places, which must be 2 at least: broken between
+/// words, and inside a word where it is longer than a line. One line at least.
+std::vector<std::string> Wrapped(std::string_view text, std::size_t width);
+
 /// The places in a line of standard output: the environment variable COLUMNS, where it is exported,
 /// else the terminal's. Without limit where there is no terminal.
 std::size_t TerminalWidth();
@@ -25,8 +29,9 @@ std::size_t TerminalWidth();
 using Row = std::vector<std::string>;
 
 /// Prints the rows, of which the first holds the headings, two places apart, each line behind
-/// `indent` and each cell as OneLine shows it. The widest columns are cut to the terminal's width;
-/// where too little would be left of them, each row becomes a paragraph of its cells.
+/// `indent` and each cell as OneLine shows it. Where the terminal is too narrow, the widest columns
+/// are wrapped, and a path in them loses its beginning; where too little would be left of them,
+/// each row becomes a paragraph of its cells.
 void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_view indent = "  ");
 
 }  // namespace app

@@ -67,6 +67,22 @@ const peers::EntryRecord& EntryOf(const peers::SettingFileContent& content,
   throw UsageError("no policy has been applied yet, so there is nothing to draw");
 }
 
+/// Where the watermarks are on, when they are off in the entry that is drawn.
+std::vector<page::Note> Elsewhere(const peers::SettingFileContent& content,
+                                  const peers::EntryRecord& entry) {
+  constexpr std::size_t kMost = 4;
+  std::vector<std::string> names;
+  for (const peers::EntryRecord& each : content.entries)
+    if (!entry.lastSetting.enabled && each.lastSetting.enabled)
+      names.push_back(OneLine(each.printer, kNameWidth));
+  if (names.empty()) return {};
+  std::string list;
+  for (std::size_t i = 0; i < std::min(names.size(), kMost); ++i)
+    list += (i == 0 ? "" : ", ") + names[i];
+  if (names.size() > kMost) list += " and " + std::to_string(names.size() - kMost) + " more";
+  return {{"", "they are on for " + list + "; try --printer NAME"}};
+}
+
 /// One line for each, as far as they are worth reading; those on the whole page come first.
 std::vector<std::string> Lines(std::vector<page::Note> notes) {
   std::stable_partition(notes.begin(), notes.end(),
@@ -92,6 +108,8 @@ void Preview(std::ostream& out, const peers::SettingFileContent& content,
   const page::Paper paper = PaperOf(options);
   const peers::EntryRecord& entry = EntryOf(content, options.printer);
   page::Page page = page::LayOut(entry, paper, page::MeasureText);
+  const std::vector<page::Note> elsewhere = Elsewhere(content, entry);
+  page.notes.insert(page.notes.end(), elsewhere.begin(), elsewhere.end());
   const std::vector<page::Note> fonts = page::FontNotes(page);
   page.notes.insert(page.notes.end(), fonts.begin(), fonts.end());
 

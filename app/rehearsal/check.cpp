@@ -4,6 +4,7 @@
 #include <iostream>
 #include <set>
 
+#include "app/inventory/findings.h"
 #include "app/inventory/json.h"
 #include "app/inventory/table.h"
 #include "app/rehearsal/review.h"
@@ -19,21 +20,11 @@ constexpr std::size_t kMostRows = 40;
 
 /// Words behind an indent, in lines that fit the narrowest terminal.
 void PrintWrapped(const std::string& head, std::string_view text) {
-  const std::string indent(DisplayWidth(head), ' ');
-  std::string line = head;
-  bool isEmpty = true;
-  while (!text.empty()) {
-    const std::string_view word = text.substr(0, text.find(' '));
-    text.remove_prefix(std::min(word.size() + 1, text.size()));
-    if (!isEmpty && DisplayWidth(line) + 1 + DisplayWidth(word) > kWidth) {
-      std::cout << line << "\n";
-      line = indent;
-      isEmpty = true;
-    }
-    line += (isEmpty ? "" : " ") + std::string(word);
-    isEmpty = false;
+  std::string margin = head;
+  for (const std::string& line : Wrapped(text, kWidth - DisplayWidth(head))) {
+    std::cout << margin << line << "\n";
+    margin.assign(DisplayWidth(head), ' ');
   }
-  std::cout << line << "\n";
 }
 
 /// "Bold, Italic off; Rotate 0": the properties that an element lacks, by what they read as.
@@ -105,6 +96,8 @@ void Print(const std::string& file, const Review& review) {
   PrintNotes(file, review);
   PrintLacking(review);
   PrintPrinters(review);
+  if (const std::string unread = WhatIsUnread(); !unread.empty())
+    std::cout << "\n" << unread << "\n";
 }
 
 Json ToJson(const std::vector<Finding>& findings) {

@@ -1,6 +1,7 @@
 #include "app/rehearsal/property_review.h"
 
 #include <algorithm>
+#include <set>
 
 #include "app/guess.h"
 #include "app/rehearsal/wording.h"
@@ -8,11 +9,25 @@
 namespace app {
 namespace {
 
-/// The first "{...}" of a text; empty when there is none.
-std::string Placeholder(const std::string& text) {
-  const std::size_t open = text.find('{');
-  const std::size_t close = open == text.npos ? text.npos : text.find('}', open);
-  return close == text.npos ? "" : text.substr(open, close + 1 - open);
+/// The "{...}" at `open`, or what looks like one that is not closed: the word.
+std::string PlaceholderAt(const std::string& text, std::size_t open) {
+  const std::size_t close = text.find_first_of("{}", open + 1);
+  if (close != text.npos && text[close] == '}') return text.substr(open, close + 1 - open);
+  return text.substr(open, text.find_first_of("{ \t\r\n", open + 1) - open);
+}
+
+/// The first ones of what is written that stand in the record as well.
+std::set<std::string> Unfilled(const std::string& written, const std::string& stored) {
+  constexpr std::size_t kMost = 3;
+  std::set<std::string> seen;
+  std::set<std::string> unfilled;
+  for (std::size_t open = written.find('{'); open != written.npos && unfilled.size() < kMost;
+       open = written.find('{', open + 1)) {
+    const std::string placeholder = PlaceholderAt(written, open);
+    if (seen.insert(placeholder).second && stored.find(placeholder) != stored.npos)
+      unfilled.insert(placeholder);
+  }
+  return unfilled;
 }
 
 /// Whether `stored` is `written` with other text in place of what stands in braces.
@@ -70,22 +85,18 @@ void PropertyReview::ReviewText(const Property& property, const Effect& effect) 
   const std::string change = Quoted(property.text) + " became " + Quoted(stored);
   if (property.text.empty())
     m_remarks.findings.push_back(Tell("zero", property, "it is empty"));
-  else if (stored == property.text)
-    NotePlaceholder(property);
-  else if (IsFilledIn(property.text, stored))
+  else if (stored != property.text && IsFilledIn(property.text, stored))
     m_remarks.notes.push_back(
         {"filled", m_element->id, property.name, property.line, change + " here"});
-  else
+  else if (stored != property.text)
     m_remarks.findings.push_back({IsBlank(stored) ? "zero" : "changed", m_element->id,
                                   property.name, property.line, change, Quoted(property.text),
                                   Quoted(stored)});
-}
-
-void PropertyReview::NotePlaceholder(const Property& property) {
-  const std::string placeholder = Placeholder(property.text);
-  if (!placeholder.empty())
-    m_remarks.notes.push_back(
-        Tell("unfilled", property, Quoted(placeholder) + " stays as it is written"));
+  for (const std::string& placeholder : Unfilled(property.text, stored))
+    m_remarks.notes.push_back(Tell("unfilled", property,
+                                   Quoted(placeholder) +
+                                       " stays as it is written; only {WinUser} in a Text is "
+                                       "filled in"));
 }
 
 void PropertyReview::ReviewNumber(const Property& property, const Effect& effect) {

@@ -20,7 +20,6 @@ class PropertyReview {
   void ReviewText(const Property& property, const Effect& effect);
   void ReviewNumber(const Property& property, const Effect& effect);
   void ReviewLacking();
-  void NotePlaceholder(const Property& property);
 
   bool IsStored(double number, const Effect& effect) const;
   std::string Became(const Effect& effect) const;

@@ -33,8 +33,9 @@ Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int poli
                      bool isForced, bool resetName) try {
   const Review review = ReviewPolicy(text, policyId, resetName);
   const std::string refusal = Refusal(review, use);
+  const bool isCostly = use == Use::kUpdate && !review.refusal.empty();
   if (!refusal.empty() && !isForced)
-    throw UsageError(file + ": " + refusal + ". Nothing is changed; --force does it all the same.");
+    throw UsageError(file + ": " + refusal + ". " + (isCostly ? kCostOfForce : kForceDoes));
   Verdict verdict;
   if (!review.failure.empty()) return verdict;
   verdict.cause = review.refusal;

@@ -15,6 +15,12 @@ enum class Use {
   kDelivery,  ///< Every machine that it is delivered to.
 };
 
+/// What is told when nothing is done; the first of a text that no pass can read, which an update
+/// by force finds out too late.
+inline constexpr char kCostOfForce[] =
+    "Nothing is changed; --force would clear the exclude list and the printers' own entries.";
+inline constexpr char kForceDoes[] = "Nothing is changed; --force does it all the same.";
+
 /// What a rehearsal says of a policy that is let through.
 struct Verdict {
   std::vector<std::string> lines;  ///< What is to be told of it, a line each.

@@ -26,7 +26,8 @@ Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int poli
   if (policy != read.policies.end()) verdict.elements = policy->elementIds.size();
   const std::string refusal = Refusal(read, policyId, verdict.elements);
   if (!refusal.empty() && !isForced)
-    throw UsageError(file + ": " + refusal + ". Nothing is changed; --force does it all the same.");
+    throw UsageError(file + ": " + refusal + ". " +
+                     (read.refusal.empty() ? kForceDoes : kCostOfForce));
   verdict.cause = read.refusal;
   return verdict;
 }

@@ -141,7 +141,7 @@ class Reviewer {
         ids += (ids.empty() ? "" : ", ") + OneLine(policy.id, kTextWidth);
       Find({"policy", "", "", 0,
             "there is no policy " + std::to_string(m_review.policyId) +
-                (ids.empty() ? "" : "; the file has " + OneLine(ids, 2 * kTextWidth))});
+                (ids.empty() ? "" : "; its policies: " + OneLine(ids, 2 * kTextWidth))});
     } else if (m_policy->lines.size() > 1) {
       Find({"policy", "", "", m_policy->lines.back(),
             "policy " + m_policy->id + " stands on the lines " + Listed(m_policy->lines)});

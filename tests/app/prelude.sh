@@ -4,6 +4,7 @@
 # What every session begins with. $programs is the folder of the programs, $source_folder that of the
 # sources.
 
+unset TMPDIR  # sessions that want one set it
 export SIGIL_ROOT=$PWD/machine PATH=$programs:$PATH
 client=machine/C/ProgramData/KBR-LTD/QuietMIMOSA/HarborLedge
 

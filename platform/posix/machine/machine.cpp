@@ -24,6 +24,11 @@ constexpr std::wstring_view kOwn = L"Machine";
 constexpr std::wstring_view kPrinterPrefix = L"Printer ";
 constexpr std::wstring_view kAccounts = L"Accounts";
 
+// The names that are read, to be told in place of another.
+constexpr std::wstring_view kSections[] = {kOwn, kAccounts, L"Printer"};
+constexpr std::wstring_view kOwnKeys[] = {L"User", L"Domain", L"Joined", L"Controller"};
+constexpr std::wstring_view kPrinterKeys[] = {L"Driver", L"Comment"};
+
 /// Empty when the variable is not set.
 fs::path Variable(const char* name) {
   const char* value = std::getenv(name);
@@ -132,17 +137,18 @@ class Reader {
     const std::wstring name = L"[" + section.name + L"]";
     if (!m_file.IsText(section.header))
       unread.push_back({section.header.number, name, Reason::kNoText});
+    else if (!isRead && SameName(section.name, kOwn))
+      unread.push_back({section.header.number, name, Reason::kSecondSection});
     else if (!isRead)
-      unread.push_back(
-          {section.header.number, name,
-           SameName(section.name, kOwn) ? Reason::kSecondSection : Reason::kUnknownSection});
+      unread.push_back({section.header.number, name, Reason::kUnknownSection, kSections});
     std::set<std::wstring> keys;
     for (const IniFile::Line& line : section.lines) {
       const bool isFirst = line.isEntry && keys.insert(Folded(line.key)).second;
       if (!m_file.IsText(line))
         unread.push_back({line.number, line.key, Reason::kNoText});
       else if (isRead && line.isEntry && !m_read.contains(line.number))
-        unread.push_back({line.number, line.key, WhyUnread(section, line, isFirst)});
+        unread.push_back(
+            {line.number, line.key, WhyUnread(section, line, isFirst), KeysOf(section)});
     }
   }
 
@@ -150,6 +156,11 @@ class Reader {
                           bool isFirst) {
     if (!isFirst || IsAccounts(section)) return Reason::kSecondKey;
     return line.value ? Reason::kUnknownKey : Reason::kNoValue;
+  }
+
+  static std::span<const std::wstring_view> KeysOf(const IniFile::Section& section) {
+    if (SameName(section.name, kOwn)) return kOwnKeys;
+    return kPrinterKeys;
   }
 
   const IniFile& m_file;

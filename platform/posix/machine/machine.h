@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -65,6 +66,8 @@ struct UnreadLine {
   std::size_t number;  ///< From 1 on.
   std::wstring name;   ///< Of the entry, or "[...]" of the section.
   Reason reason;
+  /// The names that are read in the place of one that nobody reads.
+  std::span<const std::wstring_view> readHere = {};
 };
 
 /// Reads machine.ini anew, and tells the lines that the reading has made nothing of. A missing file
