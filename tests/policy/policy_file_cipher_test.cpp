@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 
 #include "platform/crt.h"
@@ -66,6 +67,19 @@ TEST_F(PolicyFileCipher, TheKeySourceGivesAsMuchMaterialAsItIsLong) {
   EXPECT_THROW(Opens("\0\0"s, ""), CInvalidArgException) << "no digits for two bytes";
   for (const std::size_t size : {34U, 2048U, 2049U, 100000U})
     EXPECT_THROW(Opens(std::string(size, 'k'), ""), CInvalidArgException) << size;
+}
+
+TEST(FoldBytes, CopiesWhatFitsAndFoldsTheRest) {
+  for (const auto& [size, folded] : std::map<INT_PTR, std::string>{
+           {0, ""}, {1, "\x9F"}, {2, "\x9D\x9A"}, {3, "\1\2\4"}, {4, "\1\2\4\x98"}}) {
+    CByteArray source, target;
+    for (const int byte : {1, 2, 4}) source.Add(static_cast<BYTE>(byte));
+    for (INT_PTR i = 0; i < size; ++i) target.Add(0x98);
+    CPolicyFileCipher::FoldBytes(source, target);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(target.GetData()),
+                          static_cast<std::size_t>(target.GetSize())),
+              folded);
+  }
 }
 
 TEST_F(PolicyFileCipher, NoKeyIsMadeUpWhereTheMachineFails) {
