@@ -95,6 +95,11 @@ TEST_F(PolicyFileCipher, NoKeyIsMadeUpWhereTheMachineFails) {
     platform::SetFault(call, 0, ERROR_ACCESS_DENIED);
     EXPECT_THROW(Opens("abc", ""), CInvalidArgException) << call;
   }
+  for (const unsigned goodCalls : {0, 1}) {
+    platform::SetFault("WideCharToMultiByte", goodCalls, ERROR_ACCESS_DENIED);
+    CByteArray bytes;
+    EXPECT_EQ(CPolicyFileCipher::TextToAnsiBytes(L"abc", bytes), 1) << goodCalls;
+  }
 }
 
 TEST_F(PolicyFileCipher, EachChunkIsAMessageOfItsOwn) {
