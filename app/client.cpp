@@ -50,4 +50,9 @@ DeliveryFolder FindDeliveryFolder() {
   return {folder.GetString(), Origin(found, value)};
 }
 
+std::vector<std::wstring> ClientFiles() {
+  const DeliveryFolder delivery = FindDeliveryFolder();
+  return {ClientIni(), KeySource(), delivery.PolicyFile(), delivery.SystemSetting()};
+}
+
 }  // namespace app

@@ -3,6 +3,7 @@
 // The client's installation on the machine, as its administrator finds it: where its files are.
 
 #include <string>
+#include <vector>
 
 namespace app {
 
@@ -19,5 +20,8 @@ struct DeliveryFolder {
 };
 
 DeliveryFolder FindDeliveryFolder();
+
+/// All of them: Client.ini, the key source and what the delivery folder holds.
+std::vector<std::wstring> ClientFiles();
 
 }  // namespace app

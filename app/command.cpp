@@ -1,10 +1,18 @@
 #include "app/command.h"
 
 #include <charconv>
+#include <sstream>
 
 #include "app/usage_error.h"
 
 namespace app {
+
+std::vector<std::string> Option::Names() const {
+  std::vector<std::string> names;
+  std::istringstream text(name);
+  for (std::string each; std::getline(text, each, ',');) names.push_back(each);
+  return names;
+}
 
 std::string Option::Help() const {
   return words.empty() ? help : help + ": " + Listed(words);

@@ -24,8 +24,10 @@ struct Option {
 
   bool IsArgument() const { return !name.starts_with('-'); }
   bool IsFlag() const { return !IsArgument() && value.empty(); }
+  /// Its names, each on its own.
+  std::vector<std::string> Names() const;
   /// The name that Values knows it by: the last of its names.
-  std::string Key() const { return name.substr(name.rfind(',') + 1); }
+  std::string Key() const { return Names().back(); }
   /// The help, with the words that it may be.
   std::string Help() const;
 };

@@ -3,7 +3,6 @@
 #include <iterator>
 #include <ostream>
 #include <set>
-#include <sstream>
 #include <string>
 
 #include "app/commands.h"
@@ -65,14 +64,6 @@ _sigilctl_words() {
 complete -F _sigilctl sigilctl
 )";
 
-/// The names of an option, each on its own.
-std::vector<std::string> NamesOf(const Option& option) {
-  std::vector<std::string> names;
-  std::istringstream text(option.name);
-  for (std::string name; std::getline(text, name, ',');) names.push_back(name);
-  return names;
-}
-
 std::string Joined(const std::vector<std::string>& words, const char* between = " ") {
   std::string joined;
   for (const std::string& word : words) joined += (joined.empty() ? "" : between) + word;
@@ -103,7 +94,7 @@ void PrintCase(std::ostream& out, const char* indent, const std::string& pattern
 void PrintValues(std::ostream& out, const std::string& command, const Option& option) {
   if (option.IsArgument() || option.IsFlag()) return;
   std::vector<std::string> patterns;
-  for (const std::string& name : NamesOf(option)) patterns.push_back(Quoted(command + " " + name));
+  for (const std::string& name : option.Names()) patterns.push_back(Quoted(command + " " + name));
   const std::string work = Complete(option);
   PrintCase(out, "    ", Joined(patterns, " | "), (work.empty() ? "" : work + "; ") + "return");
 }
@@ -136,7 +127,7 @@ void PrintCompletion(std::ostream& out, const std::vector<Command>& all) {
     names.push_back(command.name);
     for (const Option& option : command.options)
       if (!option.IsArgument() && !option.IsFlag())
-        for (const std::string& name : NamesOf(option)) valued.insert(name);
+        for (const std::string& name : option.Names()) valued.insert(name);
   }
 
   out << kHead << Joined({valued.begin(), valued.end()}, " | ") << kValue;

@@ -66,6 +66,14 @@ void Define(CommandLine& line, const std::vector<Command>& commands) {
   }
 }
 
+/// "no option '--jsn'; is '--json' meant?"
+[[noreturn]] void RefuseName(const char* kind, const std::string& name,
+                             const std::set<std::string>& names) {
+  const std::string guess = Guess(name, names);
+  throw UsageError(std::string("no ") + kind + " '" + name + "'" +
+                   (guess.empty() ? "; --help lists them" : "; is '" + guess + "' meant?"));
+}
+
 /// The first argument is a command, or is told to be none.
 void RequireCommand(const std::vector<std::string>& arguments,
                     const std::vector<Command>& commands) {
@@ -75,11 +83,7 @@ void RequireCommand(const std::vector<std::string>& arguments,
   while (first < arguments.size() && arguments[first].starts_with('-'))
     first += arguments[first] == "--root" ? 2 : 1;
   if (first >= arguments.size()) return;
-  const std::string& name = arguments[first];
-  if (names.contains(name)) return;
-  const std::string guess = Guess(name, names);
-  throw UsageError("no command '" + name + "'" +
-                   (guess.empty() ? "; --help lists them" : "; is '" + guess + "' meant?"));
+  if (!names.contains(arguments[first])) RefuseName("command", arguments[first], names);
 }
 
 /// Each argument is one that the command knows, or the first other is told.
@@ -89,14 +93,11 @@ void RequireKnown(const CLI::App& parser) {
   const auto isOption = [](const std::string& each) { return each.starts_with('-'); };
   const auto option = std::ranges::find_if(others, isOption);
   if (option == others.end()) throw UsageError("'" + others.front() + "' is an argument too many");
-  const std::string name = option->substr(0, option->find('='));
   std::set<std::string> names;
   for (const CLI::App* each : parser.get_subcommands())
     for (const CLI::Option* known : each->get_options())
       for (const std::string& word : known->get_lnames()) names.insert("--" + word);
-  const std::string guess = Guess(name, names);
-  throw UsageError("no option '" + name + "'" +
-                   (guess.empty() ? "; --help lists them" : "; is '" + guess + "' meant?"));
+  RefuseName("option", option->substr(0, option->find('=')), names);
 }
 
 /// "help" in place of --help, also before a command.

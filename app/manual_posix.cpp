@@ -43,9 +43,7 @@ std::string Italic(std::string_view text) {
 std::string Form(const Option& option, const char* between) {
   if (option.IsArgument()) return Italic(option.name);
   std::string form;
-  std::istringstream names(option.name);
-  for (std::string name; std::getline(names, name, ',');)
-    form += (form.empty() ? "" : between) + Bold(name);
+  for (const std::string& name : option.Names()) form += (form.empty() ? "" : between) + Bold(name);
   return option.value.empty() ? form : form + " " + Italic(option.value);
 }
 

@@ -68,11 +68,8 @@ std::vector<fs::path> MutexFiles() {
 }
 
 std::vector<fs::path> KnownFiles() {
-  const DeliveryFolder delivery = FindDeliveryFolder();
   std::vector<fs::path> files = {platform::MachineRoot() / "machine.ini"};
-  for (const std::wstring& path :
-       {ClientIni(), KeySource(), delivery.PolicyFile(), delivery.SystemSetting()})
-    files.push_back(platform::HostPath(path));
+  for (const std::wstring& path : ClientFiles()) files.push_back(platform::HostPath(path));
   try {
     const peers::SettingPlace setting = peers::FindSettingPlace();
     files.push_back(platform::HostPath(setting.folder + kUserInformationName));

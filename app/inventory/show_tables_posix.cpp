@@ -112,12 +112,9 @@ std::vector<Group> Grouped(const Group& entries) {
 
 std::string NamesOf(const Group& group) {
   constexpr std::size_t kGreatestList = 8;
-  std::string names;
-  for (std::size_t i = 0; i < std::min(group.size(), kGreatestList); ++i)
-    names += (i == 0 ? "" : ", ") + OneLine(NameOf(*group[i]));
-  if (group.size() > kGreatestList)
-    names += " and " + std::to_string(group.size() - kGreatestList) + " more";
-  return names;
+  std::vector<std::string> names;
+  for (const peers::EntryRecord* entry : group) names.push_back(OneLine(NameOf(*entry)));
+  return NamesInARow(names, kGreatestList);
 }
 
 void ShowWatermarks(std::ostream& out, const Group& group) {

@@ -164,6 +164,14 @@ std::vector<std::string> Wrapped(std::string_view text, std::size_t width) {
   return lines;
 }
 
+std::string NamesInARow(const std::vector<std::string>& names, std::size_t most) {
+  std::string row;
+  for (std::size_t i = 0; i < std::min(names.size(), most); ++i)
+    row += (i == 0 ? "" : ", ") + names[i];
+  if (names.size() > most) row += " and " + std::to_string(names.size() - most) + " more";
+  return row;
+}
+
 std::size_t TerminalWidth() {
   const char* const exported = std::getenv("COLUMNS");
   if (const int columns = exported == nullptr ? 0 : std::atoi(exported); columns > 0)

@@ -22,6 +22,9 @@ std::string OneLine(std::string_view text, std::size_t width = std::string_view:
 /// words, and inside a word where it is longer than a line. One line at least.
 std::vector<std::string> Wrapped(std::string_view text, std::size_t width);
 
+/// "A, B and 7 more": the first `most` of the names.
+std::string NamesInARow(const std::vector<std::string>& names, std::size_t most);
+
 /// The places in a line of standard output: the environment variable COLUMNS, where it is exported,
 /// else the terminal's. Without limit where there is no terminal.
 std::size_t TerminalWidth();

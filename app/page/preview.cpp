@@ -76,11 +76,7 @@ std::vector<page::Note> Elsewhere(const peers::SettingFileContent& content,
     if (!entry.lastSetting.enabled && each.lastSetting.enabled)
       names.push_back(OneLine(each.printer, kNameWidth));
   if (names.empty()) return {};
-  std::string list;
-  for (std::size_t i = 0; i < std::min(names.size(), kMost); ++i)
-    list += (i == 0 ? "" : ", ") + names[i];
-  if (names.size() > kMost) list += " and " + std::to_string(names.size() - kMost) + " more";
-  return {{"", "they are on for " + list + "; try --printer NAME"}};
+  return {{"", "they are on for " + NamesInARow(names, kMost) + "; try --printer NAME"}};
 }
 
 /// One line for each, as far as they are worth reading; those on the whole page come first.

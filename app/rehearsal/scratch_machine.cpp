@@ -96,10 +96,7 @@ void ScratchMachine::Write(const fs::path& file, const std::string& bytes) const
 
 void ScratchMachine::CopyMachine() const {
   CopyFile(platform::MachineRoot() / "machine.ini", *this);
-  const DeliveryFolder delivery = FindDeliveryFolder();
-  for (const std::wstring& file :
-       {ClientIni(), KeySource(), delivery.PolicyFile(), delivery.SystemSetting()})
-    CopyIfReadable(platform::HostPath(file), *this);
+  for (const std::wstring& file : ClientFiles()) CopyIfReadable(platform::HostPath(file), *this);
   const peers::SettingPlace setting = peers::FindSettingPlace();
   CopyIfReadable(platform::HostPath(setting.folder + kUserInformationName), *this);
   CopySettings(setting.file, *this);
