@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cstdio>
 
-#include "app/inventory/table.h"
+#include "app/text/table.h"
 
 namespace app {
 namespace {

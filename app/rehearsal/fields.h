@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "app/inventory/json.h"
+#include "app/text/json.h"
 #include "peers/settings_component/setting_file.h"
 
 namespace app {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <set>
 
-#include "app/guess.h"
-#include "app/rehearsal/wording.h"
+#include "app/text/guess.h"
+#include "app/text/wording.h"
 
 namespace app {
 namespace {

@@ -1,8 +1,8 @@
 #include "app/rehearsal/refusal.h"
 
-#include "app/cause.h"
 #include "app/rehearsal/review.h"
-#include "app/usage_error.h"
+#include "app/text/cause.h"
+#include "app/text/usage_error.h"
 
 namespace app {
 namespace {

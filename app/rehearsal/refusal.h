@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/library.h"
+#include "app/pass/library.h"
 
 namespace app {
 

@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "app/policy_text.h"
+#include "app/machine/policy_text.h"
 #include "app/rehearsal/refusal.h"
-#include "app/usage_error.h"
+#include "app/text/usage_error.h"
 
 namespace app {
 namespace {

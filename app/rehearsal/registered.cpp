@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <map>
 
-#include "app/messages.h"
-#include "app/told.h"
+#include "app/pass/messages.h"
+#include "app/pass/told.h"
 
 namespace app {
 namespace {

@@ -11,10 +11,10 @@
 #include <set>
 #include <stdexcept>
 
-#include "app/cause.h"
-#include "app/messages.h"
+#include "app/pass/messages.h"
+#include "app/pass/told.h"
 #include "app/rehearsal/progress.h"
-#include "app/told.h"
+#include "app/text/cause.h"
 #include "peers/descriptor.h"
 
 namespace app {

@@ -2,7 +2,7 @@
 
 // One call of the real library on a scratch machine.
 
-#include "app/library.h"
+#include "app/pass/library.h"
 #include "app/rehearsal/scratch_machine.h"
 #include "peers/settings_component/setting_file.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "app/library.h"
+#include "app/pass/library.h"
 #include "app/rehearsal/fields.h"
 #include "app/rehearsal/finding.h"
 #include "peers/settings_component/setting_file.h"

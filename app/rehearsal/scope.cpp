@@ -4,11 +4,11 @@
 #include <filesystem>
 #include <vector>
 
-#include "app/client.h"
-#include "app/delivery/policy_file.h"
-#include "app/messages.h"
+#include "app/machine/client.h"
+#include "app/machine/policy_file.h"
+#include "app/machine/sample.h"
+#include "app/pass/messages.h"
 #include "app/rehearsal/rehearse.h"
-#include "app/sample.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/whole_file.h"
 #include "platform/utf.h"

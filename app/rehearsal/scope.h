@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "app/library.h"
+#include "app/pass/library.h"
 
 namespace app {
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <system_error>
 
-#include "app/client.h"
+#include "app/machine/client.h"
 #include "host/shared_names.h"
 #include "peers/descriptor.h"
 #include "peers/settings_component/setting_file.h"

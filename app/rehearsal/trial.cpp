@@ -188,20 +188,4 @@ std::optional<double> NumberIn(const FieldValue& value) {
   return std::nullopt;
 }
 
-std::optional<double> NumberOf(const std::string& text) {
-  const char* first = text.data();
-  const char* const last = first + text.size();
-  if (text.starts_with("0x") || text.starts_with("0X")) {
-    std::uint64_t number = 0;
-    const auto [stop, error] = std::from_chars(first + 2, last, number, 16);
-    if (error != std::errc() || stop != last) return std::nullopt;
-    return static_cast<double>(number);
-  }
-  if (text.starts_with('+') && !text.starts_with("+-")) ++first;
-  double number = 0;
-  const auto [stop, error] = std::from_chars(first, last, number);
-  if (error != std::errc() || stop != last || !std::isfinite(number)) return std::nullopt;
-  return number;
-}
-
 }  // namespace app

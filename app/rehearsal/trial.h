@@ -91,7 +91,4 @@ class Trial {
 /// The field's value as a number; nothing for a text.
 std::optional<double> NumberIn(const FieldValue& value);
 
-/// A number as people write it: decimal, or hexadecimal behind 0x. Nothing for any other text.
-std::optional<double> NumberOf(const std::string& text);
-
 }  // namespace app

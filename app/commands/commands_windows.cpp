@@ -1,0 +1,9 @@
+#include "app/commands/commands.h"
+
+namespace app {
+
+Action OnLinux(const std::string& /*name*/) {
+  return nullptr;
+}
+
+}  // namespace app

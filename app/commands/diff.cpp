@@ -1,0 +1,110 @@
+#include "app/commands/diff.h"
+
+#include <algorithm>
+#include <iostream>
+#include <map>
+
+#include "app/rehearsal/registered.h"
+#include "app/rehearsal/review.h"
+#include "app/text/table.h"
+#include "app/text/text_file.h"
+#include "app/text/usage_error.h"
+
+namespace app {
+namespace {
+
+constexpr std::size_t kNameWidth = 24;
+constexpr std::size_t kFileWidth = 32;
+
+/// An element that is listed again is another one.
+using ElementKey = std::pair<std::string, int>;
+
+struct Side {
+  std::string file;
+  Review review;
+  std::vector<ElementKey> order;  ///< Of the watermarks.
+  std::map<ElementKey, peers::WatermarkRecord> marks;
+};
+
+Side Rehearsed(const std::string& file, int policyId) {
+  Side side{NameOf(file), ReviewFile(file, policyId), {}, {}};
+  const Review& review = side.review;
+  for (const Finding& finding : review.remarks.findings)
+    if (finding.kind == "policy" && finding.line == 0)
+      throw UsageError(side.file + ": " + finding.message);
+  std::map<std::string, int> count;
+  for (const ElementFate& fate : review.elements) {
+    if (!fate.mark) continue;
+    const ElementKey key = {fate.id, ++count[fate.id]};
+    side.order.push_back(key);
+    side.marks.insert({key, *fate.mark});
+  }
+  return side;
+}
+
+std::string NameOfElement(const ElementKey& key) {
+  return OneLine(key.first, kNameWidth) +
+         (key.second > 1 ? " (" + std::to_string(key.second) + ")" : "");
+}
+
+/// The elements of one side, in its order, that the other has not or has too.
+std::vector<ElementKey> Select(const Side& side, const Side& other, bool areCommon) {
+  std::vector<ElementKey> keys;
+  for (const ElementKey& key : side.order)
+    if (other.marks.contains(key) == areCommon) keys.push_back(key);
+  return keys;
+}
+
+std::string Names(const std::vector<ElementKey>& keys) {
+  std::string names;
+  for (const ElementKey& key : keys) names += (names.empty() ? "" : " ") + NameOfElement(key);
+  return OneLine(names, kFileWidth);
+}
+
+void AddChanges(const Side& left, const Side& right, std::vector<Row>& rows) {
+  for (const ElementKey& key : Select(left, right, true)) {
+    const auto before = ValuesOf(left.marks.at(key), key.first);
+    const auto after = ValuesOf(right.marks.at(key), key.first);
+    for (std::size_t i = 0; i < before.size(); ++i)
+      if (before[i] != after[i])
+        rows.push_back({NameOfElement(key), Fields()[i].name, Shown(Fields()[i], before[i]),
+                        Shown(Fields()[i], after[i])});
+  }
+}
+
+/// What the printers become, but for the number of watermarks, which the elements tell.
+void AddSwitches(const Side& left, const Side& right, std::vector<Row>& rows) {
+  const auto state = [](const peers::EntryRecord& entry) {
+    return std::string(entry.lastSetting.enabled ? "on" : "off");
+  };
+  for (const peers::EntryRecord& before : left.review.records.entries)
+    for (const peers::EntryRecord& after : right.review.records.entries)
+      if (before.printer == after.printer && state(before) != state(after))
+        rows.push_back(
+            {before.printer == "*" ? "* (default entry)" : OneLine(before.printer, kNameWidth),
+             "switch", state(before), state(after)});
+}
+
+}  // namespace
+
+int Diff(const Values& values) {
+  const int policyId = values.Number("--policy-id", 1);
+  const Side left = Rehearsed(values.Text("A"), policyId);
+  const Side right = Rehearsed(values.Text("B"), policyId);
+  std::vector<Row> rows = {
+      {"Element", "Field", OneLine(left.file, kFileWidth), OneLine(right.file, kFileWidth)}};
+  for (const ElementKey& key : Select(left, right, false))
+    rows.push_back({NameOfElement(key), "", "registered", "gone"});
+  for (const ElementKey& key : Select(right, left, false))
+    rows.push_back({NameOfElement(key), "", "not there", "registered"});
+  AddChanges(left, right, rows);
+  if (Select(left, right, true) != Select(right, left, true))
+    rows.push_back(
+        {"order", "", Names(Select(left, right, true)), Names(Select(right, left, true))});
+  AddSwitches(left, right, rows);
+  if (rows.size() == 1) return 0;
+  PrintTable(std::cout, rows, "");
+  return 1;
+}
+
+}  // namespace app

@@ -1,0 +1,62 @@
+#include "app/commands/switches.h"
+
+#include "app/machine/findings.h"
+#include "app/machine/setting_state.h"
+#include "app/pass/result.h"
+#include "app/pass/told.h"
+#include "app/text/wording.h"
+
+namespace app {
+namespace {
+
+Work Switched(const char* command, const char* done, const Outcome& outcome) {
+  const WorkDone did = WorkDoneIn(outcome);
+  Work work{
+      .command = command,
+      .done = done,
+      .numbers = Counted(did.on, "entry", "entries") + " on, " + std::to_string(did.off) + " off."};
+  if (did.hasFailedDelivery) work.cause = "the policy file: " + Examine().policyFile;
+  return work;
+}
+
+int Switch(const char* command, const char* done, const ExportCall& call) {
+  const Outcome outcome = Call(call);
+  return Report(outcome, Switched(command, done, outcome));
+}
+
+}  // namespace
+
+int Set() {
+  const Outcome outcome = Call([](const Exports& exports) { return exports.set(); });
+  Work work = Switched("set", "The watermarks are on where the scope wants them.", outcome);
+  if (outcome.result == SIGIL_SETTING_DONE) work.lines = WhatIsIdle();
+  return Report(outcome, work);
+}
+
+int Release() {
+  return Switch("release", "The watermarks are off and the control service knows.",
+                [](const Exports& exports) { return exports.release(); });
+}
+
+int ReleaseForService() {
+  return Switch("release-for-service", "The watermarks are off and deleted.",
+                [](const Exports& exports) { return exports.releaseForService(); });
+}
+
+int Exclude() {
+  const Outcome outcome = Call([](const Exports& exports) { return exports.updateExclude(); });
+  const WorkDone did = WorkDoneIn(outcome);
+  return Report(outcome, {.command = "exclude",
+                          .done = "The exclude list is rebuilt.",
+                          .numbers = std::to_string(did.excluded) + " of " +
+                                     Counted(did.checked, "printer", "printers") + " on it."});
+}
+
+int SwitchContentLog(bool on) {
+  const Outcome outcome =
+      Call([on](const Exports& exports) { return exports.setUseContentLog(on); });
+  return Report(outcome, {.command = "content-log",
+                          .done = on ? "The content log is on." : "The content log is off."});
+}
+
+}  // namespace app

@@ -1,0 +1,56 @@
+#include "app/commands/update.h"
+
+#include <set>
+
+#include "app/machine/findings.h"
+#include "app/machine/setting_state.h"
+#include "app/pass/result.h"
+#include "app/pass/told.h"
+#include "app/rehearsal/refusal.h"
+#include "app/text/text_file.h"
+#include "app/text/wording.h"
+
+namespace app {
+namespace {
+
+/// An update leaves no watermark as it was. Others may update at the same time, so what is new may
+/// be theirs as well.
+bool IsUntouched(const std::set<std::string>& before, const std::set<std::string>& after) {
+  for (const std::string& id : after)
+    if (before.contains(id)) return true;
+  return after.empty();
+}
+
+std::string Numbers(const WorkDone& done, std::size_t elements) {
+  if (done.entries == 0) return "";
+  const std::string on = " on " + Counted(done.entries, "entry", "entries") + ".";
+  const std::size_t each = done.marks / done.entries;
+  if (done.marks % done.entries != 0) return Counted(done.marks, "watermark", "watermarks") + on;
+  if (elements == 0) return Counted(each, "element", "elements") + on;
+  return std::to_string(each) + " of " + Counted(elements, "element", "elements") + on;
+}
+
+}  // namespace
+
+int Update(const Values& values) {
+  const int policyId = values.Number("--policy-id", 1);
+  const bool resetName = values.Has("--reset-name");
+  const std::wstring text = ReadTextFile(values.Text("FILE"));
+  const Verdict verdict = RefuseOrTell(text, NameOf(values.Text("FILE")), policyId, Use::kUpdate,
+                                       values.Has("--force"), resetName);
+  const auto before = WatermarkIds();
+  const Outcome outcome = Call(UpdateCall(text, policyId, resetName));
+  const WorkDone done = WorkDoneIn(outcome);
+  Work work{.command = "update",
+            .done = "The policy is applied.",
+            .numbers = Numbers(done, verdict.elements),
+            .lines = verdict.cause.empty() ? verdict.lines : std::vector<std::string>(),
+            .cause = verdict.cause,
+            .told = verdict.told};
+  if (std::string unread = WhatIsUnread(); !unread.empty()) work.lines.push_back(std::move(unread));
+  const auto after = done.marks > 0 ? WatermarkIds() : std::nullopt;
+  if (before && after && IsUntouched(*before, *after)) work.unsaved = WhyUnsaved();
+  return Report(outcome, work);
+}
+
+}  // namespace app

@@ -1,9 +1,0 @@
-#include "app/commands.h"
-
-namespace app {
-
-Action OnLinux(const std::string& /*name*/) {
-  return nullptr;
-}
-
-}  // namespace app

@@ -1,0 +1,80 @@
+#pragma once
+
+// What an export would meet on this machine, found out without changing anything: no file is made
+// or written, no line logged. What it makes of it stands in forecast.h.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/machine/client.h"
+#include "app/machine/places.h"
+#include "app/machine/policy_text.h"
+#include "app/machine/setting_state.h"
+#include "host/printer_kind.h"
+#include "platform/base.h"
+
+namespace app {
+
+using SigilSettingManagement::PrinterKind;
+
+struct PrinterFinding {
+  std::wstring name;
+  std::wstring driver;
+  PrinterKind kind;
+};
+
+/// A line of machine.ini that is not read as it stands.
+struct UnreadLine {
+  std::size_t line;  ///< From 1 on.
+  std::string name;  ///< Of the entry, or "[...]" of the section.
+  std::string reason;
+};
+
+struct Findings {
+  std::string machine;
+  DeliveryFolder delivery;
+
+  std::string keySource;  ///< The state of the file that the key comes from.
+  /// The state of the policy file, and the policy where it is readable.
+  std::string policyFile;
+  std::optional<PolicyText> policy;
+  /// The scope that set goes by; nothing when there is none.
+  std::optional<int> scope;
+
+  std::optional<int> functionSwitch;  ///< Nothing when its file cannot be opened.
+
+  std::string user;
+  bool hasFullName = false;  ///< The user information file has one.
+  std::string unstoredName;  ///< Why a full name that is found would not be stored; or empty.
+
+  std::vector<UnreadLine> unread;
+
+  /// Nothing when the spooler has no list, and why.
+  std::optional<std::vector<PrinterFinding>> printers;
+  std::string noPrinters;
+
+  std::string component;  ///< Empty when it is found and has its entry, else what is wrong.
+  SettingState settingFile;
+  std::string mutex;    ///< Empty when the passes can have their mutex, else what is wrong.
+  std::string log;      ///< The state of the log, and where it is.
+  std::string logFile;  ///< A path of the host.
+  DWORD pipeError = 0;  ///< 0 when somebody serves the pipe.
+
+  std::vector<RefusedPlace> refused;
+};
+
+Findings Examine();
+
+/// The part of Examine that each home has its own way for: what the machine is, its user and
+/// printers, the setting file, mutex, log and pipe.
+void ExamineMachine(Findings& findings);
+
+/// A sentence that tells how many lines of machine.ini are not read as they stand; empty when all
+/// are.
+std::string WhatIsUnread();
+
+/// Why lines of the log get lost here: "it is a link", "the disk is full", ...; empty when none do.
+std::string WhyLogLost();
+
+}  // namespace app

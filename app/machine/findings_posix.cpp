@@ -1,0 +1,156 @@
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <set>
+#include <system_error>
+
+#include "app/machine/findings.h"
+#include "app/text/guess.h"
+#include "app/text/wording.h"
+#include "host/shared_names.h"
+#include "peers/logging/log_path_posix.h"
+#include "peers/settings_component/setting_file.h"
+#include "platform/file.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/profile.h"
+#include "platform/utf.h"
+
+namespace app {
+namespace {
+
+namespace fs = std::filesystem;
+
+PrinterFinding Kinded(platform::Printer& printer) {
+  PRINTER_INFO_2W record{};
+  record.pDriverName = printer.driver.data();
+  record.pComment = printer.comment ? printer.comment->data() : nullptr;
+  const PrinterKind kind = SigilSettingManagement::KindOf(record);
+  return {printer.name, printer.driver, kind};
+}
+
+std::string WhyNotStored(const fs::path& file) {
+  const std::string refused = WhyRefused(file);
+  return refused.empty() ? WhyNotMade(file.parent_path())
+                         : file.filename().string() + " " + refused;
+}
+
+void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
+  const std::wstring file = settingFolder + kUserInformationName;
+  findings.hasFullName = GetPrivateProfileIntW(kUserSection, kUserStateKey, 0, file.c_str()) != 0;
+  wchar_t name[256] = {};
+  GetPrivateProfileStringW(kUserSection, kUserFullNameKey, L"", name, 256, file.c_str());
+  findings.user += findings.hasFullName ? ", full name " + platform::ToUtf8(name)
+                                        : ", full name not obtained yet";
+  findings.unstoredName = WhyNotStored(platform::HostPath(file));
+}
+
+/// "; is Driver meant?", of a name or of a section by its first word; empty when nothing is like
+/// it.
+std::string Meant(const platform::UnreadLine& line) {
+  std::set<std::string> names;
+  for (const std::wstring_view name : line.readHere) names.insert(platform::ToUtf8(name));
+  std::string word = platform::ToUtf8(line.name);
+  const bool isSection = word.starts_with('[');
+  if (isSection) word = word.substr(1, word.find_first_of(" ]") - 1);
+  const std::string guess = Guess(word, names);
+  if (guess.empty()) return "";
+  return "; is " + (isSection ? "[" + guess + "]" : guess) + " meant?";
+}
+
+UnreadLine InWords(const platform::UnreadLine& line) {
+  using Reason = platform::UnreadLine::Reason;
+  const std::string name = platform::ToUtf8(line.name);
+  switch (line.reason) {
+    case Reason::kNoText:
+      return {line.number, name, "no UTF-8 text"};
+    case Reason::kNoSection:
+      return {line.number, name, "before the first section, where nothing is read"};
+    case Reason::kUnknownSection:
+      return {line.number, name, "nobody reads a section of this name" + Meant(line)};
+    case Reason::kSecondSection:
+      return {line.number, name, "the first section of this name counts"};
+    case Reason::kUnknownKey:
+      return {line.number, name, "nobody reads this name here" + Meant(line)};
+    case Reason::kSecondKey:
+      return {line.number, name, "the first of this name counts"};
+    case Reason::kNoValue:
+      break;
+  }
+  return {line.number, name, "a line without '='"};
+}
+
+void ExaminePrinters(Findings& findings) {
+  try {
+    std::vector<platform::UnreadLine> unread;
+    platform::Machine machine = platform::LoadMachine(&unread);
+    std::ranges::transform(unread, std::back_inserter(findings.unread), InWords);
+    findings.user = platform::ToUtf8(machine.user);
+    findings.printers.emplace();
+    for (platform::Printer& printer : machine.printers)
+      findings.printers->push_back(Kinded(printer));
+  } catch (const std::system_error& error) {
+    const std::string why = WhyRefused(platform::MachineRoot() / "machine.ini");
+    findings.noPrinters =
+        "machine.ini " + (why.empty() ? "is unreadable: " + error.code().message() : why);
+    findings.user = "unknown: " + findings.noPrinters;
+    findings.settingFile.state = "unknown, without a user";
+    return;
+  }
+  ExamineUser(findings, peers::FindSettingPlace().folder);
+  findings.settingFile = ExamineSettingFile();
+}
+
+void ExamineLog(Findings& findings) {
+  const fs::path file = logging::LogFile();
+  std::error_code error;
+  findings.logFile = file.string();
+  findings.log = fs::is_regular_file(file, error)
+                     ? std::to_string(fs::file_size(file, error)) + " bytes"
+                     : "not there yet";
+  if (const std::string why = WhyLogLost(); !why.empty())
+    findings.log += "; lines get lost: " + why;
+}
+
+DWORD AskPipe() {
+  const HANDLE pipe =
+      CreateFileW(kControlPipe, GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  if (pipe == INVALID_HANDLE_VALUE) return GetLastError();
+  CloseHandle(pipe);
+  return ERROR_SUCCESS;
+}
+
+}  // namespace
+
+std::string WhatIsUnread() {
+  std::vector<platform::UnreadLine> unread;
+  try {
+    platform::LoadMachine(&unread);
+  } catch (const std::system_error&) {
+    return "";  // It is told of otherwise.
+  }
+  if (unread.empty()) return "";
+  return Counted(unread.size(), "line", "lines") + " of machine.ini " +
+         (unread.size() == 1 ? "is" : "are") + " not read; `sigilctl doctor` names " +
+         (unread.size() == 1 ? "it." : "them.");
+}
+
+std::string WhyLogLost() {
+  const fs::path file = logging::LogFile();
+  std::error_code error;
+  std::string why = WhyRefused(file);
+  if (why.empty() && fs::exists(file, error)) why = WhyNotWritten(file);
+  if (!why.empty()) return "it " + why;
+  return WhyNotMade(file.parent_path());
+}
+
+void ExamineMachine(Findings& findings) {
+  findings.machine = platform::MachineRoot().string();
+  ExaminePrinters(findings);
+  findings.mutex = WhyMutexRefused();
+  if (findings.mutex.empty()) findings.mutex = WhyClosed(platform::MachineRoot() / "mutex");
+  ExamineLog(findings);
+  findings.pipeError = AskPipe();
+  findings.refused = RefusedPlaces();
+}
+
+}  // namespace app

@@ -1,0 +1,92 @@
+#include "app/machine/findings.h"
+#include "app/machine/home.h"
+#include "host/shared_names.h"
+#include "platform/module.h"
+#include "platform/utf.h"
+
+namespace app {
+namespace {
+
+std::string WithError(const std::string& what) {
+  return what + " (error " + std::to_string(GetLastError()) + ")";
+}
+
+std::string NameFrom(BOOL WINAPI name(LPWSTR, LPDWORD)) {
+  wchar_t text[257];
+  DWORD capacity = 257;
+  return name(text, &capacity) ? platform::ToUtf8(text) : WithError("unknown");
+}
+
+std::optional<std::vector<PrinterFinding>> ListPrinters(std::string& why) {
+  constexpr DWORD kFlags = PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS;
+  std::vector<PRINTER_INFO_2W> block;
+  DWORD needed = 0, count = 0;
+  while (!EnumPrintersW(kFlags, nullptr, 2, reinterpret_cast<BYTE*>(block.data()),
+                        static_cast<DWORD>(block.size() * sizeof block[0]), &needed, &count)) {
+    if (GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
+      why = WithError("the spooler gives none");
+      return std::nullopt;
+    }
+    block.resize(needed / sizeof block[0] + 1);
+  }
+  std::vector<PrinterFinding> printers;
+  for (DWORD i = 0; i < count; ++i)
+    printers.push_back(
+        {block[i].pPrinterName, block[i].pDriverName, SigilSettingManagement::KindOf(block[i])});
+  return printers;
+}
+
+/// Opens the mutex alone if it is there: taking it could hold up a pass.
+std::string WhyNoMutex() {
+  const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, L"Global\\MIMOSA_HLE_SIGIL_SETTING");
+  if (mutex == nullptr)
+    return GetLastError() == ERROR_FILE_NOT_FOUND ? "" : WithError("cannot be opened");
+  CloseHandle(mutex);
+  return "";
+}
+
+/// It may be the suite's, whose file nobody else knows.
+std::string ExamineLog(const std::wstring& path) {
+  const HMODULE log = LoadLibraryW(path.c_str());
+  if (log == nullptr) return WithError("cannot be loaded");
+  const bool canWatch = GetProcAddress(log, "SigilWatchLog") != nullptr;
+  FreeLibrary(log);
+  return canWatch ? "found" : "found; it cannot be watched from here";
+}
+
+/// Asks without connecting, which the control service could take for an event.
+DWORD AskControlPipe() {
+  constexpr DWORD kNoTime = 1;  // milliseconds
+  if (WaitNamedPipeW(kControlPipe, kNoTime)) return ERROR_SUCCESS;
+  return GetLastError() == ERROR_SEM_TIMEOUT ? ERROR_PIPE_BUSY : GetLastError();
+}
+
+}  // namespace
+
+// There is no machine.ini, no file is refused for what it is, and where the log writes is its own.
+
+std::vector<RefusedPlace> RefusedPlaces() {
+  return {};
+}
+
+std::string WhatIsUnread() {
+  return "";
+}
+
+std::string WhyLogLost() {
+  return "";
+}
+
+void ExamineMachine(Findings& findings) {
+  findings.machine = NameFrom(GetComputerNameW);
+  findings.user = NameFrom(GetUserNameW);
+  findings.printers = ListPrinters(findings.noPrinters);
+  findings.settingFile = ExamineSettingFile();
+  findings.mutex = WhyNoMutex();
+  const std::wstring log = BesideHost(kLog);
+  findings.log = ExamineLog(log);
+  findings.logFile = platform::ToUtf8(log);
+  findings.pipeError = AskControlPipe();
+}
+
+}  // namespace app

@@ -1,0 +1,85 @@
+#include <stdlib.h>
+
+#include <CLI/App.hpp>
+
+#include "app/commands/commands.h"
+#include "app/machine/home.h"
+#include "app/text/usage_error.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/machine_file.h"
+#include "platform/posix/machine/password_database.h"
+#include "platform/utf.h"
+
+namespace app {
+
+namespace fs = std::filesystem;
+
+const wchar_t kLibrary[] = L"libSigilSetting.so";
+const wchar_t kLog[] = L"liblog4cxx.so";
+
+const char kFooter[] =
+    "Exit status:\n"
+    "  0  the work is done; check: nothing found; diff: no difference\n"
+    "  1  an export or the machine failed, or nothing was saved;\n"
+    "     check: findings; diff: differences\n"
+    "  2  a wrong argument or a file that will not do; nothing has been changed\n"
+    "\n"
+    "Environment:\n"
+    "  SIGIL_ROOT       the machine's folder; else sigil/machine in XDG_DATA_HOME,\n"
+    "                   which is ~/.local/share where it is not set\n"
+    "  SIGIL_LOG        the log file, in place of the machine's own\n"
+    "  SIGIL_LOG_LEVEL  the lowest level that is written to it (0)\n"
+    "  TMPDIR           where policies are rehearsed, in private folders that go\n"
+    "                   again; memory where it is not set\n";
+
+const char kMendPrinters[] = "See to machine.ini.";
+const char kMendAccount[] = "See to the account in machine.ini or the directory.";
+const char kMendDelivery[] =
+    "Seal a good one; `sigilctl check FILE` tells what is wrong with a text.";
+const char kMendKey[] = "Seal it under this machine's key source.";
+const char kMendMissing[] = "`sigilctl seal FILE` makes one.";
+
+std::vector<std::string> Arguments(int argc, char** argv) {
+  return {argv, argv + argc};
+}
+
+void AddMachineOption(CLI::App& parser) {
+  const auto use = [](const std::string& root) {
+    if (root.empty()) throw UsageError("--root: a folder, not an empty text");
+    setenv("SIGIL_ROOT", root.c_str(), 1);
+  };
+  parser.add_option_function<std::string>(kRootOption.name, use, kRootOption.help)
+      ->type_name(kRootOption.value);
+}
+
+void RequireMachine() {
+  const fs::path root = platform::MachineRoot();
+  const auto state = platform::ExamineRoot();
+  std::error_code error;
+  if (!state) throw UsageError(root.string() + ": no machine here; `sigilctl init` lays one out");
+  if (!state->isOwn) {
+    const auto user = platform::FindUser(state->owner);
+    const std::string owner =
+        user ? platform::ToUtf8(user->login) : "#" + std::to_string(state->owner);
+    throw UsageError(root.string() + ": this machine belongs to " + owner +
+                     "; run it as that account: sudo -u '" + owner + "' sigilctl --root '" +
+                     root.string() + "' ...");
+  }
+  if (state->isOpenToOthers)
+    throw UsageError(root.string() +
+                     ": other accounts can write here; `chmod go-w` closes it to them");
+  if (!fs::exists(root / "machine.ini", error))
+    throw UsageError(root.string() +
+                     ": no machine here, for want of a machine.ini; `sigilctl init` lays one out");
+}
+
+fs::path HostPath(std::wstring_view windowsPath) {
+  return platform::HostPath(windowsPath);
+}
+
+std::wstring BesideHost(const std::wstring& fileName) {
+  const fs::path host = fs::read_symlink("/proc/self/exe");
+  return platform::FromUtf8(host.parent_path().string()) + L"/" + fileName;
+}
+
+}  // namespace app

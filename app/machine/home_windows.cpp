@@ -1,0 +1,66 @@
+#include <windows.h>
+// After windows.h.
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+#include "app/machine/home.h"
+#include "platform/utf.h"
+
+namespace app {
+
+const wchar_t kLibrary[] = L"SigilSetting.dll";
+const wchar_t kLog[] = L"log4cxx.dll";
+
+const char kFooter[] =
+    "Exit status:\n"
+    "  0  the work is done\n"
+    "  1  an export or the machine failed, or nothing was saved\n"
+    "  2  a wrong argument or a file that will not do; nothing has been changed\n"
+    "\n"
+    "No policy is rehearsed on Windows: update refuses what is no policy or would\n"
+    "empty every entry, and applies the rest; with --force that too.\n";
+
+const char kMendPrinters[] = "See to the machine's printers and its spooler.";
+const char kMendAccount[] = "See to the account on this machine or in the directory.";
+const char kMendDelivery[] = "Have a good one delivered.";
+const char kMendKey[] = "Have it delivered sealed under this machine's key source.";
+const char kMendMissing[] = "Have one delivered.";
+
+std::vector<std::string> Arguments(int /*argc*/, char** /*argv*/) {
+  _setmode(_fileno(stdin), _O_BINARY);
+  static const UINT before = GetConsoleOutputCP();
+  std::atexit([] { SetConsoleOutputCP(before); });
+  SetConsoleOutputCP(CP_UTF8);
+
+  int count = 0;
+  wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);
+  if (words == nullptr) throw std::runtime_error("the command line cannot be read");
+  std::vector<std::string> arguments;
+  for (int i = 0; i < count; ++i) arguments.push_back(platform::ToUtf8(words[i]));
+  LocalFree(words);
+  return arguments;
+}
+
+// The machine is the one that this runs on.
+
+void AddMachineOption(CLI::App& /*parser*/) {}
+
+void RequireMachine() {}
+
+std::filesystem::path HostPath(std::wstring_view windowsPath) {
+  return windowsPath;
+}
+
+std::wstring BesideHost(const std::wstring& fileName) {
+  std::wstring path(MAX_PATH, L'\0');
+  while (GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())) == path.size())
+    path.resize(2 * path.size());
+  return path.substr(0, path.rfind(L'\\') + 1) + fileName;
+}
+
+}  // namespace app

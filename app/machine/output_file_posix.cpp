@@ -1,0 +1,20 @@
+#include <string>
+
+#include "app/machine/output_file.h"
+#include "app/text/usage_error.h"
+#include "platform/posix/machine/whole_file.h"
+
+namespace app {
+
+namespace fs = std::filesystem;
+
+void WriteOutput(const fs::path& file, std::string_view bytes) {
+  std::error_code error;
+  const fs::file_status status = fs::status(file, error);
+  if (fs::exists(status) && !fs::is_regular_file(status))
+    throw UsageError(file.string() + ": not a regular file");
+  const fs::path whole = fs::absolute(file);
+  platform::ChangeWholeFile(whole, [&](const auto&) { return std::string(bytes); });
+}
+
+}  // namespace app

@@ -1,0 +1,48 @@
+#pragma once
+
+// The delivered policy file. The library's own cipher gives the key and opens files; what seals
+// them is OpenSSL's AES-256 in CBC mode, so that each checks the other.
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "app/machine/policy_text.h"
+#include "platform/mfc.h"
+
+namespace app {
+
+/// What the key comes of on this machine.
+struct KeyState {
+  std::string source;    ///< The state of the key source, for people.
+  bool isThere = false;  ///< It has a byte at least; without one the key is all zero.
+  bool gives = false;    ///< A key comes of it. If not, every pass that needs one fails.
+};
+KeyState ExamineKey();
+
+struct PolicyKey {
+  CByteArray key;
+  CByteArray vector;
+};
+/// False when no key comes of the key source.
+bool FindKey(PolicyKey& key);
+
+/// The bytes of a policy file with this UTF-8 text, under the machine's key, which must be given.
+/// No character is cut by the end of a chunk.
+std::string Seal(std::string_view text);
+
+/// The text of the file at a path of Windows or a whole one of the host, without the byte order
+/// mark that it may start with; whether it makes sense is not looked at. Nothing when there is no
+/// such file. A std::runtime_error tells why a file of no more than kGreatestSealedPolicy bytes
+/// cannot be read; the machine's key must be given.
+struct Unsealed {
+  std::wstring text;
+  std::size_t size;  ///< The file's bytes.
+};
+std::optional<Unsealed> Unseal(const std::wstring& path);
+
+/// Whether the text is what another key gives: noise, which is hardly ever text without a fault.
+bool IsNoise(const std::wstring& text, const PolicyText& policy);
+inline constexpr char kOtherKey[] = "not sealed with this machine's key source, or damaged";
+
+}  // namespace app

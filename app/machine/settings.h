@@ -1,0 +1,28 @@
+#pragma once
+
+// The records of the machine's setting file, and facts about its entries.
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "peers/settings_component/setting_file.h"
+
+namespace app {
+
+/// Returns the setting file's records. Throws std::runtime_error, with the file's name, when it
+/// cannot be read.
+peers::SettingFileContent ReadSettings();
+
+/// "* (default entry)", or the printer's name.
+std::string NameOf(const peers::EntryRecord& entry);
+
+/// Returns how many of the entry's watermarks the setting lists. A setting may still list
+/// watermarks that have been deleted since.
+std::ptrdiff_t CountActive(const peers::ActiveRecord& setting, const peers::EntryRecord& entry);
+
+/// Returns a line for each entry that is on although its last setting lists none of its watermarks,
+/// and no more than some lines.
+std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entries);
+
+}  // namespace app

@@ -1,0 +1,44 @@
+#include <algorithm>
+#include <stdexcept>
+#include <system_error>
+
+#include "app/machine/settings.h"
+#include "app/text/table.h"
+
+namespace app {
+
+peers::SettingFileContent ReadSettings() {
+  const auto file = peers::FindSettingPlace().file;
+  try {
+    return peers::ReadSettingFile(file);
+  } catch (const std::system_error&) {
+    throw;  // It names the file.
+  } catch (const std::exception& error) {
+    throw std::runtime_error(file.string() + ": " + error.what());
+  }
+}
+
+std::string NameOf(const peers::EntryRecord& entry) {
+  return entry.printer == "*" ? "* (default entry)" : entry.printer;
+}
+
+std::ptrdiff_t CountActive(const peers::ActiveRecord& setting, const peers::EntryRecord& entry) {
+  return std::ranges::count_if(entry.watermarks, [&](const peers::WatermarkRecord& mark) {
+    return std::ranges::find(setting.watermarks, mark.id) != setting.watermarks.end();
+  });
+}
+
+std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entries) {
+  constexpr std::size_t kMost = 5;
+  std::vector<std::string> lines;
+  for (const peers::EntryRecord& entry : entries)
+    if (entry.lastSetting.enabled && CountActive(entry.lastSetting, entry) == 0)
+      lines.push_back(OneLine(NameOf(entry)) + " is on, but lists no watermark: run update");
+  if (lines.size() <= kMost) return lines;
+  const std::size_t left = lines.size() - kMost;
+  lines.resize(kMost);
+  lines.push_back("and " + std::to_string(left) + " entries more");
+  return lines;
+}
+
+}  // namespace app

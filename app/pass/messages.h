@@ -1,0 +1,39 @@
+#pragma once
+
+// The library's messages of trouble in English, for people who do not read its log.
+
+#include <string>
+#include <vector>
+
+#include "app/pass/library.h"
+
+namespace app {
+
+/// What a message of level 4 or 5 means for the work that was asked for.
+enum class Weight {
+  kTrace,    ///< Nothing, whatever its level says.
+  kWarning,  ///< The work is done; something beside it is not as it should be.
+  kFailure,  ///< Work is lost: not done or not saved.
+  kUnsaved,  ///< The same, because the setting file could not be written.
+};
+
+struct Meaning {
+  Weight weight;
+  std::string sentence;
+  std::string next;  ///< What to do about it; may be empty.
+};
+
+/// Never fails: a number that is not known here is a warning in the library's own words.
+Meaning MeaningOf(const Message& message);
+
+/// The messages of level 4 and 5 that mean something, each once, in the order of their first.
+std::vector<Message> Troubles(const std::vector<Message>& messages);
+
+/// In the library's own order the first failure, as a sentence: why a pass failed. "the log tells
+/// where" when there is none.
+std::string FirstFailure(const std::vector<Message>& messages);
+
+/// Whether the table has the number.
+bool IsKnown(int number);
+
+}  // namespace app

@@ -1,0 +1,198 @@
+#include "app/text/table.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <ostream>
+#include <utility>
+
+#include "app/text/console.h"
+#include "platform/utf.h"
+#include "platform/visible_text.h"
+
+namespace app {
+namespace {
+
+/// Blanks between two cells.
+constexpr std::size_t kGap = 2;
+
+std::size_t Width(std::u32string_view characters) {
+  std::size_t width = 0;
+  for (const char32_t character : characters) width += CharacterWidth(character);
+  return width;
+}
+
+/// Whole characters.
+std::u32string Characters(std::string_view text) {
+  std::u32string characters;
+  for (const wchar_t each : platform::FromUtf8(text)) {
+    const auto unit = static_cast<char32_t>(each);
+    if (unit >= 0xDC00 && unit <= 0xDFFF)
+      characters.back() = 0x10000 + ((characters.back() - 0xD800) << 10) + (unit - 0xDC00);
+    else
+      characters += unit;
+  }
+  return characters;
+}
+
+/// What `limit` leaves of each of the widths, in sum.
+std::size_t Total(const std::vector<std::size_t>& widths, std::size_t limit) {
+  std::size_t total = 0;
+  for (const std::size_t width : widths) total += std::min(width, limit);
+  return total;
+}
+
+/// The bytes of the whole characters that `width` places have room for, from the first on.
+std::size_t BytesIn(std::string_view text, std::size_t width) {
+  std::size_t end = 0;
+  for (const char32_t character : Characters(text)) {
+    const std::size_t places = CharacterWidth(character);
+    if (places > width) break;
+    width -= places;
+    do ++end;
+    while (end < text.size() && (text[end] & 0xC0) == 0x80);  // what belongs to the character
+  }
+  return end;
+}
+
+/// Of Windows or of Linux.
+bool IsPath(std::string_view cell) {
+  return cell.starts_with('/') || cell.starts_with("\\\\") || cell.find(":\\") == 1;
+}
+
+/// Without its beginning, where it is too long: what tells one path from another stands last.
+std::string EndOf(const std::string& path, std::size_t width) {
+  const std::size_t whole = DisplayWidth(path);
+  if (whole <= width) return path;
+  std::size_t cut = BytesIn(path, whole - width + 1);
+  if (DisplayWidth(path.substr(cut)) >= width) cut += BytesIn(path.substr(cut), 2);
+  return "…" + path.substr(cut);
+}
+
+/// Narrows the widest columns to the greatest width with which the rows fit into `room`. False when
+/// that would leave too little to be read.
+bool Fit(std::vector<std::size_t>& widths, std::size_t room) {
+  constexpr std::size_t kLeast = 12;
+  std::size_t limit = *std::max_element(widths.begin(), widths.end());
+  while (Total(widths, limit) > room)
+    if (limit-- <= kLeast) return false;
+  // One place more for the first ones, as far as there is room.
+  std::size_t left = room - Total(widths, limit);
+  for (std::size_t& width : widths) {
+    if (width <= limit) continue;
+    width = limit + (left > 0 ? 1 : 0);
+    if (left > 0) --left;
+  }
+  return true;
+}
+
+void PrintLine(std::ostream& out, std::string line) {
+  line.erase(line.find_last_not_of(' ') + 1);
+  out << line << "\n";
+}
+
+void PrintColumns(std::ostream& out, const std::vector<Row>& rows, std::string_view indent,
+                  const std::vector<std::size_t>& widths) {
+  for (const Row& row : rows) {
+    std::vector<std::vector<std::string>> cells;
+    std::size_t height = 0;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      cells.push_back(IsPath(row[i]) ? std::vector{EndOf(OneLine(row[i]), widths[i])}
+                                     : Wrapped(row[i], widths[i]));
+      height = std::max(height, cells.back().size());
+    }
+    for (std::size_t part = 0; part < height; ++part) {
+      std::string line(indent);
+      for (std::size_t i = 0; i < row.size(); ++i) {
+        const std::string cell = part < cells[i].size() ? cells[i][part] : "";
+        line += cell + std::string(widths[i] - DisplayWidth(cell) + kGap, ' ');
+      }
+      PrintLine(out, line);
+    }
+  }
+}
+
+/// Each row as the first cell and, below it, the others behind their headings, broken to lines.
+void PrintRecords(std::ostream& out, const std::vector<Row>& rows, std::string_view indent,
+                  std::size_t width) {
+  const std::string margin = std::string(indent) + "  ";
+  for (std::size_t row = 1; row < rows.size(); ++row) {
+    if (!rows[row][0].empty()) PrintLine(out, std::string(indent) + OneLine(rows[row][0]));
+    std::string line = margin;
+    for (std::size_t i = 1; i < rows[row].size(); ++i) {
+      if (rows[row][i].empty()) continue;
+      const std::string item = OneLine(rows[0][i] + ": " + rows[row][i]);
+      if (line != margin && DisplayWidth(line) + DisplayWidth(item) > width)
+        PrintLine(out, std::exchange(line, margin));
+      line += item + std::string(kGap, ' ');
+    }
+    if (line != margin) PrintLine(out, line);
+  }
+}
+
+}  // namespace
+
+std::size_t DisplayWidth(std::string_view text) {
+  return Width(Characters(text));
+}
+
+std::string OneLine(std::string_view text, std::size_t width) {
+  std::string visible = platform::Visible(text);
+  if (DisplayWidth(visible) <= width) return visible;
+  visible.resize(BytesIn(visible, width - 1));
+  return visible + "…";
+}
+
+std::vector<std::string> Wrapped(std::string_view text, std::size_t width) {
+  const std::string visible = OneLine(text);
+  if (DisplayWidth(visible) <= width) return {visible};
+  std::vector<std::string> lines(1);
+  for (std::string_view rest = visible; !rest.empty();) {
+    std::string_view word = rest.substr(0, rest.find(' '));
+    rest.remove_prefix(std::min(word.size() + 1, rest.size()));
+    const std::string gap = lines.back().empty() ? "" : " ";
+    if (DisplayWidth(lines.back()) + gap.size() + DisplayWidth(word) <= width) {
+      lines.back() += gap + std::string(word);
+      continue;
+    }
+    if (!gap.empty()) lines.emplace_back();
+    for (; DisplayWidth(word) > width; lines.emplace_back()) {
+      lines.back() = word.substr(0, BytesIn(word, width));
+      word.remove_prefix(lines.back().size());
+    }
+    lines.back() = word;
+  }
+  return lines;
+}
+
+std::string NamesInARow(const std::vector<std::string>& names, std::size_t most) {
+  std::string row;
+  for (std::size_t i = 0; i < std::min(names.size(), most); ++i)
+    row += (i == 0 ? "" : ", ") + names[i];
+  if (names.size() > most) row += " and " + std::to_string(names.size() - most) + " more";
+  return row;
+}
+
+std::size_t TerminalWidth() {
+  const char* const exported = std::getenv("COLUMNS");
+  if (const int columns = exported == nullptr ? 0 : std::atoi(exported); columns > 0)
+    return static_cast<std::size_t>(columns);
+  const std::size_t columns = ConsoleColumns();
+  return columns == 0 ? std::string_view::npos : columns;
+}
+
+void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_view indent) {
+  std::vector<std::size_t> widths;
+  for (const Row& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t i = 0; i < row.size(); ++i)
+      widths[i] = std::max(widths[i], DisplayWidth(OneLine(row[i])));
+  }
+  const std::size_t width = TerminalWidth();
+  const std::size_t taken = indent.size() + kGap * (widths.size() - 1);
+  if (Fit(widths, width - std::min(width, taken)))
+    PrintColumns(out, rows, indent, widths);
+  else
+    PrintRecords(out, rows, indent, width);
+}
+
+}  // namespace app

@@ -1,0 +1,82 @@
+#include "app/text/text_file.h"
+
+#include <iostream>
+#include <stdexcept>
+#include <utility>
+
+#include "app/text/input_file.h"
+#include "app/text/usage_error.h"
+#include "platform/utf.h"
+
+namespace app {
+namespace {
+
+std::optional<std::wstring> IfSound(std::wstring text, bool isSound) {
+  if (!isSound || text.find(L'\0') != text.npos) return std::nullopt;
+  return text;
+}
+
+/// The codecs replace what is ill-formed, so that it does not survive the way there and back.
+std::optional<std::wstring> FromUtf8(std::string_view bytes) {
+  std::wstring text = platform::FromUtf8(bytes);
+  const bool isSound = platform::ToUtf8(text) == bytes;
+  return IfSound(std::move(text), isSound);
+}
+
+std::optional<std::wstring> FromUtf16Le(std::string_view bytes) {
+  std::wstring text = platform::FromUtf16LeBytes(bytes);
+  const bool isSound = bytes.size() % 2 == 0 && platform::FromUtf8(platform::ToUtf8(text)) == text;
+  return IfSound(std::move(text), isSound);
+}
+
+std::optional<std::wstring> FromUtf16Be(std::string_view bytes) {
+  std::string swapped(bytes);
+  for (std::size_t i = 1; i < swapped.size(); i += 2) std::swap(swapped[i - 1], swapped[i]);
+  return FromUtf16Le(swapped);
+}
+
+constexpr char kStandardInput[] = "-";
+
+std::string ReadStandardInput() {
+  std::string bytes;
+  char block[0x10000];
+  do {
+    std::cin.read(block, sizeof block);
+    bytes.append(block, static_cast<std::size_t>(std::cin.gcount()));
+    RequireSize(bytes.size(), kGreatestPolicy);
+  } while (std::cin);
+  return bytes;
+}
+
+std::string Read(const std::string& file) try {
+  if (file == kStandardInput) return ReadStandardInput();
+  auto bytes = ReadInput(std::u8string(file.begin(), file.end()), kGreatestPolicy);
+  if (!bytes) throw std::runtime_error("no such file");
+  return std::move(*bytes);
+} catch (const std::runtime_error& error) {
+  throw UsageError(NameOf(file) + ": " + error.what());
+}
+
+}  // namespace
+
+std::optional<std::wstring> DecodeText(std::string_view bytes) {
+  if (bytes.starts_with("\xEF\xBB\xBF")) return FromUtf8(bytes.substr(3));
+  if (bytes.starts_with("\xFF\xFE")) return FromUtf16Le(bytes.substr(2));
+  if (bytes.starts_with("\xFE\xFF")) return FromUtf16Be(bytes.substr(2));
+  if (bytes.size() >= 2 && bytes[0] != 0 && bytes[1] == 0) return FromUtf16Le(bytes);
+  if (bytes.size() >= 2 && bytes[0] == 0 && bytes[1] != 0) return FromUtf16Be(bytes);
+  return FromUtf8(bytes);
+}
+
+std::wstring ReadTextFile(const std::string& file) {
+  auto text = DecodeText(Read(file));
+  if (!text) throw UsageError(NameOf(file) + ": neither UTF-8 nor UTF-16 text");
+  if (text->empty()) throw UsageError(NameOf(file) + ": the file is empty");
+  return std::move(*text);
+}
+
+std::string NameOf(const std::string& file) {
+  return file == kStandardInput ? "standard input" : file;
+}
+
+}  // namespace app

@@ -1,0 +1,62 @@
+#include "app/text/wording.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+
+#include "app/text/table.h"
+
+namespace app {
+namespace {
+
+constexpr char kSpace[] = " \t\r\n";
+
+}  // namespace
+
+bool IsBlank(const std::string& text) {
+  return text.find_first_not_of(kSpace) == std::string::npos;
+}
+
+std::string Trimmed(const std::string& text) {
+  if (IsBlank(text)) return "";
+  const std::size_t first = text.find_first_not_of(kSpace);
+  return text.substr(first, text.find_last_not_of(kSpace) - first + 1);
+}
+
+std::string Quoted(const std::string& text) {
+  return "'" + OneLine(text, kTextWidth) + "'";
+}
+
+std::string NumberOrQuoted(const std::string& text) {
+  return NumberOf(Trimmed(text)) ? Trimmed(text) : Quoted(text);
+}
+
+std::string Listed(const std::vector<long>& lines) {
+  constexpr std::size_t kMost = 8;
+  std::string text;
+  for (std::size_t i = 0; i < lines.size() && i < kMost; ++i)
+    text += (i == 0 ? "" : ", ") + std::to_string(lines[i]);
+  return lines.size() > kMost ? text + ", ..." : text;
+}
+
+std::string Counted(std::size_t count, const std::string& one, const std::string& many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::optional<double> NumberOf(const std::string& text) {
+  const char* first = text.data();
+  const char* const last = first + text.size();
+  if (text.starts_with("0x") || text.starts_with("0X")) {
+    std::uint64_t number = 0;
+    const auto [stop, error] = std::from_chars(first + 2, last, number, 16);
+    if (error != std::errc() || stop != last) return std::nullopt;
+    return static_cast<double>(number);
+  }
+  if (text.starts_with('+') && !text.starts_with("+-")) ++first;
+  double number = 0;
+  const auto [stop, error] = std::from_chars(first, last, number);
+  if (error != std::errc() || stop != last || !std::isfinite(number)) return std::nullopt;
+  return number;
+}
+
+}  // namespace app

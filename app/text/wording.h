@@ -1,0 +1,34 @@
+#pragma once
+
+// Texts and numbers in words.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace app {
+
+/// Where a text in a line is cut.
+inline constexpr std::size_t kTextWidth = 40;
+
+/// Nothing but what XML takes as white space.
+bool IsBlank(const std::string& text);
+/// Without the white space at its ends.
+std::string Trimmed(const std::string& text);
+
+/// 'text', in one line and not longer than some.
+std::string Quoted(const std::string& text);
+/// A number as it is written, anything else in quotes.
+std::string NumberOrQuoted(const std::string& text);
+
+/// "1 entry", "2 entries".
+std::string Counted(std::size_t count, const std::string& one, const std::string& many);
+
+/// Returns the number that a person wrote: decimal, or hexadecimal behind 0x; nothing for any other
+/// text.
+std::optional<double> NumberOf(const std::string& text);
+
+/// "3, 14", and no more than some of them.
+std::string Listed(const std::vector<long>& lines);
+
+}  // namespace app
