@@ -72,18 +72,14 @@ if(NOT WIN32)
   install(FILES ${links}/lib${PROJECT_NAME}.so DESTINATION ${SIGIL_PRIVATE_DIR})
   install(FILES ${links}/sigilctl DESTINATION ${CMAKE_INSTALL_BINDIR})
 
-  # The program prints them itself, from the definitions of its commands.
-  set(manual ${PROJECT_BINARY_DIR}/sigilctl.1)
-  set(completion ${PROJECT_BINARY_DIR}/completion/sigilctl)
-  file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/completion)
-  add_custom_command(OUTPUT ${manual}.gz ${completion} DEPENDS sigilctl
-                     COMMAND sigilctl print-manual > ${manual}
-                     COMMAND gzip -9nkf ${manual}
-                     COMMAND sigilctl print-completion > ${completion})
-  add_custom_target(sigilctl_pages ALL DEPENDS ${manual}.gz ${completion})
-  install(FILES ${manual}.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  set(manual ${PROJECT_BINARY_DIR}/sigilctl.1.gz)
+  add_custom_command(OUTPUT ${manual} DEPENDS app/sigilctl.1
+                     COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/app/sigilctl.1 > ${manual})
+  add_custom_target(sigilctl_manual ALL DEPENDS ${manual})
+  install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(FILES docs/policy.md docs/machine.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-  install(FILES ${completion} DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES app/sigilctl.bash RENAME sigilctl
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
   set(folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
   file(RELATIVE_PATH SIGIL_PREFIX_FROM_HERE /${folder} /)

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "component/entry_point.h"
+#include "component/names.h"
 #include "logging/log.h"
 #include "platform/file.h"
 #include "platform/owner.h"
@@ -66,7 +67,7 @@ HMODULE LoadComponent() {
   const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
   if (length == 0 || length >= MAX_PATH) return nullptr;
   PathRemoveFileSpecW(path);
-  PathAppendW(path, Sigil::kComponentFile);
+  PathAppendW(path, kComponentFile);
   const HMODULE module = LoadLibraryW(path);
   return IsLoaded(module) ? module : nullptr;
 }
@@ -83,7 +84,7 @@ OperationSigilSettings::OperationSigilSettings() {
   if (module == nullptr) return;
   m_pComponent->hModule = CModule(module);
   m_pComponent->pfnCreateInstance =
-      EntryPoint<Sigil::CreateInstanceFunction>(module, Sigil::kCreateInstanceName);
+      EntryPoint<Sigil::CreateInstanceFunction>(module, kCreateInstanceName);
   m_pComponent->pfnMergeUserStoreWatermarks =
       EntryPoint<Entry>(module, "SigilMergeUserStoreWatermarks");
   m_pComponent->pfnGetVersionDate = EntryPoint<Entry>(module, "SigilGetVersionDate");

@@ -1,11 +1,11 @@
 #include "component/setting_mutex.h"
 
+#include "component/names.h"
 #include "logging/log.h"
 #include "platform/synch.h"
 
 namespace {
 
-constexpr wchar_t kName[] = L"Global\\MIMOSA_HLE_SIGIL_SETTING";
 constexpr DWORD kTimeoutMilliseconds = 180000;
 
 constexpr wchar_t kGetMutex[] = L"GetMutex_SigilSetting";
@@ -19,7 +19,7 @@ constexpr LogMessage kAcquired = {2, 100909, kGetMutex, L"Sigil設定ファイ�
 }  // namespace
 
 HANDLE GetMutex_SigilSetting(SECURITY_ATTRIBUTES* attributes) {
-  const HANDLE mutex = CreateMutexW(attributes, FALSE, kName);
+  const HANDLE mutex = CreateMutexW(attributes, FALSE, kSettingMutexName);
   if (mutex == nullptr) {
     Log(kNotCreated);
     return nullptr;

@@ -152,8 +152,6 @@ struct String : Object {
 /// The component's entry point: creates the object of the two identities. 0 is success, everything
 /// else a failure.
 using CreateInstanceFunction = std::int32_t (*)(const GUID* first, const GUID* second, void** out);
-constexpr char kCreateInstanceName[] = "SigilCreateInstance";
-constexpr wchar_t kComponentFile[] = L"SigilUtil_x86.dll";
 
 constexpr GUID kSettingsFirstIdentity = {
     0x939D0FE0, 0x3386, 0x466D, {0xA1, 0x45, 0xE3, 0x07, 0xA9, 0xAA, 0x5D, 0xC9}};

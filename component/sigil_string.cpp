@@ -1,6 +1,7 @@
 #include "component/sigil_string.h"
 
 #include "component/entry_point.h"
+#include "component/names.h"
 
 namespace Sigil {
 

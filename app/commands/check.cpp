@@ -4,7 +4,7 @@
 #include <iostream>
 #include <set>
 
-#include "app/machine/findings.h"
+#include "app/machine/state.h"
 #include "app/pass/result.h"
 #include "app/rehearsal/review.h"
 #include "app/text/json.h"
@@ -136,10 +136,10 @@ void PrintAsJson(const std::string& file, const Review& review) {
 
 }  // namespace
 
-int Check(const Values& values) {
-  const std::string file = NameOf(values.Text("FILE"));
-  const Review review = ReviewFile(values.Text("FILE"), values.Number("--policy-id", 1));
-  if (values.Has("--json"))
+int Check(const CheckOptions& options) {
+  const std::string file = NameOf(options.file);
+  const Review review = ReviewFile(options.file, options.policyId);
+  if (options.isJson)
     PrintAsJson(file, review);
   else
     Print(file, review);

@@ -2,8 +2,35 @@
 
 namespace app {
 
-Action OnLinux(const std::string& /*name*/) {
-  return nullptr;
+namespace {
+
+constexpr char kStandIn[] = "needs the stand-in component, which is on Linux alone";
+constexpr char kLinux[] = "works on Linux alone";
+
+}  // namespace
+
+const char kFooter[] =
+    "Exit status:\n"
+    "  0  the work is done\n"
+    "  1  an export or the machine failed, or nothing was saved\n"
+    "  2  a wrong argument or a file that will not do; nothing has been changed\n"
+    "\n"
+    "No policy is rehearsed on Windows: update refuses what is no policy or would\n"
+    "empty every entry, and applies the rest; with --force that too.\n";
+
+void AddCommands(CommandLine& line) {
+  AddUpdate(line);
+  AddSwitches(line);
+  AddDoctor(line);
+  line.AddMissing("init", "Lays out a sample machine with a sample policy", kLinux);
+  line.AddMissing("check", "Tells what becomes of a policy on this machine", kStandIn);
+  line.AddMissing("diff", "Tells in what two policies differ, as stored", kStandIn);
+  line.AddMissing("preview", "Draws the page with its watermarks as a picture", kStandIn);
+  line.AddMissing("show", "Shows what the setting file holds", kStandIn);
+  line.AddMissing("log", "Prints the log file", kLinux);
+  line.AddMissing("seal", "Makes the delivered policy file of a policy", kStandIn);
+  line.AddMissing("unseal", "Gives the text of a delivered policy file back", kLinux);
+  line.AddMissing("serve", "Runs the control service and prints its events", kLinux);
 }
 
 }  // namespace app

@@ -87,10 +87,9 @@ void AddSwitches(const Side& left, const Side& right, std::vector<Row>& rows) {
 
 }  // namespace
 
-int Diff(const Values& values) {
-  const int policyId = values.Number("--policy-id", 1);
-  const Side left = Rehearsed(values.Text("A"), policyId);
-  const Side right = Rehearsed(values.Text("B"), policyId);
+int Diff(const DiffOptions& options) {
+  const Side left = Rehearsed(options.first, options.policyId);
+  const Side right = Rehearsed(options.second, options.policyId);
   std::vector<Row> rows = {
       {"Element", "Field", OneLine(left.file, kFileWidth), OneLine(right.file, kFileWidth)}};
   for (const ElementKey& key : Select(left, right, false))

@@ -1,18 +1,28 @@
 #include <stdlib.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <iostream>
+#include <memory>
 #include <system_error>
 
-#include "app/commands/init.h"
+#include "app/commands/commands.h"
 #include "app/machine/sample.h"
 #include "app/text/usage_error.h"
 #include "platform/posix/machine/machine_file.h"
 #include "platform/posix/machine/whole_file.h"
+#include "platform/visible_text.h"
 
 namespace app {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr char kClientIni[] =
+    "[Setting]\r\nEMSDir=C:\\ProgramData\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\EMS\r\n";
+// 32 bytes: every digit of the digest goes into the key.
+constexpr char kKeySource[] = "sample key source of a test host";
+constexpr char kSystemSetting[] = "63,1\r\n500,0\r\n";
 
 /// The folder is made, or is there, empty and the caller's own. Nobody else may have laid it out.
 void TakeRoom(const fs::path& root) {
@@ -35,20 +45,33 @@ void Write(const fs::path& file, std::string bytes) {
   platform::ChangeWholeFile(file, [&](const auto&) { return bytes; });
 }
 
-}  // namespace
-
+/// Lays out the machine and its client in `folder`, and a policy beside them. Throws UsageError
+/// when the folder is there, unless it is empty and the caller's own.
 void LayOutMachine(const fs::path& folder) {
   if (folder.empty()) throw UsageError("init: a folder, not an empty text");
   const fs::path root = fs::absolute(folder / "").parent_path();
   TakeRoom(root);
   setenv("SIGIL_ROOT", root.c_str(), 1);  // from here on it is the machine
   const fs::path client = root / "C/ProgramData/KBR-LTD/QuietMIMOSA/HarborLedge";
-  Write(client / "config/Client.ini", sample::kClientIni);
-  Write(client / "config/data.dat", sample::kKeySource);
-  Write(client / "EMS/SystemSetting.csv", sample::kSystemSetting);
+  Write(client / "config/Client.ini", kClientIni);
+  Write(client / "config/data.dat", kKeySource);
+  Write(client / "EMS/SystemSetting.csv", kSystemSetting);
   platform::OpenFolder(root / "C/Users/tanaka/AppData/LocalLow", platform::Missing::kIsMade);
   Write(root / "policy.xml", sample::kPolicy);
   Write(root / "machine.ini", sample::kMachine);
+}
+
+}  // namespace
+
+void AddInit(CommandLine& line) {
+  const auto folder = std::make_shared<std::string>();
+  CLI::App& command =
+      line.AddWithoutMachine("init", "Lays out a sample machine with a sample policy", [folder] {
+        LayOutMachine(*folder);
+        std::cout << "init: the sample machine is in " << platform::Visible(*folder) << "\n";
+        return 0;
+      });
+  command.add_option("ROOT", *folder, "Its folder, new or empty")->type_name("")->required();
 }
 
 }  // namespace app

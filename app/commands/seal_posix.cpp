@@ -1,8 +1,9 @@
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 
-#include "app/commands/seal.h"
+#include "app/commands/commands.h"
 #include "app/machine/client.h"
 #include "app/machine/output_file.h"
 #include "app/machine/policy_file.h"
@@ -25,7 +26,7 @@ void RequireKey() {
 }
 
 std::string SealedText(const std::wstring& text, const std::string& file) {
-  std::string sealed = Seal(platform::ToUtf8(text));
+  std::string sealed = SealText(platform::ToUtf8(text));
   try {
     RequireSize(sealed.size(), kGreatestSealedPolicy);
   } catch (const std::runtime_error& error) {
@@ -48,25 +49,47 @@ void Tell(std::size_t size, const std::string& place) {
   std::cout << "seal: " << size << " bytes in " << platform::Visible(place) << ".\n";
 }
 
-}  // namespace
+struct Options {
+  std::string file;
+  std::string output;  ///< Empty: WmPolicy.dat in the machine's delivery folder.
+  int policyId = 1;    ///< The policy that will be applied.
+  bool isForced = false;
+};
 
-void SealPolicy(const std::string& file, const std::string& output, int policyId, bool isForced) {
-  const std::wstring text = ReadTextFile(file);
+/// Makes a policy file of the policy text, under the machine's key. Throws UsageError when the text
+/// or the key will not do, and unless forced for a policy that a rehearsal finds unfit.
+int Seal(const Options& options) {
+  const std::wstring text = ReadTextFile(options.file);
+  const std::string name = NameOf(options.file);
   RequireKey();
-  const std::string sealed = SealedText(text, NameOf(file));
-  const Verdict verdict = RefuseOrTell(text, NameOf(file), policyId, Use::kDelivery, isForced);
-  if (output.empty()) {
+  const std::string sealed = SealedText(text, name);
+  const Verdict verdict =
+      RefuseOrTell(text, name, options.policyId, Use::kDelivery, options.isForced);
+  if (options.output.empty()) {
     const DeliveryFolder delivery = FindDeliveryFolder();
     WriteOutput(platform::HostPath(delivery.PolicyFile()), sealed);
     Tell(sealed.size(), platform::ToUtf8(delivery.PolicyFile()) + " (" + delivery.origin + ")");
   } else {
-    WriteOutput(output, sealed);
-    Tell(sealed.size(), output);
+    WriteOutput(options.output, sealed);
+    Tell(sealed.size(), options.output);
   }
   for (const std::string& line : verdict.lines)
     std::cout << "  " << platform::Visible(line) << "\n";
-  if (const std::string other = OtherScope(text, policyId); !other.empty())
-    std::cerr << "sigilctl: warning: " << NameOf(file) << ": " << other << ".\n";
+  if (const std::string other = OtherScope(text, options.policyId); !other.empty())
+    std::cerr << "sigilctl: warning: " << name << ": " << other << ".\n";
+  return 0;
+}
+
+}  // namespace
+
+void AddSeal(CommandLine& line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App& command = line.Add("seal", "Makes the delivered policy file of a policy",
+                               [options] { return Seal(*options); });
+  AddPolicyFile(command, options->file);
+  AddOutput(command, options->output, "FILE", "Another place for it");
+  AddPolicyId(command, options->policyId);
+  AddForce(command, options->isForced);
 }
 
 }  // namespace app

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <thread>
 
-#include "app/commands/serve.h"
+#include "app/commands/commands.h"
 #include "peers/control_service/control_service.h"
 #include "platform/utf.h"
 #include "platform/visible_text.h"
@@ -59,14 +59,19 @@ void Print(const peers::PipeEvent& event) {
             << std::endl;
 }
 
-}  // namespace
-
-void Serve() {
+int Serve() {
   const SignalStop stop;  // before the pipe, so that no signal leaves it behind
   peers::ControlService service;
   std::cout << "The control service listens; SIGINT or SIGTERM stops it." << std::endl;
   service.Serve(Print, stop.Token());
   std::cout << "The control service has stopped." << std::endl;
+  return 0;
+}
+
+}  // namespace
+
+void AddServe(CommandLine& line) {
+  line.Add("serve", "Runs the control service and prints its events", Serve);
 }
 
 }  // namespace app

@@ -1,63 +1,254 @@
 #include <algorithm>
-#include <ostream>
-#include <stdexcept>
-#include <system_error>
+#include <cstdio>
+#include <iostream>
+#include <map>
+#include <memory>
 
-#include "app/commands/show.h"
+#include "app/commands/commands.h"
+#include "app/machine/position.h"
 #include "app/machine/settings.h"
+#include "app/rehearsal/fields.h"
+#include "app/text/json.h"
 #include "app/text/table.h"
 #include "app/text/usage_error.h"
-#include "platform/posix/machine/machine.h"
-#include "platform/utf.h"
 
 namespace app {
 namespace {
 
-bool IsExcluded(const peers::SettingFileContent& content, const std::string& printer) {
-  const auto isOn = [&](const std::vector<peers::ExcludeRecord>& list) {
-    return std::ranges::find(list, printer, &peers::ExcludeRecord::name) != list.end();
-  };
-  return isOn(content.excluded) || isOn(content.secondExcluded);
+constexpr std::size_t kNameWidth = 24;
+constexpr std::size_t kTextWidth = 36;
+
+std::string OnOff(bool on) {
+  return on ? "on" : "off";
 }
 
-bool IsPrinter(const std::string& name) {
-  const auto printers = platform::LoadMachine().printers;
-  return std::ranges::any_of(printers,
-                             [&](const auto& each) { return platform::ToUtf8(each.name) == name; });
+std::string Number(double number) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", number);
+  return text;
 }
+
+std::string Color(std::int32_t color) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%06X", static_cast<unsigned>(color));
+  return text;
+}
+
+std::string Style(const peers::WatermarkRecord& mark) {
+  std::string style;
+  const auto add = [&style](bool isSet, const char* word) {
+    if (isSet) style += (style.empty() ? "" : " ") + std::string(word);
+  };
+  add(mark.bold, "bold");
+  add(mark.italic, "italic");
+  add(mark.underLine, "underlined");
+  add(mark.fit, "fitted");
+  return style;
+}
+
+std::string Repeat(const peers::WatermarkRecord& mark) {
+  if (!mark.repeatFirstAxis && !mark.repeatSecondAxis) return "";
+  const std::string axes = mark.repeatFirstAxis && mark.repeatSecondAxis ? "both axes"
+                           : mark.repeatFirstAxis                        ? "first axis"
+                                                                         : "second axis";
+  return axes + " " + std::to_string(mark.repeatHSpace) + ", " + std::to_string(mark.repeatVSpace);
+}
+
+std::string Active(const peers::ActiveRecord& setting, const peers::EntryRecord& entry) {
+  return std::to_string(CountActive(setting, entry)) + " of " +
+         std::to_string(entry.watermarks.size());
+}
+
+void ShowLists(const peers::SettingFileContent& content) {
+  std::cout << "Content log: " << OnOff(content.contentLog) << "\n";
+  const auto list = [](const char* title, const std::vector<std::string>& names) {
+    std::cout << title << (names.empty() ? ": none\n" : ":\n");
+    for (const std::string& name : names) std::cout << "  " << OneLine(name) << "\n";
+  };
+  const auto namesOf = [](const std::vector<peers::ExcludeRecord>& records) {
+    std::vector<std::string> names;
+    for (const peers::ExcludeRecord& record : records) names.push_back(record.name);
+    return names;
+  };
+  list("Exclude list", namesOf(content.excluded));
+  if (!content.secondExcluded.empty()) list("Second exclude list", namesOf(content.secondExcluded));
+  if (!content.drivers.empty()) list("Drivers with settings of their own", content.drivers);
+}
+
+void ShowEntries(const std::vector<const peers::EntryRecord*>& entries) {
+  std::vector<Row> rows = {{"Entry", "Setting", "Switch", "Active watermarks"}};
+  for (const peers::EntryRecord* entry : entries) {
+    const peers::ActiveRecord& last = entry->lastSetting;
+    rows.push_back({NameOf(*entry), "last", OnOff(last.enabled), Active(last, *entry)});
+    for (const peers::ActiveRecord& custom : entry->customSettings)
+      rows.push_back({"", "custom " + OneLine(custom.name, kNameWidth), OnOff(custom.enabled),
+                      Active(custom, *entry)});
+  }
+  std::cout << "Entries, of which the last setting is in effect:\n";
+  PrintTable(std::cout, rows);
+}
+
+using Group = std::vector<const peers::EntryRecord*>;
+
+/// Those that hold the same watermarks, but for their IDs, in the order of their first ones.
+std::vector<Group> Grouped(const Group& entries) {
+  std::vector<Group> groups;
+  std::map<std::vector<peers::WatermarkRecord>, std::size_t> places;
+  for (const peers::EntryRecord* entry : entries) {
+    std::vector<peers::WatermarkRecord> watermarks = entry->watermarks;
+    for (peers::WatermarkRecord& mark : watermarks) mark.id.clear();
+    const auto [place, isNew] = places.emplace(std::move(watermarks), groups.size());
+    if (isNew) groups.emplace_back();
+    groups[place->second].push_back(entry);
+  }
+  return groups;
+}
+
+std::string NamesOf(const Group& group) {
+  constexpr std::size_t kGreatestList = 8;
+  std::vector<std::string> names;
+  for (const peers::EntryRecord* entry : group) names.push_back(OneLine(NameOf(*entry)));
+  return NamesInARow(names, kGreatestList);
+}
+
+void ShowWatermarks(const Group& group) {
+  const std::vector<peers::WatermarkRecord>& watermarks = group[0]->watermarks;
+  std::cout << "\nWatermarks of " << NamesOf(group) << (watermarks.empty() ? ": none\n" : ":\n");
+  if (watermarks.empty()) return;
+  std::vector<Row> rows = {{"Name", "Text", "Font", "Size", "Color", "Style", "Opacity", "Rotate",
+                            "Position", "Offset", "Repeat"}};
+  for (const peers::WatermarkRecord& mark : watermarks)
+    rows.push_back({OneLine(mark.name, kNameWidth), OneLine(mark.text, kTextWidth),
+                    OneLine(mark.fontName, kNameWidth), Number(mark.fontSize), Color(mark.color),
+                    Style(mark), std::to_string(mark.opacity), std::to_string(mark.rotate),
+                    PositionText(mark.printPos), Number(mark.xOffset) + ", " + Number(mark.yOffset),
+                    Repeat(mark)});
+  PrintTable(std::cout, rows);
+}
+
+void ShowTables(const peers::SettingFileContent& content, bool isBrief) {
+  ShowLists(content);
+  Group entries;
+  for (const peers::EntryRecord& entry : content.entries) entries.push_back(&entry);
+  if (entries.empty()) {
+    std::cout << "Entries: none\n";
+    return;
+  }
+  ShowEntries(entries);
+  for (const std::string& line : IdleEntries(content.entries)) std::cout << line << "\n";
+  if (isBrief) return;
+  for (const Group& group : Grouped(entries)) ShowWatermarks(group);
+}
+
+void ShowEntry(const peers::EntryRecord& entry, bool isBrief) {
+  ShowEntries({&entry});
+  for (const std::string& line : IdleEntries({entry})) std::cout << line << "\n";
+  if (!isBrief) ShowWatermarks({&entry});
+}
+
+// --- JSON
+
+/// The watermarks that a setting lists: by their IDs, or by their names, null where one is gone.
+Json ListedMarks(const peers::ActiveRecord& setting, const peers::EntryRecord& entry, bool hasIds) {
+  if (hasIds) return setting.watermarks;
+  Json names = Json::array();
+  for (const std::string& id : setting.watermarks) {
+    const auto mark = std::ranges::find(entry.watermarks, id, &peers::WatermarkRecord::id);
+    names.push_back(mark == entry.watermarks.end() ? Json() : Json(mark->name));
+  }
+  return names;
+}
+
+Json ToJson(const peers::ActiveRecord& setting, const peers::EntryRecord& entry, bool hasIds) {
+  return {{"name", setting.name},
+          {"enabled", setting.enabled},
+          {"watermarks", ListedMarks(setting, entry, hasIds)}};
+}
+
+Json ToJson(const peers::WatermarkRecord& mark, bool hasId) {
+  Json json = hasId ? Json{{"id", mark.id}} : Json::object();
+  json.update(JsonOf(mark));
+  return json;
+}
+
+Json ToJson(const peers::EntryRecord& entry, bool hasIds) {
+  Json customSettings = Json::array();
+  for (const peers::ActiveRecord& custom : entry.customSettings)
+    customSettings.push_back(ToJson(custom, entry, hasIds));
+  Json watermarks = Json::array();
+  for (const peers::WatermarkRecord& mark : entry.watermarks)
+    watermarks.push_back(ToJson(mark, hasIds));
+  return {{"printer", entry.printer},
+          {"lastSetting", ToJson(entry.lastSetting, entry, hasIds)},
+          {"customSettings", customSettings},
+          {"watermarks", watermarks}};
+}
+
+/// One JSON object: `contentLog`, `excluded` (names) and `entries`, each with `printer`,
+/// `lastSetting`, `customSettings` and `watermarks`.
+void ShowJson(const peers::SettingFileContent& content, bool hasIds) {
+  Json excluded = Json::array();
+  for (const peers::ExcludeRecord& printer : content.excluded) excluded.push_back(printer.name);
+  Json entries = Json::array();
+  for (const peers::EntryRecord& entry : content.entries) entries.push_back(ToJson(entry, hasIds));
+  PrintJson(std::cout,
+            {{"contentLog", content.contentLog}, {"excluded", excluded}, {"entries", entries}});
+}
+
+// --- One printer
+
+struct Options {
+  bool isJson = false;
+  bool isBrief = false;  ///< Without the watermarks.
+  bool noIds = false;    ///< JSON without GUIDs: a setting lists its watermarks by name.
+  std::string printer;   ///< One entry alone, by its printer; empty: all.
+};
 
 void KeepOnly(peers::SettingFileContent& content, const std::string& printer) {
   std::erase_if(content.entries, [&](const auto& each) { return each.printer != printer; });
   std::erase_if(content.excluded, [&](const auto& each) { return each.name != printer; });
 }
 
-void ShowPrinter(std::ostream& out, const peers::SettingFileContent& content,
-                 const ShowOptions& options) {
+void ShowPrinter(const peers::SettingFileContent& content, const Options& options) {
   const auto entry =
       std::ranges::find(content.entries, options.printer, &peers::EntryRecord::printer);
   const bool isExcluded = IsExcluded(content, options.printer);
   const bool hasEntry = entry != content.entries.end();
   if (!hasEntry && !isExcluded && !IsPrinter(options.printer))
     throw UsageError("--printer: there is no printer '" + options.printer + "'");
-  if (isExcluded) out << OneLine(options.printer) << " is on the exclude list.\n";
+  if (isExcluded) std::cout << OneLine(options.printer) << " is on the exclude list.\n";
   if (hasEntry)
-    ShowEntry(out, *entry, options.brief);
+    ShowEntry(*entry, options.isBrief);
   else if (!isExcluded)
-    out << OneLine(options.printer) << " has no entry of its own: it goes by the default entry.\n";
+    std::cout << OneLine(options.printer)
+              << " has no entry of its own: it goes by the default entry.\n";
+}
+
+/// Throws UsageError for a printer of which the setting file and the machine know nothing.
+int Show(const Options& options) {
+  peers::SettingFileContent content = ReadSettings();
+  if (options.isJson) {
+    if (!options.printer.empty()) KeepOnly(content, options.printer);
+    ShowJson(content, !options.noIds);
+  } else if (!options.printer.empty()) {
+    ShowPrinter(content, options);
+  } else {
+    ShowTables(content, options.isBrief);
+  }
+  return 0;
 }
 
 }  // namespace
 
-void Show(std::ostream& out, const ShowOptions& options) {
-  peers::SettingFileContent content = ReadSettings();
-  if (options.json) {
-    if (!options.printer.empty()) KeepOnly(content, options.printer);
-    ShowJson(out, content, !options.noIds);
-  } else if (!options.printer.empty()) {
-    ShowPrinter(out, content, options);
-  } else {
-    ShowTables(out, content, options.brief);
-  }
+void AddShow(CommandLine& line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.Add("show", "Shows what the setting file holds", [options] { return Show(*options); });
+  AddJson(command, options->isJson);
+  command.add_flag("--no-ids", options->noIds, "JSON without IDs, for comparing")->needs("--json");
+  command.add_flag("--brief", options->isBrief, "Without the watermarks");
+  command.add_option("--printer", options->printer, "One entry alone (*: the default entry)")
+      ->type_name("NAME");
 }
 
 }  // namespace app

@@ -1,7 +1,11 @@
-#include "app/commands/switches.h"
+// The commands that are one export each: they switch the watermarks, the exclude list and the
+// content log. Each gives 0 when its work is done and saved, else 1.
 
-#include "app/machine/findings.h"
+#include <memory>
+
+#include "app/commands/commands.h"
 #include "app/machine/setting_state.h"
+#include "app/machine/state.h"
 #include "app/pass/result.h"
 #include "app/pass/told.h"
 #include "app/text/wording.h"
@@ -23,8 +27,6 @@ int Switch(const char* command, const char* done, const ExportCall& call) {
   const Outcome outcome = Call(call);
   return Report(outcome, Switched(command, done, outcome));
 }
-
-}  // namespace
 
 int Set() {
   const Outcome outcome = Call([](const Exports& exports) { return exports.set(); });
@@ -57,6 +59,23 @@ int SwitchContentLog(bool on) {
       Call([on](const Exports& exports) { return exports.setUseContentLog(on); });
   return Report(outcome, {.command = "content-log",
                           .done = on ? "The content log is on." : "The content log is off."});
+}
+
+}  // namespace
+
+void AddSwitches(CommandLine& line) {
+  line.Add("set", "Switches the watermarks on, as the delivered policy's scope says", Set);
+  line.Add("release", "Switches the watermarks off", Release);
+  line.Add("release-for-service", "Switches off and deletes the watermarks until the next update",
+           ReleaseForService);
+  line.Add("exclude", "Rebuilds the exclude list from the printers that exist now", Exclude);
+  const auto state = std::make_shared<std::string>();
+  line.Add("content-log", "Switches the print-content log callback",
+           [state] { return SwitchContentLog(*state == "on"); })
+      .add_option("STATE", *state, "What it becomes: on or off")
+      ->type_name("")
+      ->required()
+      ->check(OneOf({"on", "off"}));
 }
 
 }  // namespace app

@@ -2,10 +2,11 @@
 
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 
-#include "app/commands/unseal.h"
+#include "app/commands/commands.h"
 #include "app/machine/client.h"
 #include "app/machine/output_file.h"
 #include "app/machine/policy_file.h"
@@ -38,9 +39,11 @@ void PrintVisible(const std::string& text) {
   }
 }
 
-}  // namespace
-
-void UnsealPolicy(const std::string& file, const std::string& output) {
+/// Gives the policy text of a sealed file back, under the machine's key: of `file`, or of the
+/// delivered one where that is empty; to the file `output`, or to standard output where that is
+/// empty. At a terminal controls are made visible. Throws UsageError when no text comes of the
+/// file.
+int UnsealPolicy(const std::string& file, const std::string& output) {
   const std::wstring path = file.empty()
                                 ? FindDeliveryFolder().PolicyFile()
                                 : platform::FromUtf8(std::filesystem::absolute(file).string());
@@ -60,6 +63,21 @@ void UnsealPolicy(const std::string& file, const std::string& output) {
   if (!policy.refusal.empty())
     std::cerr << "sigilctl: warning: the passes refuse this policy: "
               << platform::Visible(policy.refusal) << "\n";
+  return 0;
+}
+
+}  // namespace
+
+void AddUnseal(CommandLine& line) {
+  struct Options {
+    std::string file;
+    std::string output;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App& command = line.Add("unseal", "Gives the text of a delivered policy file back",
+                               [options] { return UnsealPolicy(options->file, options->output); });
+  command.add_option("FILE", options->file, "The sealed file (the delivered one)")->type_name("");
+  AddOutput(command, options->output, "FILE", "A file for the text");
 }
 
 }  // namespace app

@@ -1,9 +1,9 @@
-#include "app/commands/update.h"
-
+#include <memory>
 #include <set>
 
-#include "app/machine/findings.h"
+#include "app/commands/commands.h"
 #include "app/machine/setting_state.h"
+#include "app/machine/state.h"
 #include "app/pass/result.h"
 #include "app/pass/told.h"
 #include "app/rehearsal/refusal.h"
@@ -30,16 +30,21 @@ std::string Numbers(const WorkDone& done, std::size_t elements) {
   return std::to_string(each) + " of " + Counted(elements, "element", "elements") + on;
 }
 
-}  // namespace
+struct Options {
+  std::string file;
+  int policyId = 1;
+  bool resetName = false;
+  bool isForced = false;
+};
 
-int Update(const Values& values) {
-  const int policyId = values.Number("--policy-id", 1);
-  const bool resetName = values.Has("--reset-name");
-  const std::wstring text = ReadTextFile(values.Text("FILE"));
-  const Verdict verdict = RefuseOrTell(text, NameOf(values.Text("FILE")), policyId, Use::kUpdate,
-                                       values.Has("--force"), resetName);
+/// Rehearses the policy and applies it. Returns 1 when it is not applied or not saved. Throws
+/// UsageError for a policy that is refused.
+int Update(const Options& options) {
+  const std::wstring text = ReadTextFile(options.file);
+  const Verdict verdict = RefuseOrTell(text, NameOf(options.file), options.policyId, Use::kUpdate,
+                                       options.isForced, options.resetName);
   const auto before = WatermarkIds();
-  const Outcome outcome = Call(UpdateCall(text, policyId, resetName));
+  const Outcome outcome = Call(UpdateCall(text, options.policyId, options.resetName));
   const WorkDone done = WorkDoneIn(outcome);
   Work work{.command = "update",
             .done = "The policy is applied.",
@@ -51,6 +56,18 @@ int Update(const Values& values) {
   const auto after = done.marks > 0 ? WatermarkIds() : std::nullopt;
   if (before && after && IsUntouched(*before, *after)) work.unsaved = WhyUnsaved();
   return Report(outcome, work);
+}
+
+}  // namespace
+
+void AddUpdate(CommandLine& line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App& command = line.Add("update", "Applies a policy to the default entry and printers",
+                               [options] { return Update(*options); });
+  AddPolicyFile(command, options->file);
+  AddPolicyId(command, options->policyId);
+  command.add_flag("--reset-name", options->resetName, "Looks the user's full name up anew");
+  AddForce(command, options->isForced);
 }
 
 }  // namespace app

@@ -1,6 +1,6 @@
-#include "app/machine/forecast.h"
-
 #include <algorithm>
+
+#include "app/machine/state.h"
 
 namespace app {
 namespace {
@@ -13,37 +13,38 @@ Forecast Bad(const char* command, const char* result, std::string reason) {
   return {command, result, std::move(reason), false};
 }
 
-bool HasSuitePrinter(const Findings& findings) {
-  const auto isSuite = [](const PrinterFinding& each) { return each.kind == PrinterKind::kSuite; };
-  return findings.printers && std::ranges::any_of(*findings.printers, isSuite);
+bool HasSuitePrinter(const MachineState& state) {
+  const auto isSuite = [](const PrinterState& each) { return each.kind == PrinterKind::kSuite; };
+  return state.printers && std::ranges::any_of(*state.printers, isSuite);
 }
 
 /// A pass that cannot save: the switches count the printers that they failed on.
-Forecast Unsaved(const Findings& findings, const char* command, bool isSwitch) {
-  return Bad(command, isSwitch && HasSuitePrinter(findings) ? "-101" : "0",
-             "nothing is saved: " + findings.settingFile.unsaved);
+Forecast Unsaved(const MachineState& state, const char* command, bool isSwitch) {
+  return Bad(command, isSwitch && HasSuitePrinter(state) ? "-101" : "0",
+             "nothing is saved: " + state.settingFile.unsaved);
 }
 
-Forecast Pass(const Findings& findings, const char* command, bool readsPolicy, bool listsPrinters) {
-  if (!findings.mutex.empty()) return Bad(command, "-101", "no mutex: " + findings.mutex);
-  if (!findings.component.empty())
-    return Bad(command, "-101", "the Settings component " + findings.component);
-  if (readsPolicy && !findings.scope)
-    return Bad(command, "-101", "the policy file: " + findings.policyFile);
-  if (readsPolicy && *findings.scope == -1)
+Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
+              bool listsPrinters) {
+  if (!state.mutex.empty()) return Bad(command, "-101", "no mutex: " + state.mutex);
+  if (!state.component.empty())
+    return Bad(command, "-101", "the Settings component " + state.component);
+  if (readsPolicy && !state.scope)
+    return Bad(command, "-101", "the policy file: " + state.policyFile);
+  if (readsPolicy && *state.scope == -1)
     return Bad(command, "-101", "the policy's scope is -1, which stands for none");
-  if (listsPrinters && !findings.printers)
-    return Bad(command, "-101", "the printers cannot be listed: " + findings.noPrinters);
-  if (!findings.settingFile.unsaved.empty()) return Unsaved(findings, command, readsPolicy);
+  if (listsPrinters && !state.printers)
+    return Bad(command, "-101", "the printers cannot be listed: " + state.noPrinters);
+  if (!state.settingFile.unsaved.empty()) return Unsaved(state, command, readsPolicy);
   return Good(command);
 }
 
 /// A switch that asks the system settings first.
-Forecast ClientSwitch(const Findings& findings, const char* command) {
-  if (!findings.functionSwitch) return Bad(command, "-201", "SystemSetting.csv cannot be opened");
-  if (*findings.functionSwitch < 0) return Bad(command, "-201", "the function switch is negative");
-  if (*findings.functionSwitch == 0) return Bad(command, "-200", "the function switch is off");
-  return Pass(findings, command, true, true);
+Forecast ClientSwitch(const MachineState& state, const char* command) {
+  if (!state.functionSwitch) return Bad(command, "-201", "SystemSetting.csv cannot be opened");
+  if (*state.functionSwitch < 0) return Bad(command, "-201", "the function switch is negative");
+  if (*state.functionSwitch == 0) return Bad(command, "-200", "the function switch is off");
+  return Pass(state, command, true, true);
 }
 
 std::string NotTold(DWORD error) {
@@ -53,29 +54,29 @@ std::string NotTold(DWORD error) {
 }
 
 /// Its result does not hang on the message.
-Forecast Set(const Findings& findings) {
-  Forecast set = ClientSwitch(findings, "set");
-  if (set.isGood && findings.pipeError != 0) set.reason = NotTold(findings.pipeError);
+Forecast Set(const MachineState& state) {
+  Forecast set = ClientSwitch(state, "set");
+  if (set.isGood && state.pipeError != 0) set.reason = NotTold(state.pipeError);
   return set;
 }
 
-Forecast Release(const Findings& findings) {
-  Forecast release = ClientSwitch(findings, "release");
-  if (release.result != "0" || findings.pipeError == 0) return release;
+Forecast Release(const MachineState& state) {
+  Forecast release = ClientSwitch(state, "release");
+  if (release.result != "0" || state.pipeError == 0) return release;
   release.result = "-2";
   release.isGood = false;
-  if (release.reason.empty()) release.reason = NotTold(findings.pipeError);
+  if (release.reason.empty()) release.reason = NotTold(state.pipeError);
   return release;
 }
 
-Forecast Update(const Findings& findings) {
-  Forecast update = Pass(findings, "update", false, true);
-  if (update.result != "0" || findings.hasFullName) return update;
+Forecast Update(const MachineState& state) {
+  Forecast update = Pass(state, "update", false, true);
+  if (update.result != "0" || state.hasFullName) return update;
   // A name that is found counts only once it is stored.
-  const bool isStored = findings.unstoredName.empty();
+  const bool isStored = state.unstoredName.empty();
   update.result = isStored ? "0 or -99" : "-99";
   if (update.reason.empty() && !isStored)
-    update.reason = "the user's full name cannot be stored: " + findings.unstoredName;
+    update.reason = "the user's full name cannot be stored: " + state.unstoredName;
   if (update.reason.empty())
     update.reason = "-99 when the user's full name is not found; a policy comes with the call";
   return update;
@@ -83,13 +84,13 @@ Forecast Update(const Findings& findings) {
 
 }  // namespace
 
-std::vector<Forecast> Foresee(const Findings& findings) {
-  return {Set(findings),
-          Release(findings),
-          Pass(findings, "release-for-service", true, true),
-          Update(findings),
-          Pass(findings, "exclude", false, true),
-          Pass(findings, "content-log", false, false)};
+std::vector<Forecast> Foresee(const MachineState& state) {
+  return {Set(state),
+          Release(state),
+          Pass(state, "release-for-service", true, true),
+          Update(state),
+          Pass(state, "exclude", false, true),
+          Pass(state, "content-log", false, false)};
 }
 
 }  // namespace app

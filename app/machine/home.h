@@ -8,18 +8,16 @@
 #include <string_view>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace app {
 
 /// What `main` is given, as UTF-8. Standard input gives its bytes as they are from now on, and a
 /// console takes UTF-8.
 std::vector<std::string> Arguments(int argc, char** argv);
 
-/// Adds the option that names the machine, where there is more than the one that this runs on.
-void AddMachineOption(CLI::App& parser);
+/// True where a machine is a folder, and false where this process runs on the only one.
+extern const bool kMachineIsFolder;
+/// Makes the folder the machine of this process. Throws UsageError for an empty text.
+void UseMachine(const std::string& folder);
 
 /// UsageError when there is no machine to work on, or none that this account may work on.
 void RequireMachine();
@@ -33,10 +31,6 @@ std::wstring BesideHost(const std::wstring& fileName);
 /// The file names of the library and of its log.
 extern const wchar_t kLibrary[];
 extern const wchar_t kLog[];
-
-/// The help prints this text as it is, the manual by its form: parts with a heading and, behind two
-/// blanks each, names with what they stand for.
-extern const char kFooter[];
 
 /// What to do about trouble with the printers, the user's account, a delivered policy that is
 /// refused, of another key, or missing.

@@ -1,8 +1,5 @@
 #include <stdlib.h>
 
-#include <CLI/App.hpp>
-
-#include "app/commands/commands.h"
 #include "app/machine/home.h"
 #include "app/text/usage_error.h"
 #include "platform/posix/machine/machine.h"
@@ -17,21 +14,6 @@ namespace fs = std::filesystem;
 const wchar_t kLibrary[] = L"libSigilSetting.so";
 const wchar_t kLog[] = L"liblog4cxx.so";
 
-const char kFooter[] =
-    "Exit status:\n"
-    "  0  the work is done; check: nothing found; diff: no difference\n"
-    "  1  an export or the machine failed, or nothing was saved;\n"
-    "     check: findings; diff: differences\n"
-    "  2  a wrong argument or a file that will not do; nothing has been changed\n"
-    "\n"
-    "Environment:\n"
-    "  SIGIL_ROOT       the machine's folder; else sigil/machine in XDG_DATA_HOME,\n"
-    "                   which is ~/.local/share where it is not set\n"
-    "  SIGIL_LOG        the log file, in place of the machine's own\n"
-    "  SIGIL_LOG_LEVEL  the lowest level that is written to it (0)\n"
-    "  TMPDIR           where policies are rehearsed, in private folders that go\n"
-    "                   again; memory where it is not set\n";
-
 const char kMendPrinters[] = "See to machine.ini.";
 const char kMendAccount[] = "See to the account in machine.ini or the directory.";
 const char kMendDelivery[] =
@@ -43,13 +25,11 @@ std::vector<std::string> Arguments(int argc, char** argv) {
   return {argv, argv + argc};
 }
 
-void AddMachineOption(CLI::App& parser) {
-  const auto use = [](const std::string& root) {
-    if (root.empty()) throw UsageError("--root: a folder, not an empty text");
-    setenv("SIGIL_ROOT", root.c_str(), 1);
-  };
-  parser.add_option_function<std::string>(kRootOption.name, use, kRootOption.help)
-      ->type_name(kRootOption.value);
+const bool kMachineIsFolder = true;
+
+void UseMachine(const std::string& folder) {
+  if (folder.empty()) throw UsageError("--root: a folder, not an empty text");
+  setenv("SIGIL_ROOT", folder.c_str(), 1);
 }
 
 void RequireMachine() {

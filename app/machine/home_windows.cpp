@@ -16,15 +16,6 @@ namespace app {
 const wchar_t kLibrary[] = L"SigilSetting.dll";
 const wchar_t kLog[] = L"log4cxx.dll";
 
-const char kFooter[] =
-    "Exit status:\n"
-    "  0  the work is done\n"
-    "  1  an export or the machine failed, or nothing was saved\n"
-    "  2  a wrong argument or a file that will not do; nothing has been changed\n"
-    "\n"
-    "No policy is rehearsed on Windows: update refuses what is no policy or would\n"
-    "empty every entry, and applies the rest; with --force that too.\n";
-
 const char kMendPrinters[] = "See to the machine's printers and its spooler.";
 const char kMendAccount[] = "See to the account on this machine or in the directory.";
 const char kMendDelivery[] = "Have a good one delivered.";
@@ -46,9 +37,9 @@ std::vector<std::string> Arguments(int /*argc*/, char** /*argv*/) {
   return arguments;
 }
 
-// The machine is the one that this runs on.
+const bool kMachineIsFolder = false;
 
-void AddMachineOption(CLI::App& /*parser*/) {}
+void UseMachine(const std::string& /*folder*/) {}
 
 void RequireMachine() {}
 

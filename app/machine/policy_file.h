@@ -29,7 +29,7 @@ bool FindKey(PolicyKey& key);
 
 /// The bytes of a policy file with this UTF-8 text, under the machine's key, which must be given.
 /// No character is cut by the end of a chunk.
-std::string Seal(std::string_view text);
+std::string SealText(std::string_view text);
 
 /// The text of the file at a path of Windows or a whole one of the host, without the byte order
 /// mark that it may start with; whether it makes sense is not looked at. Nothing when there is no

@@ -38,7 +38,7 @@ bool IsInsideCharacter(std::string_view text, std::size_t place) {
 
 }  // namespace
 
-std::string Seal(std::string_view text) {
+std::string SealText(std::string_view text) {
   PolicyKey key;
   if (!FindKey(key)) throw std::logic_error("sealing without a key");
   std::string sealed;

@@ -4,6 +4,8 @@
 
 #include "app/machine/settings.h"
 #include "app/text/table.h"
+#include "platform/posix/machine/machine.h"
+#include "platform/utf.h"
 
 namespace app {
 
@@ -16,6 +18,19 @@ peers::SettingFileContent ReadSettings() {
   } catch (const std::exception& error) {
     throw std::runtime_error(file.string() + ": " + error.what());
   }
+}
+
+bool IsExcluded(const peers::SettingFileContent& content, const std::string& printer) {
+  const auto isOn = [&](const std::vector<peers::ExcludeRecord>& list) {
+    return std::ranges::find(list, printer, &peers::ExcludeRecord::name) != list.end();
+  };
+  return isOn(content.excluded) || isOn(content.secondExcluded);
+}
+
+bool IsPrinter(const std::string& name) {
+  const auto printers = platform::LoadMachine().printers;
+  return std::ranges::any_of(printers,
+                             [&](const auto& each) { return platform::ToUtf8(each.name) == name; });
 }
 
 std::string NameOf(const peers::EntryRecord& entry) {

@@ -4,9 +4,9 @@
 #include <iostream>
 #include <set>
 
-#include "app/machine/findings.h"
 #include "app/machine/places.h"
 #include "app/machine/setting_state.h"
+#include "app/machine/state.h"
 #include "app/pass/messages.h"
 #include "app/text/cause.h"
 #include "app/text/table.h"

@@ -41,7 +41,7 @@ void Deliver(const std::wstring& text) {
     std::filesystem::create_directories(file.parent_path());
     platform::ChangeWholeFile(file, [&](const auto&) { return bytes; });
   };
-  write(delivery.PolicyFile(), Seal(platform::ToUtf8(text)));
+  write(delivery.PolicyFile(), SealText(platform::ToUtf8(text)));
   write(delivery.SystemSetting(), "63,1\r\n");
 }
 

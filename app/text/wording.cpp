@@ -31,6 +31,13 @@ std::string NumberOrQuoted(const std::string& text) {
   return NumberOf(Trimmed(text)) ? Trimmed(text) : Quoted(text);
 }
 
+std::string Listed(const std::vector<std::string>& words, const std::string& last) {
+  std::string list;
+  for (const std::string& word : words)
+    list += (list.empty() ? "" : &word == &words.back() ? last : ", ") + word;
+  return list;
+}
+
 std::string Listed(const std::vector<long>& lines) {
   constexpr std::size_t kMost = 8;
   std::string text;

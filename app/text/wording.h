@@ -28,6 +28,9 @@ std::string Counted(std::size_t count, const std::string& one, const std::string
 /// text.
 std::optional<double> NumberOf(const std::string& text);
 
+/// "A3, A4 or Letter", with " or " as the last mark.
+std::string Listed(const std::vector<std::string>& words, const std::string& last);
+
 /// "3, 14", and no more than some of them.
 std::string Listed(const std::vector<long>& lines);
 

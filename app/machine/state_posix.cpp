@@ -4,7 +4,7 @@
 #include <set>
 #include <system_error>
 
-#include "app/machine/findings.h"
+#include "app/machine/state.h"
 #include "app/text/guess.h"
 #include "app/text/wording.h"
 #include "host/shared_names.h"
@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-PrinterFinding Kinded(platform::Printer& printer) {
+PrinterState Kinded(platform::Printer& printer) {
   PRINTER_INFO_2W record{};
   record.pDriverName = printer.driver.data();
   record.pComment = printer.comment ? printer.comment->data() : nullptr;
@@ -34,14 +34,14 @@ std::string WhyNotStored(const fs::path& file) {
                          : file.filename().string() + " " + refused;
 }
 
-void ExamineUser(Findings& findings, const std::wstring& settingFolder) {
+void ExamineUser(MachineState& state, const std::wstring& settingFolder) {
   const std::wstring file = settingFolder + kUserInformationName;
-  findings.hasFullName = GetPrivateProfileIntW(kUserSection, kUserStateKey, 0, file.c_str()) != 0;
+  state.hasFullName = GetPrivateProfileIntW(kUserSection, kUserStateKey, 0, file.c_str()) != 0;
   wchar_t name[256] = {};
   GetPrivateProfileStringW(kUserSection, kUserFullNameKey, L"", name, 256, file.c_str());
-  findings.user += findings.hasFullName ? ", full name " + platform::ToUtf8(name)
-                                        : ", full name not obtained yet";
-  findings.unstoredName = WhyNotStored(platform::HostPath(file));
+  state.user +=
+      state.hasFullName ? ", full name " + platform::ToUtf8(name) : ", full name not obtained yet";
+  state.unstoredName = WhyNotStored(platform::HostPath(file));
 }
 
 /// "; is Driver meant?", of a name or of a section by its first word; empty when nothing is like
@@ -79,36 +79,34 @@ UnreadLine InWords(const platform::UnreadLine& line) {
   return {line.number, name, "a line without '='"};
 }
 
-void ExaminePrinters(Findings& findings) {
+void ExaminePrinters(MachineState& state) {
   try {
     std::vector<platform::UnreadLine> unread;
     platform::Machine machine = platform::LoadMachine(&unread);
-    std::ranges::transform(unread, std::back_inserter(findings.unread), InWords);
-    findings.user = platform::ToUtf8(machine.user);
-    findings.printers.emplace();
-    for (platform::Printer& printer : machine.printers)
-      findings.printers->push_back(Kinded(printer));
+    std::ranges::transform(unread, std::back_inserter(state.unread), InWords);
+    state.user = platform::ToUtf8(machine.user);
+    state.printers.emplace();
+    for (platform::Printer& printer : machine.printers) state.printers->push_back(Kinded(printer));
   } catch (const std::system_error& error) {
     const std::string why = WhyRefused(platform::MachineRoot() / "machine.ini");
-    findings.noPrinters =
+    state.noPrinters =
         "machine.ini " + (why.empty() ? "is unreadable: " + error.code().message() : why);
-    findings.user = "unknown: " + findings.noPrinters;
-    findings.settingFile.state = "unknown, without a user";
+    state.user = "unknown: " + state.noPrinters;
+    state.settingFile.state = "unknown, without a user";
     return;
   }
-  ExamineUser(findings, peers::FindSettingPlace().folder);
-  findings.settingFile = ExamineSettingFile();
+  ExamineUser(state, peers::FindSettingPlace().folder);
+  state.settingFile = ExamineSettingFile();
 }
 
-void ExamineLog(Findings& findings) {
+void ExamineLog(MachineState& state) {
   const fs::path file = logging::LogFile();
   std::error_code error;
-  findings.logFile = file.string();
-  findings.log = fs::is_regular_file(file, error)
-                     ? std::to_string(fs::file_size(file, error)) + " bytes"
-                     : "not there yet";
-  if (const std::string why = WhyLogLost(); !why.empty())
-    findings.log += "; lines get lost: " + why;
+  state.logFile = file.string();
+  state.log = fs::is_regular_file(file, error)
+                  ? std::to_string(fs::file_size(file, error)) + " bytes"
+                  : "not there yet";
+  if (const std::string why = WhyLogLost(); !why.empty()) state.log += "; lines get lost: " + why;
 }
 
 DWORD AskPipe() {
@@ -143,14 +141,14 @@ std::string WhyLogLost() {
   return WhyNotMade(file.parent_path());
 }
 
-void ExamineMachine(Findings& findings) {
-  findings.machine = platform::MachineRoot().string();
-  ExaminePrinters(findings);
-  findings.mutex = WhyMutexRefused();
-  if (findings.mutex.empty()) findings.mutex = WhyClosed(platform::MachineRoot() / "mutex");
-  ExamineLog(findings);
-  findings.pipeError = AskPipe();
-  findings.refused = RefusedPlaces();
+void ExamineMachine(MachineState& state) {
+  state.machine = platform::MachineRoot().string();
+  ExaminePrinters(state);
+  state.mutex = WhyMutexRefused();
+  if (state.mutex.empty()) state.mutex = WhyClosed(platform::MachineRoot() / "mutex");
+  ExamineLog(state);
+  state.pipeError = AskPipe();
+  state.refused = RefusedPlaces();
 }
 
 }  // namespace app

@@ -1,19 +1,21 @@
-#include "app/commands/preview.h"
-
 #include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <memory>
 #include <optional>
-#include <ostream>
 #include <system_error>
 #include <vector>
 
+#include "app/commands/commands.h"
 #include "app/machine/output_file.h"
+#include "app/machine/settings.h"
 #include "app/page/draw.h"
 #include "app/page/layout.h"
 #include "app/page/set_text.h"
+#include "app/rehearsal/review.h"
 #include "app/text/table.h"
 #include "app/text/usage_error.h"
-#include "platform/posix/machine/machine.h"
-#include "platform/utf.h"
+#include "platform/visible_text.h"
 
 namespace app {
 namespace {
@@ -21,6 +23,15 @@ namespace {
 constexpr std::size_t kNameWidth = 60;
 constexpr std::size_t kNoteWidth = 160;
 constexpr std::size_t kMostNotes = 12;
+
+struct Options {
+  std::string file;  ///< A policy; empty: the machine's records are drawn.
+  int policyId = 1;
+  std::string printer = "*";
+  std::string paper = "A4";
+  bool isLandscape = false;
+  std::filesystem::path picture;  ///< Its extension, svg, pdf or png, names the format.
+};
 
 page::Format FormatOf(const std::filesystem::path& picture) {
   const std::string extension = picture.extension().string();
@@ -30,29 +41,11 @@ page::Format FormatOf(const std::filesystem::path& picture) {
   throw UsageError(picture.string() + ": a picture's name ends in .svg, .pdf or .png");
 }
 
-page::Paper PaperOf(const PreviewOptions& options) {
-  auto paper = page::FindPaper(options.paper, options.isLandscape);
-  if (!paper) throw UsageError("--paper: A3, A4 or Letter, not '" + options.paper + "'");
-  return std::move(*paper);
-}
-
 const peers::EntryRecord* Find(const peers::SettingFileContent& content, std::string_view printer) {
   const auto found =
       std::find_if(content.entries.begin(), content.entries.end(),
                    [&](const peers::EntryRecord& entry) { return entry.printer == printer; });
   return found == content.entries.end() ? nullptr : &*found;
-}
-
-bool IsExcluded(const peers::SettingFileContent& content, const std::string& printer) {
-  return std::any_of(content.excluded.begin(), content.excluded.end(),
-                     [&](const peers::ExcludeRecord& record) { return record.name == printer; });
-}
-
-bool IsPrinter(const std::string& name) {
-  const auto printers = platform::LoadMachine().printers;
-  return std::any_of(printers.begin(), printers.end(), [&](const platform::Printer& printer) {
-    return platform::ToUtf8(printer.name) == name;
-  });
 }
 
 /// What a printer prints by: its own entry, else, unless it is excluded, the default one.
@@ -96,12 +89,14 @@ std::vector<std::string> Lines(std::vector<page::Note> notes) {
   return lines;
 }
 
-}  // namespace
-
-void Preview(std::ostream& out, const peers::SettingFileContent& content,
-             const PreviewOptions& options) {
+/// Draws the page that a printer's watermarks make on empty paper. A picture that is there already
+/// is replaced as a whole. Throws UsageError for a printer that is none or prints without
+/// watermarks.
+int Preview(const Options& options) {
   const page::Format format = FormatOf(options.picture);
-  const page::Paper paper = PaperOf(options);
+  const page::Paper paper = page::FindPaper(options.paper, options.isLandscape).value();
+  const peers::SettingFileContent content =
+      options.file.empty() ? ReadSettings() : RehearsedRecords(options.file, options.policyId);
   const peers::EntryRecord& entry = EntryOf(content, options.printer);
   page::Page page = page::LayOut(entry, paper, page::MeasureText);
   const std::vector<page::Note> elsewhere = Elsewhere(content, entry);
@@ -121,9 +116,30 @@ void Preview(std::ostream& out, const peers::SettingFileContent& content,
   caption.insert(caption.end(), std::begin(page::kMeaning), std::end(page::kMeaning));
 
   WriteOutput(options.picture, page::Draw(page, caption, format));
-  out << "preview: " << options.picture.string() << " shows " << count << " of " << subject
-      << ".\n";
-  for (const std::string& note : notes) out << "  " << note << "\n";
+  std::cout << "preview: " << platform::Visible(options.picture.string()) << " shows " << count
+            << " of " << subject << ".\n";
+  for (const std::string& note : notes) std::cout << "  " << note << "\n";
+  return 0;
+}
+
+}  // namespace
+
+void AddPreview(CommandLine& line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App& command = line.Add("preview", "Draws the page with its watermarks as a picture",
+                               [options] { return Preview(*options); });
+  command.add_option("FILE", options->file, "A policy to try (else what the machine holds)")
+      ->type_name("");
+  AddPolicyId(command, options->policyId);
+  command.add_option("--printer", options->printer, "Whose page (the default entry's)")
+      ->type_name("NAME");
+  command.add_option("-o,--output", options->picture, "The picture: a .svg, .pdf or .png")
+      ->type_name("PICTURE")
+      ->required();
+  command.add_option("--paper", options->paper, "The paper (A4): A3, A4 or Letter")
+      ->type_name("SIZE")
+      ->check(OneOf({"A3", "A4", "Letter"}));
+  command.add_flag("--landscape", options->isLandscape, "The paper's long side lies");
 }
 
 }  // namespace app

@@ -6,16 +6,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <string_view>
-#include <thread>
 
-#include "app/commands/log_view.h"
+#include "app/commands/commands.h"
 #include "app/text/usage_error.h"
 #include "peers/descriptor.h"
+#include "peers/logging/log_path_posix.h"
 #include "platform/visible_text.h"
 
 namespace app {
@@ -28,6 +29,12 @@ constexpr const char* kLevels[] = {"trace", "detail", "progress", "info", "warni
 /// The number of a line that only tells that a place in the code was reached. The library gives it
 /// the level of a warning.
 constexpr std::string_view kTraceOfPath = "99999999 ";
+
+/// What is left out. A line of another form than the library's is left out as soon as anything is.
+struct LogFilter {
+  int level = 0;      ///< Lines below it.
+  std::string since;  ///< Lines before it: a time as it stands in the log, or empty.
+};
 
 /// The parts of a line that are looked at.
 struct Line {
@@ -85,80 +92,51 @@ std::string Shown(std::string_view text, const LogFilter& filter) {
          "\n";
 }
 
-/// A file that is printed up to its end, again and again.
-class Tail {
- public:
-  Tail(fs::path file, LogFilter filter) : m_path(std::move(file)), m_filter(std::move(filter)) {}
-
-  /// False when there is no file.
-  bool Print() {
-    if (m_file) PrintRest();  // also of a file that has been put aside since
-    struct stat now = {};
-    if (stat(m_path.c_str(), &now) != 0) return false;
-    if (!m_file || !IsStill(now)) {
-      PrintUnended();
-      m_file = Open();
-      PrintRest();
-    }
-    if (std::fflush(stdout) != 0) FailToWrite();
-    return true;
-  }
-
-  /// Also a last line that has no end.
-  void PrintUnended() {
-    if (!m_unended.empty()) Put(std::exchange(m_unended, {}));
-    if (std::fflush(stdout) != 0) FailToWrite();
-  }
-
- private:
-  [[noreturn]] static void FailToWrite() { peers::ThrowSystemError("standard output"); }
-
-  peers::Descriptor Open() const {
-    peers::Descriptor file = platform::Open(m_path, O_RDONLY, 0);  // of any kind, told below
-    if (!file) peers::ThrowSystemError(m_path.string());
-    struct stat status = {};
-    if (fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
-      throw UsageError(m_path.string() + ": not a regular file");
-    return file;
-  }
-
-  bool IsStill(const struct stat& now) const {
-    struct stat own = {};
-    return fstat(m_file.Get(), &own) == 0 && own.st_ino == now.st_ino && own.st_dev == now.st_dev &&
-           own.st_size >= lseek(m_file.Get(), 0, SEEK_CUR);
-  }
-
-  void PrintRest() {
-    // A line without end is read once more: that of a process that was killed is taken back.
-    lseek(m_file.Get(), -static_cast<off_t>(m_unended.size()), SEEK_CUR);
-    m_unended.clear();
-    char block[0x4000];
-    for (ssize_t size; (size = read(m_file.Get(), block, sizeof block)) != 0;) {
-      if (size < 0 && errno != EINTR) peers::ThrowSystemError(m_path.string());
-      if (size > 0) Take({block, static_cast<std::size_t>(size)});
-    }
-  }
-
-  void Take(std::string_view bytes) {
-    constexpr std::size_t kLongestLine = 0x100000;
+/// Prints the lines as they are shown. A line that has no end yet is printed at the end of the
+/// stream, or when it is longer than any that the library writes.
+void PrintLines(int descriptor, const LogFilter& filter) {
+  constexpr std::size_t kLongestLine = 0x100000;
+  std::string line;
+  const auto put = [&] {
+    const std::string shown = Shown(line, filter);
+    line.clear();
+    if (std::fwrite(shown.data(), 1, shown.size(), stdout) != shown.size())
+      peers::ThrowSystemError("standard output");
+  };
+  char block[0x4000];
+  for (ssize_t size; (size = read(descriptor, block, sizeof block)) != 0;) {
+    if (size < 0 && errno != EINTR) peers::ThrowSystemError("the log");
+    std::string_view bytes(block, size < 0 ? 0 : static_cast<std::size_t>(size));
     for (std::size_t end; (end = bytes.find('\n')) != bytes.npos; bytes.remove_prefix(end + 1)) {
-      m_unended += bytes.substr(0, end);
-      Put(std::exchange(m_unended, {}));
+      line += bytes.substr(0, end);
+      put();
     }
-    m_unended += bytes;
-    if (m_unended.size() > kLongestLine) Put(std::exchange(m_unended, {}));
+    line += bytes;
+    if (line.size() > kLongestLine) put();
+    if (std::fflush(stdout) != 0) peers::ThrowSystemError("standard output");
   }
+  if (!line.empty()) put();
+  if (std::fflush(stdout) != 0) peers::ThrowSystemError("standard output");
+}
 
-  void Put(const std::string& line) const {
-    const std::string shown = Shown(line, m_filter);
-    if (std::fwrite(shown.data(), 1, shown.size(), stdout) != shown.size()) FailToWrite();
+/// Becomes `tail -F`, which follows the file also when another takes its place. A child prints the
+/// lines, and ends with the process that was asked to follow.
+[[noreturn]] void Follow(const fs::path& file, const LogFilter& filter) {
+  int ends[2];
+  if (pipe(ends) != 0) peers::ThrowSystemError("pipe");
+  const pid_t printer = fork();
+  if (printer < 0) peers::ThrowSystemError("fork");
+  if (printer == 0) {
+    close(ends[1]);
+    PrintLines(ends[0], filter);
+    _exit(0);
   }
-
-  fs::path m_path;
-  LogFilter m_filter;
-  peers::Descriptor m_file;
-  std::string m_unended;
-};
+  dup2(ends[1], STDOUT_FILENO);
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  dup2(nowhere, STDERR_FILENO);  // because it names the file each time another takes its place
+  execlp("tail", "tail", "-n", "+1", "-s", "0.1", "-F", "--", file.c_str(), nullptr);
+  peers::ThrowSystemError("tail");
+}
 
 int ParseLevel(const std::string& text) {
   const auto word = std::find(std::begin(kLevels), std::end(kLevels), text);
@@ -204,21 +182,46 @@ std::string ParseSince(const std::string& text) {
   throw UsageError("--since: a time like '2025-03-31 09:12', '09:12' or '10m', not '" + text + "'");
 }
 
+peers::Descriptor Open(const fs::path& file) {
+  peers::Descriptor opened = platform::Open(file, O_RDONLY, 0);  // of any kind, told below
+  if (!opened && errno == ENOENT) throw UsageError(file.string() + ": there is no log yet");
+  if (!opened) peers::ThrowSystemError(file.string());
+  struct stat status = {};
+  if (fstat(opened.Get(), &status) != 0 || !S_ISREG(status.st_mode))
+    throw UsageError(file.string() + ": not a regular file");
+  return opened;
+}
+
+struct Options {
+  bool follows = false;
+  std::string level;
+  std::string since;
+};
+
+/// Prints the log file, the level of a line as a word and controls made visible.
+int PrintLog(const Options& options) {
+  const LogFilter filter = {options.level.empty() ? 0 : ParseLevel(options.level),
+                            options.since.empty() ? "" : ParseSince(options.since)};
+  const fs::path file = logging::LogFile();
+  if (options.follows) Follow(file, filter);
+  PrintLines(Open(file).Get(), filter);
+  return 0;
+}
+
 }  // namespace
 
-LogFilter ParseLogFilter(const std::string& level, const std::string& since) {
-  return {level.empty() ? 0 : ParseLevel(level), since.empty() ? "" : ParseSince(since)};
-}
-
-void PrintLog(const fs::path& file, const LogFilter& filter) {
-  Tail tail(file, filter);
-  if (!tail.Print()) throw UsageError(file.string() + ": there is no log yet");
-  tail.PrintUnended();
-}
-
-void FollowLog(const fs::path& file, const LogFilter& filter) {
-  constexpr std::chrono::milliseconds kPause(100);
-  for (Tail tail(file, filter);; std::this_thread::sleep_for(kPause)) tail.Print();
+void AddLog(CommandLine& line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.Add("log", "Prints the log file", [options] { return PrintLog(*options); });
+  command.add_flag("--follow", options->follows, "And goes on as it grows");
+  command
+      .add_option("--level", options->level,
+                  "Lines of this level and above, 0 to 5 or its word: trace, detail, progress, "
+                  "info, warning or error")
+      ->type_name("LEVEL");
+  command.add_option("--since", options->since, "Lines since: 2025-03-31, '2025-03-31 09:12', 10m")
+      ->type_name("TIME");
 }
 
 }  // namespace app

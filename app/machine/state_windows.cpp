@@ -1,5 +1,6 @@
-#include "app/machine/findings.h"
 #include "app/machine/home.h"
+#include "app/machine/state.h"
+#include "component/names.h"
 #include "host/shared_names.h"
 #include "platform/module.h"
 #include "platform/utf.h"
@@ -17,7 +18,7 @@ std::string NameFrom(BOOL WINAPI name(LPWSTR, LPDWORD)) {
   return name(text, &capacity) ? platform::ToUtf8(text) : WithError("unknown");
 }
 
-std::optional<std::vector<PrinterFinding>> ListPrinters(std::string& why) {
+std::optional<std::vector<PrinterState>> ListPrinters(std::string& why) {
   constexpr DWORD kFlags = PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS;
   std::vector<PRINTER_INFO_2W> block;
   DWORD needed = 0, count = 0;
@@ -29,7 +30,7 @@ std::optional<std::vector<PrinterFinding>> ListPrinters(std::string& why) {
     }
     block.resize(needed / sizeof block[0] + 1);
   }
-  std::vector<PrinterFinding> printers;
+  std::vector<PrinterState> printers;
   for (DWORD i = 0; i < count; ++i)
     printers.push_back(
         {block[i].pPrinterName, block[i].pDriverName, SigilSettingManagement::KindOf(block[i])});
@@ -38,7 +39,7 @@ std::optional<std::vector<PrinterFinding>> ListPrinters(std::string& why) {
 
 /// Opens the mutex alone if it is there: taking it could hold up a pass.
 std::string WhyNoMutex() {
-  const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, L"Global\\MIMOSA_HLE_SIGIL_SETTING");
+  const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, kSettingMutexName);
   if (mutex == nullptr)
     return GetLastError() == ERROR_FILE_NOT_FOUND ? "" : WithError("cannot be opened");
   CloseHandle(mutex);
@@ -77,16 +78,16 @@ std::string WhyLogLost() {
   return "";
 }
 
-void ExamineMachine(Findings& findings) {
-  findings.machine = NameFrom(GetComputerNameW);
-  findings.user = NameFrom(GetUserNameW);
-  findings.printers = ListPrinters(findings.noPrinters);
-  findings.settingFile = ExamineSettingFile();
-  findings.mutex = WhyNoMutex();
+void ExamineMachine(MachineState& state) {
+  state.machine = NameFrom(GetComputerNameW);
+  state.user = NameFrom(GetUserNameW);
+  state.printers = ListPrinters(state.noPrinters);
+  state.settingFile = ExamineSettingFile();
+  state.mutex = WhyNoMutex();
   const std::wstring log = BesideHost(kLog);
-  findings.log = ExamineLog(log);
-  findings.logFile = platform::ToUtf8(log);
-  findings.pipeError = AskControlPipe();
+  state.log = ExamineLog(log);
+  state.logFile = platform::ToUtf8(log);
+  state.pipeError = AskControlPipe();
 }
 
 }  // namespace app

@@ -1,7 +1,7 @@
 #pragma once
 
-// What an export would meet on this machine, found out without changing anything: no file is made
-// or written, no line logged. What it makes of it stands in forecast.h.
+// The state of this machine, and what each export would give on it now. Nothing is changed to find
+// out: no file is made or written, no line logged.
 
 #include <optional>
 #include <string>
@@ -9,7 +9,6 @@
 
 #include "app/machine/client.h"
 #include "app/machine/places.h"
-#include "app/machine/policy_text.h"
 #include "app/machine/setting_state.h"
 #include "host/printer_kind.h"
 #include "platform/base.h"
@@ -18,7 +17,7 @@ namespace app {
 
 using SigilSettingManagement::PrinterKind;
 
-struct PrinterFinding {
+struct PrinterState {
   std::wstring name;
   std::wstring driver;
   PrinterKind kind;
@@ -31,16 +30,15 @@ struct UnreadLine {
   std::string reason;
 };
 
-struct Findings {
+struct MachineState {
   std::string machine;
   DeliveryFolder delivery;
 
-  std::string keySource;  ///< The state of the file that the key comes from.
-  /// The state of the policy file, and the policy where it is readable.
-  std::string policyFile;
-  std::optional<PolicyText> policy;
-  /// The scope that set goes by; nothing when there is none.
+  std::string keySource;   ///< The state of the file that the key comes from.
+  std::string policyFile;  ///< The state of the policy file.
+  /// The scope that set goes by; nothing when no policy is readable.
   std::optional<int> scope;
+  bool hasSwitchingPolicy = false;  ///< The scope is that of policy 1, which is there.
 
   std::optional<int> functionSwitch;  ///< Nothing when its file cannot be opened.
 
@@ -51,7 +49,7 @@ struct Findings {
   std::vector<UnreadLine> unread;
 
   /// Nothing when the spooler has no list, and why.
-  std::optional<std::vector<PrinterFinding>> printers;
+  std::optional<std::vector<PrinterState>> printers;
   std::string noPrinters;
 
   std::string component;  ///< Empty when it is found and has its entry, else what is wrong.
@@ -64,11 +62,21 @@ struct Findings {
   std::vector<RefusedPlace> refused;
 };
 
-Findings Examine();
+MachineState Examine();
+
+struct Forecast {
+  std::string command;  ///< The command of this program that calls the export.
+  std::string result;
+  std::string reason;
+  bool isGood;  ///< The export would do its work, and its work would be saved.
+};
+
+/// Returns a forecast for each export.
+std::vector<Forecast> Foresee(const MachineState& state);
 
 /// The part of Examine that each home has its own way for: what the machine is, its user and
 /// printers, the setting file, mutex, log and pipe.
-void ExamineMachine(Findings& findings);
+void ExamineMachine(MachineState& state);
 
 /// A sentence that tells how many lines of machine.ini are not read as they stand; empty when all
 /// are.

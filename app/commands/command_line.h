@@ -1,0 +1,56 @@
+#pragma once
+
+// The command line as CLI11 reads it. Each command adds itself and binds its options; commands.h
+// lists them. Whatever a command throws goes to the caller of Run.
+
+#include <CLI/App.hpp>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace app {
+
+/// Does the work of a command and returns the exit status.
+using Action = std::function<int()>;
+
+class CommandLine {
+ public:
+  CommandLine();
+
+  /// Adds a command and returns its parser, for the command's options. The action runs when the
+  /// line names the command and there is a machine to work on.
+  CLI::App& Add(const std::string& name, const std::string& help, Action action);
+  /// The same for a command that needs no machine.
+  CLI::App& AddWithoutMachine(const std::string& name, const std::string& help, Action action);
+  /// Adds the name of a command that this home lacks; `why` ends the error of each use.
+  void AddMissing(const std::string& name, const std::string& help, const std::string& why);
+
+  /// Reads the line, runs its command and returns the exit status; prints the help or the version
+  /// where one is asked for. Throws UsageError for a line that names no command, for an unknown
+  /// option and for a value that an option does not take. `arguments` begins with the program.
+  int Run(const std::vector<std::string>& arguments);
+
+ private:
+  void AddMachineOption(CLI::App& parser);
+  [[noreturn]] void Refuse(const CLI::ParseError& error, const std::vector<std::string>& arguments);
+
+  CLI::App m_parser;
+  Action m_action;
+};
+
+/// Takes decimal numbers of 32 bits alone.
+CLI::Validator WholeNumber();
+/// Takes these words alone.
+CLI::Validator OneOf(std::vector<std::string> words);
+
+// Options that several commands have.
+
+void AddPolicyFile(CLI::App& command, std::string& file);
+/// Returns the option -o, for a caller that requires it.
+CLI::Option* AddOutput(CLI::App& command, std::string& file, const std::string& value,
+                       const std::string& help);
+void AddPolicyId(CLI::App& command, int& policyId);
+void AddForce(CLI::App& command, bool& isForced);
+void AddJson(CLI::App& command, bool& isJson);
+
+}  // namespace app
