@@ -7,9 +7,9 @@
 #include "app/machine/state.h"
 #include "app/pass/result.h"
 #include "app/rehearsal/review.h"
+#include "app/text/input.h"
 #include "app/text/json.h"
 #include "app/text/table.h"
-#include "app/text/text_file.h"
 #include "app/text/wording.h"
 
 namespace app {

@@ -8,8 +8,7 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/home.h"
-#include "app/text/guess.h"
-#include "app/text/usage_error.h"
+#include "app/text/errors.h"
 #include "app/text/wording.h"
 
 namespace app {

@@ -6,9 +6,9 @@
 
 #include "app/rehearsal/registered.h"
 #include "app/rehearsal/review.h"
+#include "app/text/errors.h"
+#include "app/text/input.h"
 #include "app/text/table.h"
-#include "app/text/text_file.h"
-#include "app/text/usage_error.h"
 
 namespace app {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/sample.h"
-#include "app/text/usage_error.h"
+#include "app/text/errors.h"
 #include "platform/posix/machine/machine_file.h"
 #include "platform/posix/machine/whole_file.h"
 #include "platform/visible_text.h"

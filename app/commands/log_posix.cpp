@@ -14,7 +14,7 @@
 #include <string_view>
 
 #include "app/commands/commands.h"
-#include "app/text/usage_error.h"
+#include "app/text/errors.h"
 #include "peers/descriptor.h"
 #include "peers/logging/log_path_posix.h"
 #include "platform/visible_text.h"

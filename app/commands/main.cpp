@@ -7,8 +7,7 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/home.h"
-#include "app/text/cause.h"
-#include "app/text/usage_error.h"
+#include "app/text/errors.h"
 #include "platform/visible_text.h"
 
 namespace app {

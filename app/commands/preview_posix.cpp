@@ -13,8 +13,8 @@
 #include "app/page/layout.h"
 #include "app/page/set_text.h"
 #include "app/rehearsal/review.h"
+#include "app/text/errors.h"
 #include "app/text/table.h"
-#include "app/text/usage_error.h"
 #include "platform/visible_text.h"
 
 namespace app {

@@ -5,12 +5,11 @@
 #include <memory>
 
 #include "app/commands/commands.h"
-#include "app/machine/position.h"
 #include "app/machine/settings.h"
 #include "app/rehearsal/fields.h"
+#include "app/text/errors.h"
 #include "app/text/json.h"
 #include "app/text/table.h"
-#include "app/text/usage_error.h"
 
 namespace app {
 namespace {

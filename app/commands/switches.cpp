@@ -4,10 +4,10 @@
 #include <memory>
 
 #include "app/commands/commands.h"
-#include "app/machine/setting_state.h"
+#include "app/machine/file_state.h"
 #include "app/machine/state.h"
+#include "app/pass/messages.h"
 #include "app/pass/result.h"
-#include "app/pass/told.h"
 #include "app/text/wording.h"
 
 namespace app {

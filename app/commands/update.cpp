@@ -2,12 +2,12 @@
 #include <set>
 
 #include "app/commands/commands.h"
-#include "app/machine/setting_state.h"
+#include "app/machine/file_state.h"
 #include "app/machine/state.h"
+#include "app/pass/messages.h"
 #include "app/pass/result.h"
-#include "app/pass/told.h"
 #include "app/rehearsal/refusal.h"
-#include "app/text/text_file.h"
+#include "app/text/input.h"
 #include "app/text/wording.h"
 
 namespace app {

@@ -1,7 +1,9 @@
 #pragma once
 
-// The client's installation on the machine, as its administrator finds it: where its files are.
+// The client's installation on the machine, as its administrator finds it: where its files are, and
+// the watermark function's switch.
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,5 +25,9 @@ DeliveryFolder FindDeliveryFolder();
 
 /// All of them: Client.ini, the key source and what the delivery folder holds.
 std::vector<std::wstring> ClientFiles();
+
+/// The value of its last row before the first empty one; 0 without any. Nothing when the file
+/// cannot be opened.
+std::optional<int> ReadFunctionSwitch(const std::wstring& file);
 
 }  // namespace app

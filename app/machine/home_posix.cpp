@@ -1,7 +1,7 @@
 #include <stdlib.h>
 
 #include "app/machine/home.h"
-#include "app/text/usage_error.h"
+#include "app/text/errors.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/machine_file.h"
 #include "platform/posix/machine/password_database.h"

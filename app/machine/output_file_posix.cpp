@@ -1,7 +1,7 @@
 #include <string>
 
 #include "app/machine/output_file.h"
-#include "app/text/usage_error.h"
+#include "app/text/errors.h"
 #include "platform/posix/machine/whole_file.h"
 
 namespace app {

@@ -4,7 +4,7 @@
 
 #include "app/machine/client.h"
 #include "app/machine/home.h"
-#include "app/text/input_file.h"
+#include "app/text/input.h"
 #include "policy/policy_file_cipher.h"
 
 namespace app {

@@ -3,6 +3,7 @@
 // The records of the machine's setting file, and facts about its entries.
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -30,5 +31,15 @@ std::ptrdiff_t CountActive(const peers::ActiveRecord& setting, const peers::Entr
 /// Returns a line for each entry that is on although its last setting lists none of its watermarks,
 /// and no more than some lines.
 std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entries);
+
+/// A watermark's position number with the place of the page that it stands for: "8 bottom right".
+/// Numbers beside 0 to 8 stand for none.
+inline std::string PositionText(std::int32_t position) {
+  constexpr const char* kPlaces[] = {"top left",    "top center",    "top right",
+                                     "middle left", "center",        "middle right",
+                                     "bottom left", "bottom center", "bottom right"};
+  const std::string number = std::to_string(position);
+  return position >= 0 && position < 9 ? number + " " + kPlaces[position] : number;
+}
 
 }  // namespace app

@@ -1,8 +1,9 @@
 #include "app/machine/state.h"
 
+#include <algorithm>
 #include <stdexcept>
 
-#include "app/machine/function_switch.h"
+#include "app/machine/client.h"
 #include "app/machine/home.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/policy_text.h"
@@ -58,6 +59,83 @@ std::string ExamineComponent() {
   return hasEntry ? "" : "has no SigilCreateInstance";
 }
 
+Forecast Good(const char* command) {
+  return {command, "0", "", true};
+}
+
+Forecast Bad(const char* command, const char* result, std::string reason) {
+  return {command, result, std::move(reason), false};
+}
+
+bool HasSuitePrinter(const MachineState& state) {
+  const auto isSuite = [](const PrinterState& each) { return each.kind == PrinterKind::kSuite; };
+  return state.printers && std::ranges::any_of(*state.printers, isSuite);
+}
+
+/// A pass that cannot save: the switches count the printers that they failed on.
+Forecast Unsaved(const MachineState& state, const char* command, bool isSwitch) {
+  return Bad(command, isSwitch && HasSuitePrinter(state) ? "-101" : "0",
+             "nothing is saved: " + state.settingFile.unsaved);
+}
+
+Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
+              bool listsPrinters) {
+  if (!state.mutex.empty()) return Bad(command, "-101", "no mutex: " + state.mutex);
+  if (!state.component.empty())
+    return Bad(command, "-101", "the Settings component " + state.component);
+  if (readsPolicy && !state.scope)
+    return Bad(command, "-101", "the policy file: " + state.policyFile);
+  if (readsPolicy && *state.scope == -1)
+    return Bad(command, "-101", "the policy's scope is -1, which stands for none");
+  if (listsPrinters && !state.printers)
+    return Bad(command, "-101", "the printers cannot be listed: " + state.noPrinters);
+  if (!state.settingFile.unsaved.empty()) return Unsaved(state, command, readsPolicy);
+  return Good(command);
+}
+
+/// A switch that asks the system settings first.
+Forecast ClientSwitch(const MachineState& state, const char* command) {
+  if (!state.functionSwitch) return Bad(command, "-201", "SystemSetting.csv cannot be opened");
+  if (*state.functionSwitch < 0) return Bad(command, "-201", "the function switch is negative");
+  if (*state.functionSwitch == 0) return Bad(command, "-200", "the function switch is off");
+  return Pass(state, command, true, true);
+}
+
+std::string NotTold(DWORD error) {
+  const char* const what = error == ERROR_PIPE_BUSY ? "the pipe is busy" : "nobody serves the pipe";
+  return std::string(what) + " (error " + std::to_string(error) +
+         "); the settings change all the same";
+}
+
+/// Its result does not hang on the message.
+Forecast Set(const MachineState& state) {
+  Forecast set = ClientSwitch(state, "set");
+  if (set.isGood && state.pipeError != 0) set.reason = NotTold(state.pipeError);
+  return set;
+}
+
+Forecast Release(const MachineState& state) {
+  Forecast release = ClientSwitch(state, "release");
+  if (release.result != "0" || state.pipeError == 0) return release;
+  release.result = "-2";
+  release.isGood = false;
+  if (release.reason.empty()) release.reason = NotTold(state.pipeError);
+  return release;
+}
+
+Forecast Update(const MachineState& state) {
+  Forecast update = Pass(state, "update", false, true);
+  if (update.result != "0" || state.hasFullName) return update;
+  // A name that is found counts only once it is stored.
+  const bool isStored = state.unstoredName.empty();
+  update.result = isStored ? "0 or -99" : "-99";
+  if (update.reason.empty() && !isStored)
+    update.reason = "the user's full name cannot be stored: " + state.unstoredName;
+  if (update.reason.empty())
+    update.reason = "-99 when the user's full name is not found; a policy comes with the call";
+  return update;
+}
+
 }  // namespace
 
 MachineState Examine() {
@@ -68,6 +146,15 @@ MachineState Examine() {
   state.component = ExamineComponent();
   ExamineMachine(state);
   return state;
+}
+
+std::vector<Forecast> Foresee(const MachineState& state) {
+  return {Set(state),
+          Release(state),
+          Pass(state, "release-for-service", true, true),
+          Update(state),
+          Pass(state, "exclude", false, true),
+          Pass(state, "content-log", false, false)};
 }
 
 }  // namespace app

@@ -8,8 +8,7 @@
 #include <vector>
 
 #include "app/machine/client.h"
-#include "app/machine/places.h"
-#include "app/machine/setting_state.h"
+#include "app/machine/file_state.h"
 #include "host/printer_kind.h"
 #include "platform/base.h"
 

@@ -5,7 +5,6 @@
 #include <system_error>
 
 #include "app/machine/state.h"
-#include "app/text/guess.h"
 #include "app/text/wording.h"
 #include "host/shared_names.h"
 #include "peers/logging/log_path_posix.h"

@@ -4,11 +4,10 @@
 #include <iostream>
 #include <set>
 
-#include "app/machine/places.h"
-#include "app/machine/setting_state.h"
+#include "app/machine/file_state.h"
 #include "app/machine/state.h"
 #include "app/pass/messages.h"
-#include "app/text/cause.h"
+#include "app/text/errors.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
 #include "boundary/exports.h"

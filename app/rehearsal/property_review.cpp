@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <set>
 
-#include "app/text/guess.h"
 #include "app/text/wording.h"
 
 namespace app {

@@ -1,8 +1,7 @@
 #include "app/rehearsal/refusal.h"
 
 #include "app/rehearsal/review.h"
-#include "app/text/cause.h"
-#include "app/text/usage_error.h"
+#include "app/text/errors.h"
 
 namespace app {
 namespace {

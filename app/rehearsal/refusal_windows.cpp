@@ -2,7 +2,7 @@
 
 #include "app/machine/policy_text.h"
 #include "app/rehearsal/refusal.h"
-#include "app/text/usage_error.h"
+#include "app/text/errors.h"
 
 namespace app {
 namespace {

@@ -4,7 +4,6 @@
 #include <map>
 
 #include "app/pass/messages.h"
-#include "app/pass/told.h"
 
 namespace app {
 namespace {

@@ -12,9 +12,8 @@
 #include <stdexcept>
 
 #include "app/pass/messages.h"
-#include "app/pass/told.h"
 #include "app/rehearsal/progress.h"
-#include "app/text/cause.h"
+#include "app/text/errors.h"
 #include "peers/descriptor.h"
 
 namespace app {

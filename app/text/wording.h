@@ -3,6 +3,7 @@
 // Texts and numbers in words.
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,5 +34,8 @@ std::string Listed(const std::vector<std::string>& words, const std::string& las
 
 /// "3, 14", and no more than some of them.
 std::string Listed(const std::vector<long>& lines);
+
+/// The one of the names that a misspelt name is most like; empty when none is like enough.
+std::string Guess(const std::string& misspelt, const std::set<std::string>& names);
 
 }  // namespace app

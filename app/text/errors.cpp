@@ -1,4 +1,4 @@
-#include "app/text/cause.h"
+#include "app/text/errors.h"
 
 #include <filesystem>
 #include <new>

@@ -1,6 +1,10 @@
 #pragma once
 
+// Errors as the program ends with them.
+
+#include <exception>
 #include <stdexcept>
+#include <string>
 
 namespace app {
 
@@ -10,5 +14,8 @@ class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
+
+/// What went wrong in plain words: which file, and what the system says of it.
+std::string CauseOf(const std::exception& error);
 
 }  // namespace app

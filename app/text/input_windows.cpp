@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "app/text/input_file.h"
+#include "app/text/input.h"
 #include "platform/owner.h"
 
 namespace app {

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <system_error>
 
-#include "app/text/input_file.h"
+#include "app/text/input.h"
 #include "platform/posix/machine/machine_file.h"
 
 namespace app {

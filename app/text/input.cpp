@@ -1,11 +1,10 @@
-#include "app/text/text_file.h"
+#include "app/text/input.h"
 
 #include <iostream>
 #include <stdexcept>
 #include <utility>
 
-#include "app/text/input_file.h"
-#include "app/text/usage_error.h"
+#include "app/text/errors.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -58,6 +57,11 @@ std::string Read(const std::string& file) try {
 }
 
 }  // namespace
+
+void RequireSize(std::size_t size, std::size_t greatest) {
+  if (size > greatest)
+    throw std::runtime_error("more than " + std::to_string(greatest / 1024) + " KiB");
+}
 
 std::optional<std::wstring> DecodeText(std::string_view bytes) {
   if (bytes.starts_with("\xEF\xBB\xBF")) return FromUtf8(bytes.substr(3));

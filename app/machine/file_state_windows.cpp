@@ -1,4 +1,4 @@
-#include "app/machine/setting_state.h"
+#include "app/machine/file_state.h"
 
 namespace app {
 

@@ -1,7 +1,8 @@
 #pragma once
 
-// Whether the Settings component can read and write its file here, found out without changing
-// anything.
+// Files of the machine that keep a pass from its work: those that the machine refuses to open, as a
+// link, a FIFO, a folder or a file of another account, which the library reads as missing; and
+// those that cannot be written. Nothing is changed to find out.
 
 #include <filesystem>
 #include <optional>
@@ -39,5 +40,20 @@ std::string WhyNotWritten(const std::filesystem::path& path);
 std::string WhyClosed(const std::filesystem::path& folder);
 std::string WhyFull(const std::filesystem::path& folder);
 std::string WhyNotMade(const std::filesystem::path& folder);
+
+struct RefusedPlace {
+  std::filesystem::path path;
+  std::string why;  ///< "is a link", "belongs to another account", ...
+};
+
+/// Of all files that the library, its component and its log open, and the folders on the way.
+std::vector<RefusedPlace> RefusedPlaces();
+
+/// "is a link", "lies in EMS, which is a link", ...; empty when the machine opens the file, or
+/// would make it.
+std::string WhyRefused(const std::filesystem::path& file);
+
+/// The same for the passes' mutex: "its file is a link", "its folder is a link", ...
+std::string WhyMutexRefused();
 
 }  // namespace app
