@@ -21,7 +21,7 @@ _sigilctl() {
     ' '*' -'*) words='--root --help --version' ;;
     'check '*' -'*) words='--root --help --policy-id --json' ;;
     'diff '*' -'*) words='--root --help --policy-id' ;;
-    'preview '*' -'*) words='--root --help --policy-id --printer --output --paper --landscape' ;;
+    'preview '*' -'*) words='--root --help --policy-id --printer --output --paper --landscape --plain' ;;
     'update '*' -'*) words='--root --help --policy-id --reset-name --force' ;;
     'show '*' -'*) words='--root --help --json --no-ids --brief --printer' ;;
     'log '*' -'*) words='--root --help --follow --level --since' ;;

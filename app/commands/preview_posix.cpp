@@ -8,13 +8,15 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/output_file.h"
+#include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/page/draw.h"
 #include "app/page/layout.h"
-#include "app/page/set_text.h"
 #include "app/rehearsal/review.h"
 #include "app/text/errors.h"
+#include "app/text/input.h"
 #include "app/text/table.h"
+#include "platform/posix/machine/machine.h"
 #include "platform/visible_text.h"
 
 namespace app {
@@ -30,10 +32,14 @@ struct Options {
   std::string printer = "*";
   std::string paper = "A4";
   bool isLandscape = false;
+  bool isPlain = false;           ///< The bare paper, to lay over a print.
   std::filesystem::path picture;  ///< Its extension, svg, pdf or png, names the format.
 };
 
+constexpr char kStandardOutput[] = "-";
+
 page::Format FormatOf(const std::filesystem::path& picture) {
+  if (picture == kStandardOutput) return page::Format::kSvg;
   const std::string extension = picture.extension().string();
   if (extension == ".svg") return page::Format::kSvg;
   if (extension == ".pdf") return page::Format::kPdf;
@@ -89,6 +95,13 @@ std::vector<std::string> Lines(std::vector<page::Note> notes) {
   return lines;
 }
 
+/// Names the records that are drawn.
+std::string Source(const Options& options) {
+  if (options.file.empty()) return "the records of " + OneLine(platform::MachineRoot().string());
+  return OneLine(NameOf(options.file)) + ", policy " + std::to_string(options.policyId) +
+         ", SHA-256 " + ChecksumOf(ReadTextFile(options.file));
+}
+
 /// Draws the page that a printer's watermarks make on empty paper. A picture that is there already
 /// is replaced as a whole. Throws UsageError for a printer that is none or prints without
 /// watermarks.
@@ -101,8 +114,6 @@ int Preview(const Options& options) {
   page::Page page = page::LayOut(entry, paper, page::MeasureText);
   const std::vector<page::Note> elsewhere = Elsewhere(content, entry);
   page.notes.insert(page.notes.end(), elsewhere.begin(), elsewhere.end());
-  const std::vector<page::Note> fonts = page::FontNotes(page);
-  page.notes.insert(page.notes.end(), fonts.begin(), fonts.end());
 
   const std::string subject =
       (entry.printer == "*" ? "the default entry" : OneLine(entry.printer, kNameWidth)) + " on " +
@@ -110,12 +121,19 @@ int Preview(const Options& options) {
   const std::string count = std::to_string(page.marks.size()) + " of " +
                             std::to_string(entry.watermarks.size()) + " watermarks";
   const std::vector<std::string> notes = Lines(page.notes);
-  std::vector<std::string> caption = {count + " of " + subject};
-  caption.insert(caption.end(), notes.begin(), notes.end());
-  caption.emplace_back();
-  caption.insert(caption.end(), std::begin(page::kMeaning), std::end(page::kMeaning));
-
-  WriteOutput(options.picture, page::Draw(page, caption, format));
+  std::vector<std::string> caption;
+  if (!options.isPlain) {
+    caption = {count + " of " + subject, Source(options)};
+    caption.insert(caption.end(), notes.begin(), notes.end());
+    caption.emplace_back();
+    caption.insert(caption.end(), std::begin(page::kMeaning), std::end(page::kMeaning));
+  }
+  const std::string picture = page::Draw(page, caption, format);
+  if (options.picture == kStandardOutput) {
+    std::cout << picture;
+    return 0;
+  }
+  WriteOutput(options.picture, picture);
   std::cout << "preview: " << platform::Visible(options.picture.string()) << " shows " << count
             << " of " << subject << ".\n";
   for (const std::string& note : notes) std::cout << "  " << note << "\n";
@@ -133,13 +151,16 @@ void AddPreview(CommandLine& line) {
   AddPolicyId(command, options->policyId);
   command.add_option("--printer", options->printer, "Whose page (the default entry's)")
       ->type_name("NAME");
-  command.add_option("-o,--output", options->picture, "The picture: a .svg, .pdf or .png")
+  command
+      .add_option("-o,--output", options->picture,
+                  "The picture: a .svg, .pdf or .png; - is standard output, as SVG")
       ->type_name("PICTURE")
       ->required();
   command.add_option("--paper", options->paper, "The paper (A4): A3, A4 or Letter")
       ->type_name("SIZE")
       ->check(OneOf({"A3", "A4", "Letter"}));
   command.add_flag("--landscape", options->isLandscape, "The paper's long side lies");
+  command.add_flag("--plain", options->isPlain, "The bare paper in its true size");
 }
 
 }  // namespace app

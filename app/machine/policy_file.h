@@ -41,6 +41,10 @@ struct Unsealed {
 };
 std::optional<Unsealed> Unseal(const std::wstring& path);
 
+/// Returns the SHA-256 (FIPS 180-4) of the text in UTF-8, in hexadecimal digits. It is the same for
+/// a text and for the policy file made of it.
+std::string ChecksumOf(const std::wstring& text);
+
 /// Whether the text is what another key gives: noise, which is hardly ever text without a fault.
 bool IsNoise(const std::wstring& text, const PolicyText& policy);
 inline constexpr char kOtherKey[] = "not sealed with this machine's key source, or damaged";

@@ -4,14 +4,161 @@
 #include <cairo-svg.h>
 #include <pango/pangocairo.h>
 
+#include <algorithm>
 #include <numbers>
 #include <stdexcept>
 
-#include "app/page/set_text.h"
 #include "platform/owner.h"
+#include "platform/utf.h"
 
 namespace app::page {
 namespace {
+
+constexpr double kMillimetersPerPoint = 25.4 / 72;
+constexpr double kSetPoints = 50;
+constexpr double kCaptionPoints = 7;
+
+using Attributes = Owner<PangoAttrList*, pango_attr_list_unref>;
+using Description = Owner<PangoFontDescription*, pango_font_description_free>;
+
+/// The fonts of this machine, and the way in which all texts are set. One point is one unit.
+class Typesetting {
+ public:
+  static const Typesetting& Get() {
+    static const Typesetting typesetting;
+    return typesetting;
+  }
+  Typesetting(const Typesetting&) = delete;
+  Typesetting& operator=(const Typesetting&) = delete;
+
+  PangoContext* Context() const { return m_context.Get(); }
+
+ private:
+  Typesetting()
+      : m_fonts(pango_cairo_font_map_new()),
+        m_context(pango_font_map_create_context(m_fonts.Get())) {
+    pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(m_fonts.Get()), 72);
+    const Owner<cairo_font_options_t*, cairo_font_options_destroy> options(
+        cairo_font_options_create());
+    cairo_font_options_set_hint_style(options.Get(), CAIRO_HINT_STYLE_NONE);
+    cairo_font_options_set_hint_metrics(options.Get(), CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_antialias(options.Get(), CAIRO_ANTIALIAS_GRAY);
+    pango_cairo_context_set_font_options(m_context.Get(), options.Get());
+    pango_context_set_round_glyph_positions(m_context.Get(), FALSE);
+    // Han characters take their Japanese form.
+    pango_context_set_language(m_context.Get(), pango_language_from_string("ja"));
+  }
+  Owner<PangoFontMap*, g_object_unref> m_fonts;
+  Owner<PangoContext*, g_object_unref> m_context;
+};
+
+PangoLayout* NewLayout() {
+  return pango_layout_new(Typesetting::Get().Context());
+}
+
+/// UTF-8, whatever the bytes are: a file that others wrote may hold ill-formed text.
+std::string Sound(const std::string& text) {
+  return platform::ToUtf8(platform::FromUtf8(text));
+}
+
+void SetWords(PangoLayout* layout, const std::string& text) {
+  const std::string sound = Sound(text);
+  pango_layout_set_text(layout, sound.data(), static_cast<int>(sound.size()));
+}
+
+void SetAttribute(PangoLayout* layout, PangoAttribute* attribute) {
+  const Attributes attributes(pango_attr_list_new());
+  pango_attr_list_insert(attributes.Get(), attribute);
+  pango_layout_set_attributes(layout, attributes.Get());
+}
+
+Description Font(const std::string& family, double points) {
+  Description font(pango_font_description_new());
+  pango_font_description_set_family(font.Get(), Sound(family).c_str());
+  pango_font_description_set_size(font.Get(), pango_units_from_double(points));
+  return font;
+}
+
+Description FontOf(const peers::WatermarkRecord& record) {
+  Description font = Font(record.fontName, kSetPoints);
+  if (record.bold) pango_font_description_set_weight(font.Get(), PANGO_WEIGHT_BOLD);
+  if (record.italic) pango_font_description_set_style(font.Get(), PANGO_STYLE_ITALIC);
+  return font;
+}
+
+/// A text as Pango sets it, in one size, kSetPoints, and without hints, which would fit the letters
+/// to pixels that a printer has not. The text is scaled when it is drawn, so its measures are in
+/// proportion to its size.
+class SetText {
+ public:
+  explicit SetText(const peers::WatermarkRecord& record, Alignment lines = Alignment::kLeft);
+
+  struct Box {
+    double x, y, width, height;
+  };
+  /// Returns the box of the lines and of ink beyond them, as a slanted letter has; of a fitted text
+  /// the box of the ink alone. In points, like all measures of Pango here.
+  Box Covered() const;
+
+  PangoLayout* Layout() const { return m_layout.Get(); }
+
+ private:
+  Owner<PangoLayout*, g_object_unref> m_layout;
+  bool m_isFitted;
+};
+
+SetText::SetText(const peers::WatermarkRecord& record, Alignment lines)
+    : m_layout(NewLayout()), m_isFitted(record.fit) {
+  constexpr PangoAlignment kAlignments[] = {PANGO_ALIGN_LEFT, PANGO_ALIGN_CENTER,
+                                            PANGO_ALIGN_RIGHT};
+  pango_layout_set_alignment(m_layout.Get(), kAlignments[static_cast<int>(lines)]);
+  pango_layout_set_font_description(m_layout.Get(), FontOf(record).Get());
+  SetWords(m_layout.Get(), record.text);
+  if (record.underLine)
+    SetAttribute(m_layout.Get(), pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
+}
+
+SetText::Box SetText::Covered() const {
+  PangoRectangle ink, lines;
+  pango_layout_get_extents(m_layout.Get(), &ink, &lines);
+  if (m_isFitted) lines = ink;
+  const int x = std::min(ink.x, lines.x), y = std::min(ink.y, lines.y);
+  const int right = std::max(ink.x + ink.width, lines.x + lines.width);
+  const int bottom = std::max(ink.y + ink.height, lines.y + lines.height);
+  return {pango_units_to_double(x), pango_units_to_double(y), pango_units_to_double(right - x),
+          pango_units_to_double(bottom - y)};
+}
+
+/// Lines of text, the first in bold, wrapped to a width in millimetres.
+class SetCaption {
+ public:
+  SetCaption(const std::vector<std::string>& lines, double width);
+
+  double Height() const;  ///< In millimetres.
+  PangoLayout* Layout() const { return m_layout.Get(); }
+
+ private:
+  Owner<PangoLayout*, g_object_unref> m_layout;
+};
+
+SetCaption::SetCaption(const std::vector<std::string>& lines, double width)
+    : m_layout(NewLayout()) {
+  pango_layout_set_font_description(m_layout.Get(), Font("Sans", kCaptionPoints).Get());
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  SetWords(m_layout.Get(), text);
+  pango_layout_set_width(m_layout.Get(), pango_units_from_double(width / kMillimetersPerPoint));
+  pango_layout_set_wrap(m_layout.Get(), PANGO_WRAP_WORD_CHAR);
+  PangoAttribute* const bold = pango_attr_weight_new(PANGO_WEIGHT_BOLD);
+  bold->end_index = static_cast<guint>(text.find('\n'));
+  SetAttribute(m_layout.Get(), bold);
+}
+
+double SetCaption::Height() const {
+  int height = 0;
+  pango_layout_get_size(m_layout.Get(), nullptr, &height);
+  return pango_units_to_double(height) * kMillimetersPerPoint;
+}
 
 using Surface = Owner<cairo_surface_t*, cairo_surface_destroy>;
 using Drawing = Owner<cairo_t*, cairo_destroy>;
@@ -43,6 +190,18 @@ void DrawPaper(cairo_t* drawing, const Page& page) {
   cairo_fill_preserve(drawing);
   cairo_clip(drawing);
   for (const Mark& mark : page.marks) DrawMark(drawing, mark);
+  cairo_restore(drawing);
+}
+
+/// The paper's edge, and the line beyond which most printers print nothing.
+void DrawEdges(cairo_t* drawing, const Size& paper) {
+  constexpr double kDots[] = {0.3, 1.2};
+  cairo_save(drawing);
+  cairo_set_source_rgb(drawing, 0.55, 0.55, 0.55);
+  cairo_set_line_width(drawing, 0.15);
+  cairo_set_dash(drawing, kDots, 2, 0);
+  cairo_rectangle(drawing, kMargin, kMargin, paper.width - 2 * kMargin, paper.height - 2 * kMargin);
+  cairo_stroke(drawing);
   cairo_restore(drawing);
   cairo_rectangle(drawing, -0.1, -0.1, paper.width + 0.2, paper.height + 0.2);
   cairo_set_source_rgb(drawing, 0.55, 0.55, 0.55);
@@ -101,29 +260,40 @@ Canvas MakeCanvas(Size size, Format format, std::string& bytes) {
 
 std::string Draw(const Page& page, const std::vector<std::string>& caption, Format format) {
   const Size paper = page.paper.size;
+  const bool isPlain = caption.empty();
   const SetCaption words(caption, paper.width);
-  const Size size = {paper.width + 2 * kBorder, paper.height + 2 * kBorder + words.Height()};
-
+  const Size size =
+      isPlain ? paper
+              : Size{paper.width + 2 * kBorder, paper.height + 2 * kBorder + words.Height()};
   std::string bytes;
+  const Canvas canvas = MakeCanvas(size, format, bytes);
   {
-    const Canvas canvas = MakeCanvas(size, format, bytes);
-    {
-      const Drawing drawing(cairo_create(canvas.surface.Get()));
-      cairo_scale(drawing.Get(), canvas.scale, canvas.scale);
+    const Drawing drawing(cairo_create(canvas.surface.Get()));
+    cairo_scale(drawing.Get(), canvas.scale, canvas.scale);
+    if (!isPlain) {
       cairo_set_source_rgb(drawing.Get(), 0.94, 0.94, 0.94);
       cairo_paint(drawing.Get());
       cairo_translate(drawing.Get(), kBorder, kBorder);
-      DrawPaper(drawing.Get(), page);
+    }
+    DrawPaper(drawing.Get(), page);
+    if (!isPlain) {
+      DrawEdges(drawing.Get(), paper);
       cairo_translate(drawing.Get(), 0, paper.height + kBorder / 2.0);
       DrawCaption(drawing.Get(), words);
-      Check(cairo_status(drawing.Get()));
     }
-    if (format == Format::kPng)
-      Check(cairo_surface_write_to_png_stream(canvas.surface.Get(), Append, &bytes));
-    cairo_surface_finish(canvas.surface.Get());
-    Check(cairo_surface_status(canvas.surface.Get()));
+    Check(cairo_status(drawing.Get()));
   }
+  if (format == Format::kPng)
+    Check(cairo_surface_write_to_png_stream(canvas.surface.Get(), Append, &bytes));
+  cairo_surface_finish(canvas.surface.Get());
+  Check(cairo_surface_status(canvas.surface.Get()));
   return bytes;
+}
+
+Size MeasureText(const peers::WatermarkRecord& record) {
+  const SetText::Box box = SetText(record).Covered();
+  constexpr double kOnePoint = kMillimetersPerPoint / kSetPoints;
+  return {box.width * kOnePoint, box.height * kOnePoint};
 }
 
 }  // namespace app::page

@@ -14,14 +14,10 @@ constexpr std::size_t kMostText = 4000;  // bytes of one text
 constexpr double kLeastStep = 1;         // from one copy to the next
 constexpr double kTolerance = 0.05;
 
-/// What a page still has room for: watermarks, the bytes of their texts in all copies, and the
-/// ground that these cover, which is so many layers over the whole page.
-struct Room {
-  int watermarks = 500;
-  double bytes = 50'000;
-  double area = 0;
-};
-constexpr double kMostLayers = 100;
+/// The limit that keeps a hostile file from being drawn for ever: so many bytes of text in all
+/// copies, each of which counts for kCopy bytes more.
+constexpr double kRoom = 200'000;
+constexpr double kCopy = 100;
 
 std::string Number(double number) {
   char text[32];
@@ -100,22 +96,18 @@ Beyond BeyondPage(double middle, double extent, double length) {
 /// Lays out one watermark after the other and takes notes on the way.
 class Setter {
  public:
-  Setter(const Paper& paper, const Measure& measure) : m_measure(measure) {
-    m_page.paper = paper;
-    m_room.area = kMostLayers * paper.size.width * paper.size.height;
-  }
+  Setter(const Paper& paper, const Measure& measure) : m_measure(measure) { m_page.paper = paper; }
 
   void Add(const peers::WatermarkRecord& record) {
-    if (m_room.watermarks == 0 || m_room.bytes <= 0 || m_room.area <= 0) {
+    if (m_room <= 0) {
       ++m_left;
       return;
     }
-    --m_room.watermarks;
     Mark mark;
     mark.record = WithinRanges(record);
     m_name = mark.record.name;
     if (!IsSeen(record)) return;
-    m_room.bytes -= static_cast<double>(mark.record.text.size());
+    m_room -= CostOf(mark);
     const Size one = Turned(m_measure(mark.record), mark.record.rotate);
     if (!(one.width > 0 && one.height > 0)) return;
     const Size page = m_page.paper.size;
@@ -198,27 +190,25 @@ class Setter {
     return isRepeated && step >= kLeastStep;
   }
 
-  /// One copy has room in any case. What is left out is left out at the edges.
+  static double CostOf(const Mark& mark) {
+    return static_cast<double>(mark.record.text.size()) + kCopy;
+  }
+
+  /// Leaves copies out at the edges. One has its room already.
   void KeepToRoom(const Mark& mark, Copies& columns, Copies& rows) {
-    const auto bytes = static_cast<double>(mark.record.text.size());
-    const Size page = m_page.paper.size;
-    const double area =
-        std::min(mark.box.width, page.width) * std::min(mark.box.height, page.height);
     const auto count = [&] { return static_cast<double>(columns.Count()) * rows.Count(); };
-    const double most =
-        1 + std::floor(std::max(0.0, std::min(m_room.bytes / bytes, m_room.area / area)));
+    const double most = 1 + std::floor(std::max(0.0, m_room / CostOf(mark)));
     const double wanted = count();
     while (count() > most) (columns.Count() > rows.Count() ? columns : rows).Shorten();
     if (wanted > most)
       Tell("has " + Number(wanted) + " copies on the page; " + Number(count()) +
            " in the middle are drawn");
-    m_room.bytes -= (count() - 1) * bytes;
-    m_room.area -= count() * area;
+    m_room -= (count() - 1) * CostOf(mark);
   }
 
   const Measure& m_measure;
   Page m_page;
-  Room m_room;
+  double m_room = kRoom;
   std::string m_name;  // of the watermark at hand
   std::size_t m_left = 0;
 };

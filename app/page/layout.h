@@ -70,12 +70,14 @@ Page LayOut(const peers::EntryRecord& entry, const Paper& paper, const Measure& 
 inline constexpr std::string_view kMeaning[] = {
     "This is a stand-in's reading of the records; the component that prints may differ.",
     "Drawn are the watermarks that the entry's last setting lists, if it is switched on.",
-    "Positions 0 to 8 are the 3 by 3 places of the paper, row by row from the upper left.",
+    "PrintPos 1 2 3 are the places at the top, 7 8 9 in the middle, 4 5 6 at the bottom.",
     "A text lies at its place's edges; an X offset moves it right, a Y offset down, in mm.",
-    "Sizes are in points; a fitted text is as large as the page lets it be, whatever its size.",
+    "Sizes are in points; a fitted text is as large as its ink has room, whatever its size.",
     "Rotation is anticlockwise, in degrees. Colours are red, green, blue; opacity is in percent.",
     "Copies along the first axis go across the page, along the second down the page, both ways.",
     "A space is what lies between two copies, in mm; below 0 they overlap.",
+    "Letters come from this machine's fonts; the machine that prints may have others.",
+    "The dotted line is 5 mm from the edge: most printers print nothing beyond it.",
 };
 
 }  // namespace app::page
