@@ -292,7 +292,7 @@ Review ReviewPolicy(const std::wstring& text, int policyId, bool resetName) {
     review.records = std::move(rehearsal.records);
   }
   if (review.outcome.result == SIGIL_SETTING_FAILED) {
-    if (review.refusal.empty()) review.failure = FirstFailure(review.outcome.messages);
+    if (review.refusal.empty()) review.failure = FirstFailure(review.outcome.messages).sentence;
     return review;
   }
   review.refusal.clear();

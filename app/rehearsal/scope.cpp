@@ -69,7 +69,7 @@ std::string WhyNotDelivered(const std::wstring& text) {
                             Deliver(text);
                             return exports.set();
                           }).outcome;
-  return outcome.result == SIGIL_SETTING_FAILED ? FirstFailure(outcome.messages) : "";
+  return outcome.result == SIGIL_SETTING_FAILED ? FirstFailure(outcome.messages).sentence : "";
 }
 
 }  // namespace app
