@@ -22,13 +22,12 @@ _sigilctl() {
     'check '*' -'*) words='--root --help --policy-id --json' ;;
     'diff '*' -'*) words='--root --help --policy-id' ;;
     'preview '*' -'*) words='--root --help --policy-id --printer --output --paper --landscape --plain' ;;
-    'update '*' -'*) words='--root --help --policy-id --reset-name --force --verbose' ;;
+    'update '*' -'*) words='--root --help --policy-id --reset-name --force' ;;
     'show '*' -'*) words='--root --help --json --no-ids --brief --printer' ;;
     'log '*' -'*) words='--root --help --follow --level --since' ;;
-    'seal '*' -'*) words='--root --help --output --force' ;;
+    'seal '*' -'*) words='--root --help --output --policy-id --force' ;;
     'unseal '*' -'*) words='--root --help --output' ;;
     'doctor '*' -'*) words='--root --help --json' ;;
-    'set '*' -'* | 'release'*' -'* | 'exclude '*' -'* | 'content-log '*' -'*) words='--root --help --verbose' ;;
     *' -'*) words='--root --help' ;;
     ' '*) words=$commands ;;
     'content-log '*) words='on off' ;;

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <iostream>
-#include <set>
+#include <span>
 
 #include "app/machine/state.h"
-#include "app/pass/result.h"
+#include "app/rehearsal/fields.h"
 #include "app/rehearsal/review.h"
 #include "app/text/input.h"
 #include "app/text/json.h"
@@ -28,47 +28,58 @@ void PrintWrapped(const std::string& head, std::string_view text) {
   }
 }
 
-/// "Bold, Italic off; Rotate 0": the properties that an element lacks, by what they read as.
-std::string Lacking(const std::vector<Finding>& notes, const std::string& element) {
+/// An element that lacks properties: their names, by the value that they read as.
+struct LackingElement {
+  std::string id;
   std::vector<std::pair<std::string, std::string>> groups;
-  for (const Finding& note : notes) {
-    if (note.kind != "lacking" || note.element != element) continue;
-    const auto same = [&](const auto& group) { return group.first == note.became; };
-    const auto found = std::ranges::find_if(groups, same);
+
+  /// "Bold, Italic off; Rotate 0"
+  std::string Text() const {
+    std::string text;
+    for (const auto& [became, names] : groups)
+      text += (text.empty() ? "" : "; ") + names + " " + became;
+    return text;
+  }
+};
+
+std::vector<LackingElement> Lacking(const Remarks& notes) {
+  std::vector<LackingElement> elements;
+  for (const Finding& note : notes.Kept()) {
+    if (note.kind != "lacking" || note.element.empty()) continue;
+    if (elements.empty() || elements.back().id != note.element)
+      elements.push_back({note.element, {}});
+    auto& groups = elements.back().groups;
+    const auto found =
+        std::ranges::find(groups, note.became, [](auto& group) { return group.first; });
     if (found == groups.end())
       groups.emplace_back(note.became, note.property);
     else
       found->second += ", " + note.property;
   }
-  std::string text;
-  for (const auto& [became, names] : groups)
-    text += (text.empty() ? "" : "; ") + names + " " + became;
-  return text;
+  return elements;
 }
 
 void PrintLacking(const Review& review) {
-  std::set<std::string> seen;
-  std::vector<std::pair<std::string, std::string>> rows;
-  for (const ElementFate& fate : review.elements) {
-    const std::string text = Lacking(review.remarks.notes, fate.id);
-    if (text.empty() || !seen.insert(fate.id).second) continue;
-    rows.emplace_back(OneLine(fate.id, kNameWidth), text);
-  }
-  if (rows.empty()) return;
-  const std::size_t left = rows.size() - std::min(rows.size(), kMostRows);
-  rows.resize(rows.size() - left);
+  const std::vector<LackingElement> all = Lacking(review.notes);
+  if (all.empty()) return;
+  const std::span<const LackingElement> shown(all.data(), std::min(all.size(), kMostRows));
   std::size_t width = 0;
-  for (const auto& [id, text] : rows) width = std::max(width, DisplayWidth(id));
+  for (const LackingElement& each : shown)
+    width = std::max(width, DisplayWidth(OneLine(each.id, kNameWidth)));
   std::cout << "\nWhat is not there reads as\n";
-  for (const auto& [id, text] : rows)
-    PrintWrapped("  " + id + std::string(width - DisplayWidth(id) + 2, ' '), text);
-  if (left > 0) std::cout << "  and " << left << " elements more, which --json tells\n";
+  for (const LackingElement& each : shown) {
+    const std::string id = OneLine(each.id, kNameWidth);
+    PrintWrapped("  " + id + std::string(width - DisplayWidth(id) + 2, ' '), each.Text());
+  }
+  if (const std::size_t left = all.size() - shown.size(); left > 0)
+    std::cout << "  and " << left << " elements more, which --json tells\n";
 }
 
 void PrintNotes(const std::string& file, const Review& review) {
   bool isFirst = true;
-  for (const Finding& note : review.remarks.notes) {
-    if (note.kind == "lacking" && !note.element.empty()) continue;
+  for (const Finding& note : review.notes.Kept()) {
+    const bool isInTable = note.kind == "lacking" && note.property != "PrinterScope";
+    if (isInTable) continue;
     if (isFirst) std::cout << "\nGood to know\n";
     isFirst = false;
     std::cout << "  " << Line(file, note) << "\n";
@@ -89,11 +100,11 @@ void Print(const std::string& file, const Review& review) {
   std::cout << file << ", policy " << review.policyId << ": " << review.Registered() << " of "
             << Counted(review.elements.size(), "element", "elements") << " on "
             << Counted(review.records.entries.size(), "entry", "entries") << "; "
-            << (review.remarks.findings.empty()
+            << (review.findings.Count() == 0
                     ? "nothing found"
-                    : Counted(review.remarks.findings.size(), "finding", "findings"))
+                    : Counted(review.findings.Count(), "finding", "findings"))
             << ".\n";
-  for (const Finding& finding : review.remarks.findings) std::cout << Line(file, finding) << "\n";
+  for (const Finding& finding : review.findings.Kept()) std::cout << Line(file, finding) << "\n";
   PrintNotes(file, review);
   PrintLacking(review);
   PrintPrinters(review);
@@ -101,9 +112,9 @@ void Print(const std::string& file, const Review& review) {
     std::cout << "\n" << unread << "\n";
 }
 
-Json ToJson(const std::vector<Finding>& findings) {
+Json ToJson(const Remarks& remarks) {
   Json list = Json::array();
-  for (const Finding& finding : findings) {
+  for (const Finding& finding : remarks.Kept()) {
     Json& json = list.emplace_back(Json{{"kind", finding.kind}});
     if (!finding.element.empty()) json["element"] = finding.element;
     if (!finding.property.empty()) json["property"] = finding.property;
@@ -126,9 +137,9 @@ void PrintAsJson(const std::string& file, const Review& review) {
     printers.push_back({{"printer", printer.printer}, {"fate", printer.fate}});
   const Json all = {{"file", file},
                     {"policyId", review.policyId},
-                    {"result", review.outcome.result},
-                    {"findings", ToJson(review.remarks.findings)},
-                    {"notes", ToJson(review.remarks.notes)},
+                    {"result", review.result},
+                    {"findings", ToJson(review.findings)},
+                    {"notes", ToJson(review.notes)},
                     {"elements", elements},
                     {"printers", printers}};
   PrintJson(std::cout, all);
@@ -143,7 +154,7 @@ int Check(const CheckOptions& options) {
     PrintAsJson(file, review);
   else
     Print(file, review);
-  return review.remarks.findings.empty() ? 0 : 1;
+  return review.findings.Count() == 0 ? 0 : 1;
 }
 
 }  // namespace app

@@ -4,7 +4,7 @@
 #include <iostream>
 #include <map>
 
-#include "app/rehearsal/registered.h"
+#include "app/rehearsal/fields.h"
 #include "app/rehearsal/review.h"
 #include "app/text/errors.h"
 #include "app/text/input.h"
@@ -29,9 +29,7 @@ struct Side {
 Side Rehearsed(const std::string& file, int policyId) {
   Side side{NameOf(file), ReviewFile(file, policyId), {}, {}};
   const Review& review = side.review;
-  for (const Finding& finding : review.remarks.findings)
-    if (finding.kind == "policy" && finding.line == 0)
-      throw UsageError(side.file + ": " + finding.message);
+  if (!review.emptied.empty()) throw UsageError(side.file + ": " + review.emptied);
   std::map<std::string, int> count;
   for (const ElementFate& fate : review.elements) {
     if (!fate.mark) continue;
@@ -63,12 +61,12 @@ std::string Names(const std::vector<ElementKey>& keys) {
 
 void AddChanges(const Side& left, const Side& right, std::vector<Row>& rows) {
   for (const ElementKey& key : Select(left, right, true)) {
-    const auto before = ValuesOf(left.marks.at(key), key.first);
-    const auto after = ValuesOf(right.marks.at(key), key.first);
-    for (std::size_t i = 0; i < before.size(); ++i)
-      if (before[i] != after[i])
-        rows.push_back({NameOfElement(key), Fields()[i].name, Shown(Fields()[i], before[i]),
-                        Shown(Fields()[i], after[i])});
+    for (const Field& field : Fields()) {
+      const FieldValue before = field.get(left.marks.at(key));
+      const FieldValue after = field.get(right.marks.at(key));
+      if (before != after)
+        rows.push_back({NameOfElement(key), field.name, Shown(before), Shown(after)});
+    }
   }
 }
 

@@ -30,6 +30,13 @@ std::string ScopeState(const MachineState& state) {
          ScopeMeaning(*state.scope);
 }
 
+std::string SwitchState(const std::optional<int>& value) {
+  if (!value) return "unknown: the file cannot be opened";
+  const std::string number = "item 63 is " + std::to_string(*value);
+  if (*value < 0) return "unreadable: " + number;
+  return (*value == 0 ? "off: " : "on: ") + number;
+}
+
 std::string PipeState(DWORD error) {
   return error == 0 ? "served" : "not served (error " + std::to_string(error) + ")";
 }
@@ -58,7 +65,7 @@ Json Parts(const MachineState& state) {
   add("Key source", state.keySource, ToUtf8(KeySource()));
   add("Policy file", state.policyFile, ToUtf8(state.delivery.PolicyFile()));
   add("Scope of set", ScopeState(state), "");
-  add("Function switch", state.functionSwitch.state, ToUtf8(state.delivery.SystemSetting()));
+  add("Function switch", SwitchState(state.functionSwitch), ToUtf8(state.delivery.SystemSetting()));
   add("Component", state.component.empty() ? "found" : state.component,
       ToUtf8(BesideHost(kComponentFile)));
   add("Setting file", state.settingFile.state, state.settingFile.place);

@@ -23,16 +23,6 @@
 namespace app {
 namespace {
 
-/// The policy by which set goes.
-constexpr int kSwitchingPolicy = 1;
-
-/// Throws UsageError when the output would take the place of its own source.
-void RequireOther(const std::string& source, const std::string& output) {
-  std::error_code error;
-  if (std::filesystem::equivalent(source, output, error))
-    throw UsageError(output + ": the output would replace its own source");
-}
-
 void RequireKey() {
   const KeyState key = ExamineKey();
   if (!key.isThere || !key.gives)
@@ -49,6 +39,16 @@ std::string SealedText(const std::wstring& text, const std::string& file) {
   return sealed;
 }
 
+/// What will be switched is not what was rehearsed; empty when it is.
+std::string OtherScope(const std::wstring& text, int policyId) {
+  const PolicyText policy = ReadPolicy(text);
+  if (!policy.refusal.empty()) return "";
+  if (!policy.hasPolicy)
+    return "set goes by policy 1, which this text has not; it counts as scope 0";
+  if (policyId == 1) return "";
+  return "set goes by policy 1 of this text, not by " + std::to_string(policyId);
+}
+
 void Tell(std::size_t size, const std::string& place) {
   std::cout << "seal: " << size << " bytes in " << platform::Visible(place) << ".\n";
 }
@@ -56,19 +56,19 @@ void Tell(std::size_t size, const std::string& place) {
 struct Options {
   std::string file;
   std::string output;  ///< Empty: WmPolicy.dat in the machine's delivery folder.
+  int policyId = 1;    ///< The policy that will be applied.
   bool isForced = false;
 };
 
 /// Makes a policy file of the policy text, under the machine's key. Throws UsageError when the text
 /// or the key will not do, and unless forced for a policy that a rehearsal finds unfit.
 int Seal(const Options& options) {
-  RequireOther(options.file, options.output);
   const std::wstring text = ReadTextFile(options.file);
   const std::string name = NameOf(options.file);
   RequireKey();
   const std::string sealed = SealedText(text, name);
   const Verdict verdict =
-      RefuseOrTell(text, name, kSwitchingPolicy, Use::kDelivery, options.isForced);
+      RefuseOrTell(text, name, options.policyId, Use::kDelivery, options.isForced);
   if (options.output.empty()) {
     const DeliveryFolder delivery = FindDeliveryFolder();
     WriteOutput(platform::HostPath(delivery.PolicyFile()), sealed);
@@ -79,6 +79,8 @@ int Seal(const Options& options) {
   }
   for (const std::string& line : verdict.lines)
     std::cout << "  " << platform::Visible(line) << "\n";
+  if (const std::string other = OtherScope(text, options.policyId); !other.empty())
+    std::cerr << "sigilctl: warning: " << name << ": " << other << ".\n";
   return 0;
 }
 
@@ -108,7 +110,6 @@ void PrintVisible(const std::string& text) {
 /// empty. At a terminal controls are made visible. Throws UsageError when no text comes of the
 /// file.
 int UnsealPolicy(const std::string& file, const std::string& output) {
-  RequireOther(file, output);
   const std::wstring path = file.empty()
                                 ? FindDeliveryFolder().PolicyFile()
                                 : platform::FromUtf8(std::filesystem::absolute(file).string());
@@ -139,6 +140,7 @@ void AddSeal(CommandLine& line) {
                                [options] { return Seal(*options); });
   AddPolicyFile(command, options->file);
   AddOutput(command, options->output, "FILE", "Another place for it");
+  AddPolicyId(command, options->policyId);
   AddForce(command, options->isForced);
 }
 

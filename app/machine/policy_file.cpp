@@ -30,7 +30,7 @@ KeyState ExamineKey() {
   PolicyKey key;
   state.gives = FindKey(key);
   if (!state.gives)
-    state.source += "; no key comes of it, since 33 are the most";
+    state.source += "; no key comes of it: more than its digest has digits for, at most 33";
   else if (!state.isThere)
     state.source += "; the key is all zero then";
   return state;

@@ -1,6 +1,5 @@
 #include "app/machine/policy_text.h"
 
-#include <algorithm>
 #include <cctype>
 
 #include "platform/owner.h"
@@ -25,50 +24,18 @@ IXMLDOMDocument2Ptr NewDocument() {
   return document;
 }
 
-IXMLDOMNodePtr Find(const IXMLDOMNodePtr& node, const wchar_t* query) {
+IXMLDOMNodePtr Find(const IXMLDOMNodePtr& node, const std::wstring& query) {
   IXMLDOMNodePtr found;
-  CheckError(node->selectSingleNode(_bstr_t(query), &found));
+  CheckError(node->selectSingleNode(_bstr_t(query.c_str()), &found));
   return found;
 }
 
-std::wstring TextOf(const IXMLDOMNodePtr& node) {
-  _bstr_t text;
-  CheckError(node->get_text(text.GetAddress()));
-  return Text(text);
-}
-
-std::optional<std::wstring> TextOf(const IXMLDOMNodePtr& node, const wchar_t* query) {
-  const IXMLDOMNodePtr found = Find(node, query);
-  if (found == nullptr) return std::nullopt;
-  return TextOf(found);
-}
-
-std::wstring IdOf(const IXMLDOMNodePtr& node) {
-  IXMLDOMNamedNodeMapPtr attributes;
-  CheckError(node->get_attributes(&attributes));
-  LONG count = 0;
-  CheckError(attributes->get_length(&count));
-  for (LONG i = 0; i < count; ++i) {
-    IXMLDOMNodePtr attribute;
-    CheckError(attributes->get_item(i, &attribute));
-    _bstr_t name;
-    CheckError(attribute->get_nodeName(name.GetAddress()));
-    if (Text(name) == L"ID") return TextOf(attribute);
-  }
-  return L"";
-}
-
-template <class Action>
-void ForEach(const IXMLDOMNodePtr& node, const wchar_t* query, Action action) {
+std::size_t Count(const IXMLDOMNodePtr& node, const std::wstring& query) {
   IXMLDOMNodeListPtr nodes;
-  CheckError(node->selectNodes(_bstr_t(query), &nodes));
+  CheckError(node->selectNodes(_bstr_t(query.c_str()), &nodes));
   LONG count = 0;
   CheckError(nodes->get_length(&count));
-  for (LONG i = 0; i < count; ++i) {
-    IXMLDOMNodePtr item;
-    CheckError(nodes->get_item(i, &item));
-    action(item);
-  }
+  return static_cast<std::size_t>(count);
 }
 
 std::string WhyNotLoaded(const IXMLDOMDocument2Ptr& document) {
@@ -85,44 +52,38 @@ std::string WhyNotLoaded(const IXMLDOMDocument2Ptr& document) {
   return "no well-formed XML (line " + std::to_string(line) + ": " + why + ")";
 }
 
-PolicyText Read(const std::wstring& text) {
+PolicyText Read(const std::wstring& text, int policyId) {
   CheckError(CoInitialize(nullptr));
   const Owner<bool, kCloseCom> com(true);
   const IXMLDOMDocument2Ptr document = NewDocument();
   VARIANT_BOOL isLoaded = VARIANT_FALSE;
   CheckError(document->loadXML(_bstr_t(text.c_str()), &isLoaded));
-  if (isLoaded == VARIANT_FALSE) return {WhyNotLoaded(document), {}, {}};
+  if (isLoaded == VARIANT_FALSE) return {.refusal = WhyNotLoaded(document)};
   const IXMLDOMNodePtr root = Find(document, L"QuietMIMOSA/HLE");
-  if (root == nullptr) return {"no element QuietMIMOSA/HLE", {}, {}};
+  if (root == nullptr) return {.refusal = "no element QuietMIMOSA/HLE"};
 
+  const std::wstring number = std::to_wstring(policyId);
+  const std::wstring query = L"./Watermark/PolicyInfos/PolicyInfo[@ID=\"" + number + L"\"]";
   PolicyText policy;
-  ForEach(root, L"./Watermark/PolicyInfos/PolicyInfo", [&](const IXMLDOMNodePtr& info) {
-    Policy& added = policy.policies.emplace_back();
-    added.id = IdOf(info);
-    added.scope = TextOf(info, L"./PrinterScope");
-    ForEach(info, L"./ElementIDs/ID",
-            [&](const IXMLDOMNodePtr& id) { added.elementIds.push_back(TextOf(id)); });
-  });
-  ForEach(root, L"./Watermark/Elements/Element", [&](const IXMLDOMNodePtr& element) {
-    policy.elements.push_back({IdOf(element), TextOf(element, L"./Kind").value_or(L""),
-                               TextOf(element, L"./Name").value_or(L"")});
-  });
+  policy.hasPolicy = Find(root, query) != nullptr;
+  policy.listed = Count(root, query + L"/ElementIDs/ID");
+  if (const IXMLDOMNodePtr scope = Find(root, query + L"/PrinterScope"); scope != nullptr) {
+    _bstr_t written;
+    CheckError(scope->get_text(written.GetAddress()));
+    policy.scope = Text(written);
+  }
   return policy;
 }
 
 }  // namespace
 
-PolicyText ReadPolicy(const std::wstring& text) {
-  if (text.empty()) return {"it holds no text", {}, {}};
+PolicyText ReadPolicy(const std::wstring& text, int policyId) {
+  if (text.empty()) return {.refusal = "it holds no text"};
   try {
-    return Read(text);
+    return Read(text, policyId);
   } catch (const _com_error& error) {
-    return {"the XML service fails: " + platform::ToUtf8(error.ErrorMessage()), {}, {}};
+    return {.refusal = "the XML service fails: " + platform::ToUtf8(error.ErrorMessage())};
   }
-}
-
-bool HasSwitchingPolicy(const PolicyText& text) {
-  return std::ranges::find(text.policies, L"1", &Policy::id) != text.policies.end();
 }
 
 }  // namespace app

@@ -1,35 +1,25 @@
 #pragma once
 
-// What a policy text says, for people: read with the machine's XML service, as the passes read it.
+// What the passes read of a policy's text before they register anything, by the same XML service.
 
+#include <cstddef>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace app {
 
-struct PolicyElement {
-  std::wstring id;
-  std::wstring kind;
-  std::wstring name;
-};
-
-struct Policy {
-  std::wstring id;
-  std::optional<std::wstring> scope;
-  std::vector<std::wstring> elementIds;
-};
+/// The policy by whose scope set and release go.
+inline constexpr int kSwitchingPolicy = 1;
 
 struct PolicyText {
-  std::string refusal;  ///< Why the passes refuse the text; empty when they don't.
-  std::vector<Policy> policies;
-  std::vector<PolicyElement> elements;
+  std::string refusal;     ///< Why the passes refuse the text; empty when they don't.
+  bool hasPolicy = false;  ///< There is a policy of the number.
+  std::optional<std::wstring> scope =
+      {};                  ///< The text of its PrinterScope; nothing where it has none.
+  std::size_t listed = 0;  ///< How many element IDs it lists.
 };
 
-PolicyText ReadPolicy(const std::wstring& text);
-
-/// Whether the text has the policy 1, by whose scope the switching passes go. Without it scope 0
-/// counts.
-bool HasSwitchingPolicy(const PolicyText& text);
+/// Reads the policy of that number. Throws nothing: a failure of the XML service is a refusal.
+PolicyText ReadPolicy(const std::wstring& text, int policyId = kSwitchingPolicy);
 
 }  // namespace app

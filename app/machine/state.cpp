@@ -1,9 +1,7 @@
 #include "app/machine/state.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <stdexcept>
-#include <system_error>
 
 #include "app/machine/client.h"
 #include "app/machine/home.h"
@@ -16,17 +14,9 @@
 namespace app {
 namespace {
 
-/// The first scope that a policy with the number 1 gives; 0 without any, as the passes take it.
-int ScopeOf(const PolicyText& policy) {
-  for (const Policy& each : policy.policies)
-    if (each.id == L"1" && each.scope) return _wtoi(each.scope->c_str());
-  return 0;
-}
-
 void ExaminePolicy(MachineState& state) {
   const KeyState key = ExamineKey();
   state.keySource = key.source;
-  state.hasKey = key.gives;
   if (!key.gives) {
     state.policyFile = "not opened, without a key";
     return;
@@ -38,29 +28,25 @@ void ExaminePolicy(MachineState& state) {
     state.policyFile = std::string("unreadable: ") + error.what();
     return;
   }
-  state.policyFile = unsealed ? std::to_string(unsealed->size) + " bytes"
-                              : std::string("missing; ") + kMendMissing;
+  state.policyFile = unsealed ? std::to_string(unsealed->size) + " bytes" : "missing";
   if (!unsealed) return;
   const PolicyText policy = ReadPolicy(unsealed->text);
   if (!policy.refusal.empty()) {
-    state.policyFile += unsealed->size == 0 ? std::string("; empty")
-                        : IsNoise(unsealed->text, policy)
-                            ? std::string("; ") + kOtherKey + "; " + kMendKey
-                            : "; under this key, " + policy.refusal + "; " + kMendDelivery;
+    state.policyFile += IsNoise(unsealed->text, policy)
+                            ? std::string("; ") + kOtherKey + " (" + policy.refusal + ")"
+                            : "; under this key, " + policy.refusal;
     return;
   }
   state.policyFile += ", readable";
-  state.scope = ScopeOf(policy);
-  state.hasSwitchingPolicy = HasSwitchingPolicy(policy);
+  state.scope = _wtoi(policy.scope.value_or(L"").c_str());
+  state.hasSwitchingPolicy = policy.hasPolicy;
 }
 
 std::string ExamineComponent() {
   const std::wstring path = BesideHost(kComponentFile);
-  std::error_code error;
-  if (!std::filesystem::exists(HostPath(path), error)) return "is missing; put it beside sigilctl";
   const HMODULE component = LoadLibraryW(path.c_str());
   if (component == nullptr)
-    return "is there, but cannot be loaded (error " + std::to_string(GetLastError()) + ")";
+    return "cannot be loaded (error " + std::to_string(GetLastError()) + ")";
   const bool hasEntry = GetProcAddress(component, kCreateInstanceName) != nullptr;
   FreeLibrary(component);
   return hasEntry ? "" : "has no SigilCreateInstance";
@@ -90,8 +76,6 @@ Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
   if (!state.mutex.empty()) return Bad(command, "-101", "no mutex: " + state.mutex);
   if (!state.component.empty())
     return Bad(command, "-101", "the Settings component " + state.component);
-  if (readsPolicy && !state.hasKey)
-    return Bad(command, "-101", "the key source: " + state.keySource);
   if (readsPolicy && !state.scope)
     return Bad(command, "-101", "the policy file: " + state.policyFile);
   if (readsPolicy && *state.scope == -1)
@@ -104,10 +88,9 @@ Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
 
 /// A switch that asks the system settings first.
 Forecast ClientSwitch(const MachineState& state, const char* command) {
-  const FunctionSwitch& function = state.functionSwitch;
-  if (function.value.value_or(-1) < 0)
-    return Bad(command, "-201", "SystemSetting.csv: " + function.state);
-  if (function.value == 0) return Bad(command, "-200", "SystemSetting.csv: " + function.state);
+  if (!state.functionSwitch) return Bad(command, "-201", "SystemSetting.csv cannot be opened");
+  if (*state.functionSwitch < 0) return Bad(command, "-201", "the function switch is negative");
+  if (*state.functionSwitch == 0) return Bad(command, "-200", "the function switch is off");
   return Pass(state, command, true, true);
 }
 
@@ -156,12 +139,6 @@ MachineState Examine() {
   state.component = ExamineComponent();
   ExamineMachine(state);
   return state;
-}
-
-std::string WhyForeseen(const std::string& command, int result) {
-  for (const Forecast& each : Foresee(Examine()))
-    if (each.command == command && each.result == std::to_string(result)) return each.reason;
-  return "";
 }
 
 std::vector<Forecast> Foresee(const MachineState& state) {

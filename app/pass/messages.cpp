@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <string_view>
+#include <utility>
 
 #include "app/machine/home.h"
 
@@ -16,6 +18,7 @@ constexpr char kPipe[] = "Start the control service; then run the command again.
 constexpr char kMendPolicy[] =
     "The exclude list and the printers' own entries are cleared; mend the file and run update "
     "again.";
+constexpr char kComponent[] = "Put SigilUtil_x86.dll beside sigilctl.";
 
 struct Row {
   int number;
@@ -45,11 +48,11 @@ constexpr Row kRows[] = {
     {153100010, Weight::kFailure, "the printers could not be listed", kMendPrinters},
     {153100030, Weight::kFailure, "the printers could not be listed", kMendPrinters},
     {153100040, Weight::kFailure, "the printers could not be listed", kMendPrinters},
-    {153100050, Weight::kFailure, "the Settings component could not be had", kDoctor},
+    {153100050, Weight::kFailure, "the Settings component could not be had", kComponent},
     {153100090, Weight::kFailure, "a printer could not be switched", kDoctor},
     {153100100, Weight::kFailure, "the switching broke off", kReport},
     {153100110, Weight::kFailure, "there is no scope to go by, or no list of printers", kDoctor},
-    {153100120, Weight::kFailure, "the Settings component could not be had", kDoctor},
+    {153100120, Weight::kFailure, "the Settings component could not be had", kComponent},
     {153100160, Weight::kFailure, "the update broke off", kReport},
     {153100170, Weight::kFailure, "the policy is refused", kMendPolicy},
     {153100180, Weight::kFailure, "an entry's last setting could not be had", kDoctor},
@@ -89,11 +92,11 @@ constexpr Row kRows[] = {
     {153100480, Weight::kFailure, "an element was dropped: its registration broke off", kReport},
     {153100490, Weight::kWarning, "the look-up of the delivery folder broke off", kDoctor},
     {153100510, Weight::kWarning, "telling the control service broke off", kReport},
-    {153100520, Weight::kFailure, "the Settings component could not be had", kDoctor},
+    {153100520, Weight::kFailure, "the Settings component could not be had", kComponent},
     {153100530, Weight::kFailure, "switching the content log broke off", kReport},
-    {153100540, Weight::kFailure, "the delivered policy is refused", kDoctor},
-    {153100560, Weight::kFailure, "the delivered policy could not be deciphered", kDoctor},
-    {153100570, Weight::kFailure, "there is no delivered policy", kDoctor},
+    {153100540, Weight::kFailure, "the delivered policy is refused", kMendDelivery},
+    {153100560, Weight::kFailure, "the delivered policy could not be deciphered", kMendKey},
+    {153100570, Weight::kFailure, "there is no delivered policy", kMendMissing},
     {153100580, Weight::kFailure, "the default entry could not be had", kDoctor},
     {153100590, Weight::kFailure, "a printer's entry could not be had", kDoctor},
     {153100600, Weight::kFailure, "the registration broke off", kReport},
@@ -113,13 +116,13 @@ constexpr Row kRows[] = {
      kMendAccount},
     {153100904, Weight::kWarning, "the folder of the user information is unknown", kDoctor},
     {153100907, Weight::kWarning,
-     "the Settings component could not be had for the user information", kDoctor},
+     "the Settings component could not be had for the user information", kComponent},
     {153100908, Weight::kWarning, "the look-up of the user's full name broke off", kMendAccount},
     {153100950, Weight::kWarning, "the user information could not be read", kDoctor},
     {153100951, Weight::kWarning,
-     "the Settings component could not be had for the user information", kDoctor},
+     "the Settings component could not be had for the user information", kComponent},
     {153100952, Weight::kWarning, "the user information could not be reset", kDoctor},
-    {153400010, Weight::kFailure, "the Settings component could not be had", kDoctor},
+    {153400010, Weight::kFailure, "the Settings component could not be had", kComponent},
     {153400030, Weight::kUnsaved, "the setting file could not be saved", ""},
     {153400040, Weight::kFailure, "an entry could not be had to switch it on", kDoctor},
     {153400050, Weight::kFailure, "an entry's last setting could not be had to switch it on",
@@ -146,8 +149,14 @@ const Row* Find(int number) {
 }
 
 constexpr int kEntryEmptied = 153100200;
+constexpr int kEntryNotEmptied = 153100470;
+constexpr int kDropped[] = {153100230, 153100240, 153100250, 153100260,
+                            153100280, 153100290, 153100300, 153100480};
+constexpr int kFirstUnread = 153200100;
+constexpr int kLastUnread = 153200190;
 constexpr int kHeaderFooterMade = 153100270;
 constexpr int kStampMade = 153100310;
+constexpr int kDeliveryFailed[] = {153100540, 153100560, 153100570};
 constexpr int kPrinterChecked = 153100760;
 constexpr int kPrinterExcluded = 153400150;
 constexpr int kSwitchedOn = 153400060;
@@ -174,18 +183,19 @@ Meaning MeaningOf(const Message& message) {
 std::vector<Message> Troubles(const std::vector<Message>& messages) {
   constexpr int kTrouble = 4;
   std::vector<Message> troubles;
+  std::set<std::pair<int, std::string>> seen;
   for (const Message& message : messages)
     if (message.level >= kTrouble && MeaningOf(message).weight != Weight::kTrace &&
-        std::ranges::find(troubles, message) == troubles.end())
+        seen.emplace(message.number, message.function + message.text).second)
       troubles.push_back(message);
   return troubles;
 }
 
-Meaning FirstFailure(const std::vector<Message>& messages) {
+std::string FirstFailure(const std::vector<Message>& messages) {
   for (const Message& message : Troubles(messages))
     if (const Meaning meaning = MeaningOf(message); meaning.weight != Weight::kWarning)
-      return meaning;
-  return {Weight::kFailure, "the log tells where", ""};
+      return meaning.sentence;
+  return "the log tells where";
 }
 
 std::optional<MadeMark> MadeMarkIn(const Message& message) {
@@ -197,7 +207,16 @@ std::optional<MadeMark> MadeMarkIn(const Message& message) {
       text.size() != guid + kBeforeGuid.size() + kGuidLength)
     return std::nullopt;
   const std::size_t start = id + kBeforeId.size();
-  return MadeMark{text.substr(start, guid - start), text.substr(text.size() - kGuidLength)};
+  return MadeMark{text.substr(start, guid - start), text.substr(text.size() - kGuidLength),
+                  message.number == kStampMade};
+}
+
+Step StepOf(const Message& message) {
+  if (message.number == kEntryEmptied || message.number == kEntryNotEmptied) return Step::kEntry;
+  if (MadeMarkIn(message)) return Step::kMade;
+  if (std::ranges::find(kDropped, message.number) != std::end(kDropped)) return Step::kDropped;
+  return message.number >= kFirstUnread && message.number <= kLastUnread ? Step::kUnread
+                                                                         : Step::kOther;
 }
 
 WorkDone WorkDoneIn(const Outcome& outcome) {
@@ -209,6 +228,8 @@ WorkDone WorkDoneIn(const Outcome& outcome) {
     if (message.number == kPrinterExcluded) ++done.excluded;
     if (message.number == kSwitchedOn) ++done.on;
     if (message.number == kSwitchedOff && message.function != kClears) ++done.off;
+    if (std::ranges::find(kDeliveryFailed, message.number) != std::end(kDeliveryFailed))
+      done.hasFailedDelivery = true;
   }
   return done;
 }

@@ -31,8 +31,9 @@ Meaning MeaningOf(const Message& message);
 /// The messages of level 4 and 5 that mean something, each once, in the order of their first.
 std::vector<Message> Troubles(const std::vector<Message>& messages);
 
-/// Returns the meaning of the first failure in the library's own order: why a pass failed.
-Meaning FirstFailure(const std::vector<Message>& messages);
+/// In the library's own order the first failure, as a sentence: why a pass failed. "the log tells
+/// where" when there is none.
+std::string FirstFailure(const std::vector<Message>& messages);
 
 /// Whether the table has the number.
 bool IsKnown(int number);
@@ -41,10 +42,22 @@ bool IsKnown(int number);
 struct MadeMark {
   std::string elementId;
   std::string guid;
+  bool isStamp = false;
 };
 
 /// Nothing for a message that tells of something else.
 std::optional<MadeMark> MadeMarkIn(const Message& message);
+
+/// What a message tells of an update's walk over the policy's list. An update walks it once for
+/// each entry, and of each ID on the list one message tells that it is made or dropped.
+enum class Step {
+  kEntry,  ///< An entry is emptied; its walk begins.
+  kMade,   ///< An element has become a watermark.
+  kDropped,
+  kUnread,  ///< The reader could not answer; the text counts as empty.
+  kOther,
+};
+Step StepOf(const Message& message);
 
 struct WorkDone {
   std::size_t entries = 0;  ///< That an update has rebuilt.
@@ -53,6 +66,7 @@ struct WorkDone {
   std::size_t off = 0;
   std::size_t checked = 0;  ///< Printers looked at for the exclude list, and put on it.
   std::size_t excluded = 0;
+  bool hasFailedDelivery = false;  ///< There is no delivered policy, or it is none.
 };
 
 WorkDone WorkDoneIn(const Outcome& outcome);

@@ -1,261 +1,235 @@
 #include "app/rehearsal/document.h"
 
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 
-#include <algorithm>
-#include <cstring>
+#include <exception>
+#include <new>
+#include <span>
 #include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "app/text/wording.h"
+#include "platform/owner.h"
 
 namespace app {
 namespace {
 
-const xmlChar* Xml(const char* text) {
-  return reinterpret_cast<const xmlChar*>(text);
+/// Where a node stands.
+enum class Place {
+  kDocument,
+  kRoot,
+  kHle,
+  kWatermark,
+  kPolicies,
+  kPolicy,
+  kList,
+  kListed,
+  kScope,
+  kElements,
+  kElement,
+  kProperty,
+  kStranger,  ///< Or inside one.
+};
+
+struct Form {
+  Place parent;
+  std::string_view name;  ///< Empty: any.
+  Place place;
+  std::string_view attribute = {};  ///< The one that is read.
+};
+
+constexpr Form kForms[] = {
+    {Place::kDocument, "QuietMIMOSA", Place::kRoot},
+    {Place::kRoot, "HLE", Place::kHle, "Version"},
+    {Place::kHle, "Watermark", Place::kWatermark},
+    {Place::kWatermark, "PolicyInfos", Place::kPolicies},
+    {Place::kPolicies, "PolicyInfo", Place::kPolicy, "ID"},
+    {Place::kPolicy, "ElementIDs", Place::kList},
+    {Place::kList, "ID", Place::kListed},
+    {Place::kPolicy, "PrinterScope", Place::kScope},
+    {Place::kWatermark, "Elements", Place::kElements},
+    {Place::kElements, "Element", Place::kElement, "ID"},
+    {Place::kElement, "", Place::kProperty},
+};
+
+std::string_view View(const xmlChar* text) {
+  return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
 }
 
-std::string Utf8(const xmlChar* text) {
-  return text == nullptr ? "" : reinterpret_cast<const char*>(text);
+std::string_view View(const xmlChar* begin, const xmlChar* end) {
+  return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
 }
 
-void FreeText(xmlChar* text) {
-  xmlFree(text);
-}
-using OwnedText = Owner<xmlChar*, &FreeText>;
+void PrintNothing(void* /*context*/, const char* /*format*/, ...) {}  // NOLINT(cert-dcl50-cpp)
 
-std::string Trimmed(const std::string& text) {
-  constexpr char kSpace[] = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(kSpace);
-  if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(kSpace) - first + 1);
+void FreeParser(xmlParserCtxt* parser) {
+  xmlFreeParserCtxt(parser);
 }
 
-std::string Content(const xmlNode* node) {
-  return Utf8(OwnedText(xmlNodeGetContent(node)).Get());
+/// The element or policy of an ID, which is made with its first node.
+template <class Part>
+Part& PartOf(std::vector<Part>& parts, std::map<std::string, std::size_t>& places,
+             const std::string& id) {
+  const auto [place, isNew] = places.emplace(id, parts.size());
+  if (isNew) parts.emplace_back().id = id;
+  return parts[place->second];
 }
 
-std::string Id(xmlNode* node) {
-  return Utf8(OwnedText(xmlGetNoNsProp(node, Xml("ID"))).Get());
-}
-
-bool IsPlainElement(const xmlNode* node) {
-  return node->type == XML_ELEMENT_NODE && node->ns == nullptr;
-}
-
-template <class Action>
-void ForEachChild(xmlNode* node, Action action) {
-  for (xmlNode *child = node->children, *next = nullptr; child != nullptr; child = next) {
-    next = child->next;
-    if (child->type == XML_ELEMENT_NODE) action(child);
+/// Takes the parser's events. An exception in one is kept until the parser has returned.
+class Reader {
+ public:
+  PolicyDocument Read(const std::string& text) {
+    // libxml2 prints what no handler takes, as that the memory has ended.
+    xmlSetGenericErrorFunc(nullptr, &PrintNothing);
+    const Owner<xmlParserCtxt*, FreeParser> parser(
+        xmlCreateMemoryParserCtxt(text.data(), static_cast<int>(text.size())));
+    if (!parser) throw std::bad_alloc();
+    m_parser = parser.Get();
+    // The machine's XML service reads with the same options.
+    xmlCtxtUseOptions(m_parser, XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_HUGE |
+                                    XML_PARSE_OLD10 | XML_PARSE_IGNORE_ENC);
+    *m_parser->sax = Handler();
+    m_parser->userData = this;
+    xmlParseDocument(m_parser);
+    if (m_thrown) std::rethrow_exception(m_thrown);
+    if (m_parser->errNo == XML_ERR_NO_MEMORY) throw std::bad_alloc();
+    if (m_parser->wellFormed == 0) throw std::runtime_error("the policy cannot be read");
+    return std::move(m_document);
   }
-}
 
-template <class Action>
-void ForEachAttribute(xmlNode* node, Action action) {
-  for (xmlAttr *each = node->properties, *next = nullptr; each != nullptr; each = next) {
-    next = each->next;
-    const bool isOfXml = each->ns != nullptr && Utf8(each->ns->prefix) == "xml";
-    if (!isOfXml) action(each);
+ private:
+  static xmlSAXHandler Handler() {
+    xmlSAXHandler handler = {};
+    handler.initialized = XML_SAX2_MAGIC;
+    handler.startElementNs = [](void* self, const xmlChar* name, const xmlChar*, const xmlChar* uri,
+                                int, const xmlChar**, int count, int, const xmlChar** attributes) {
+      Guard(self, [&](Reader& reader) {
+        reader.Start(View(name), uri == nullptr, {attributes, static_cast<std::size_t>(5 * count)});
+      });
+    };
+    handler.endElementNs = [](void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
+      Guard(self, [](Reader& reader) { reader.End(); });
+    };
+    handler.characters = [](void* self, const xmlChar* text, int size) {
+      Guard(self, [&](Reader& reader) {
+        if (reader.m_text != nullptr) *reader.m_text += View(text, text + size);
+      });
+    };
+    handler.ignorableWhitespace = handler.characters;
+    handler.cdataBlock = handler.characters;
+    handler.serror = [](void*, xmlErrorPtr) {};
+    return handler;
   }
-}
 
-std::string TextOf(xmlDoc* document) {
-  xmlChar* bytes = nullptr;
-  int size = 0;
-  xmlDocDumpMemoryEnc(document, &bytes, &size, "UTF-8");
-  const OwnedText text(bytes);
-  return std::string(reinterpret_cast<const char*>(bytes), static_cast<std::size_t>(size));
-}
+  template <class Action>
+  static void Guard(void* self, Action action) {
+    auto& reader = *static_cast<Reader*>(self);
+    if (reader.m_thrown) return;
+    try {
+      action(reader);
+    } catch (...) {
+      reader.m_thrown = std::current_exception();
+      xmlStopParser(reader.m_parser);
+    }
+  }
 
-xmlDoc* Parse(const std::string& text) {
-  // What the machine's own XML service takes is taken; nothing is ever fetched.
-  constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
-                           XML_PARSE_HUGE | XML_PARSE_BIG_LINES | XML_PARSE_IGNORE_ENC;
-  return xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8", kOptions);
-}
+  struct Open {
+    Place place;
+    std::string name;
+  };
+
+  long Line() const { return m_parser->input == nullptr ? 0 : m_parser->input->line; }
+
+  /// The form of a node in `parent`; null for a stranger.
+  const Form* FormOf(std::string_view name, Place parent) {
+    for (const Form& form : kForms) {
+      if (form.parent != parent || (!form.name.empty() && form.name != name)) continue;
+      // The first of these counts, whatever it holds.
+      const bool isSecond = form.place == Place::kHle && std::exchange(m_hasHle, true);
+      return isSecond ? nullptr : &form;
+    }
+    return nullptr;
+  }
+
+  /// `attributes` holds five each: name, prefix, namespace, begin and end of the value.
+  void Start(std::string_view name, bool isPlain, std::span<const xmlChar*> attributes) {
+    const Open parent = m_open.empty() ? Open{Place::kDocument, ""} : m_open.back();
+    if (m_text != nullptr || parent.place == Place::kStranger) {
+      m_open.push_back(parent);
+      return;
+    }
+    const Form* const form = isPlain ? FormOf(name, parent.place) : nullptr;
+    m_open.push_back({form == nullptr ? Place::kStranger : form->place, std::string(name)});
+    if (form == nullptr) return AddStranger(std::string(name), parent.name);
+    std::string id;
+    for (; !attributes.empty(); attributes = attributes.subspan(5)) {
+      const std::string attribute(View(attributes[0]));
+      if (attributes[2] == nullptr && attribute == form->attribute)
+        id = View(attributes[3], attributes[4]);
+      else if (View(attributes[1]) != "xml")
+        AddStranger("@" + attribute, std::string(name));
+    }
+    Enter(form->place, std::string(name), id);
+  }
+
+  void Enter(Place place, const std::string& name, const std::string& id) {
+    if (place == Place::kElement) {
+      m_element = &PartOf(m_document.elements, m_document.elementPlaces, id);
+      m_element->lines.push_back(Line());
+    } else if (place == Place::kPolicy) {
+      m_policy = &PartOf(m_document.policies, m_document.policyPlaces, id);
+      m_policy->lines.push_back(Line());
+    } else if (place == Place::kListed) {
+      m_text = &m_policy->listed.emplace_back(ListedId{"", Line()}).id;
+    } else if (place == Place::kScope) {
+      m_text = &m_policy->scopes.emplace_back(Property{name, "", Line()}).text;
+    } else if (place == Place::kProperty) {
+      m_text = &m_element->properties.emplace_back(Property{name, "", Line()}).text;
+    } else {
+      return;
+    }
+    m_textDepth = m_open.size();
+  }
+
+  void End() {
+    if (m_text != nullptr && m_open.size() == m_textDepth) {
+      if (m_open.back().place == Place::kListed) *m_text = Trimmed(*m_text);
+      m_text = nullptr;
+    }
+    m_open.pop_back();
+  }
+
+  void AddStranger(std::string name, std::string parent) {
+    m_document.strangers.push_back({std::move(name), std::move(parent), Line()});
+  }
+
+  PolicyDocument m_document;
+  xmlParserCtxt* m_parser = nullptr;
+  std::vector<Open> m_open;
+  bool m_hasHle = false;
+  PolicyElement* m_element = nullptr;  ///< The innermost ones.
+  PolicyInfo* m_policy = nullptr;
+  std::string* m_text = nullptr;  ///< Takes the text inside an ID, a scope or a property,
+  std::size_t m_textDepth = 0;    ///< which is so many nodes deep.
+  std::exception_ptr m_thrown;
+};
 
 }  // namespace
 
-long PolicyElementNodes::Line() const {
-  return xmlGetLineNo(nodes.front());
+const PolicyElement* PolicyDocument::FindElement(const std::string& id) const {
+  const auto found = elementPlaces.find(id);
+  return found == elementPlaces.end() ? nullptr : &elements[found->second];
 }
 
-std::string PolicyElementNodes::TextOf(const std::string& name) const {
-  const auto found = std::ranges::find(properties, name, &Property::name);
-  return found == properties.end() ? "" : Trimmed(found->text);
+const PolicyInfo* PolicyDocument::FindPolicy(int id) const {
+  const auto found = policyPlaces.find(std::to_string(id));
+  return found == policyPlaces.end() ? nullptr : &policies[found->second];
 }
 
-/// The nodes that a document has, by name. What stands below an element is all its own.
-struct PolicyDocument::Form {
-  std::string name;
-  std::string attribute;
-  std::vector<Form> children = {};
-  bool isSingle = false;
-  void (PolicyDocument::*add)(xmlNode*) = nullptr;
-};
-
-const PolicyDocument::Form& PolicyDocument::WholeForm() {
-  static const Form form = {
-      "QuietMIMOSA",
-      "",
-      {{"HLE",
-        "Version",
-        {{"Watermark",
-          "",
-          {{"PolicyInfos",
-            "",
-            {{"PolicyInfo",
-              "ID",
-              {{"ElementIDs", "", {{"ID", ""}}}, {"PrinterScope", ""}},
-              false,
-              &PolicyDocument::AddPolicy}}},
-           {"Elements", "", {{"Element", "ID", {}, false, &PolicyDocument::AddElement}}}}}},
-        true}}};
-  return form;
-}
-
-PolicyDocument::PolicyDocument(const std::string& text) : m_document(Parse(text)) {
-  xmlNode* const root = m_document ? xmlDocGetRootElement(m_document.Get()) : nullptr;
-  if (root == nullptr) throw std::runtime_error("the policy cannot be read");
-  Walk(root, WholeForm());
-}
-
-void PolicyDocument::Walk(xmlNode* node, const Form& form) {
-  ForEachAttribute(node, [&](xmlAttr* each) {
-    if (each->ns != nullptr || Utf8(each->name) != form.attribute)
-      RemoveStranger(reinterpret_cast<xmlNode*>(each));
-  });
-  if (form.add == &PolicyDocument::AddElement) return AddElement(node);
-  std::vector<const Form*> seen;
-  ForEachChild(node, [&](xmlNode* child) {
-    const auto found = std::ranges::find(form.children, Utf8(child->name), &Form::name);
-    const bool isKnown = IsPlainElement(child) && found != form.children.end();
-    if (!isKnown || (found->isSingle && std::ranges::find(seen, &*found) != seen.end()))
-      return RemoveStranger(child);
-    seen.push_back(&*found);
-    Walk(child, *found);
-  });
-  if (form.add != nullptr) (this->*form.add)(node);
-}
-
-void PolicyDocument::RemoveStranger(xmlNode* node) {
-  const bool isAttribute = node->type == XML_ATTRIBUTE_NODE;
-  m_strangers.push_back({(isAttribute ? "@" : "") + Utf8(node->name), Utf8(node->parent->name),
-                         xmlGetLineNo(isAttribute ? node->parent : node)});
-  if (isAttribute) {
-    xmlRemoveProp(reinterpret_cast<xmlAttr*>(node));
-  } else {
-    xmlUnlinkNode(node);
-    xmlFreeNode(node);
-  }
-}
-
-void PolicyDocument::AddElement(xmlNode* node) {
-  const std::string id = Id(node);
-  const auto [place, isNew] = m_places.emplace(id, m_elements.size());
-  if (isNew) m_elements.push_back({id, {}, {}, {}});
-  PolicyElementNodes& element = m_elements[place->second];
-  ForEachChild(node, [&](xmlNode* child) {
-    ForEachAttribute(child,
-                     [&](xmlAttr* each) { RemoveStranger(reinterpret_cast<xmlNode*>(each)); });
-    const std::string name = Utf8(child->name);
-    if (!IsPlainElement(child)) return RemoveStranger(child);
-    element.properties.push_back(
-        {name, Content(child), xmlGetLineNo(child), element.nodes.size(), element.counts[name]++});
-  });
-  element.nodes.push_back(node);
-}
-
-void PolicyDocument::AddPolicy(xmlNode* node) {
-  const std::string id = Id(node);
-  auto found = std::ranges::find(m_policies, id, &PolicyNodes::id);
-  if (found == m_policies.end()) found = m_policies.insert(found, {id, {}, {}, {}});
-  found->lines.push_back(xmlGetLineNo(node));
-  ForEachChild(node, [&](xmlNode* child) {
-    if (Utf8(child->name) == "PrinterScope") {
-      found->scopes.push_back({"PrinterScope", Content(child), xmlGetLineNo(child)});
-      return;
-    }
-    ForEachChild(child, [&](xmlNode* id) {
-      found->listed.push_back({Trimmed(Content(id)), xmlGetLineNo(id)});
-    });
-  });
-}
-
-const PolicyElementNodes* PolicyDocument::Find(const std::string& id) const {
-  const auto found = m_places.find(id);
-  return found == m_places.end() ? nullptr : &m_elements[found->second];
-}
-
-const PolicyNodes* PolicyDocument::FindPolicy(int id) const {
-  const auto found = std::ranges::find(m_policies, std::to_string(id), &PolicyNodes::id);
-  return found == m_policies.end() ? nullptr : &*found;
-}
-
-std::string PolicyDocument::TextWithoutStrangers() const {
-  return app::TextOf(m_document.Get());
-}
-
-TrialPolicy::TrialPolicy() : m_document(xmlNewDoc(Xml("1.0"))) {
-  xmlNode* const root = xmlNewNode(nullptr, Xml("QuietMIMOSA"));
-  xmlDocSetRootElement(m_document.Get(), root);
-  const auto add = [](xmlNode* parent, const char* name) {
-    return xmlNewChild(parent, nullptr, Xml(name), nullptr);
-  };
-  xmlNode* const watermark = add(add(root, "HLE"), "Watermark");
-  xmlNode* const policy = add(add(watermark, "PolicyInfos"), "PolicyInfo");
-  xmlNewProp(policy, Xml("ID"), Xml(std::to_string(kPolicyId).c_str()));
-  m_list = add(policy, "ElementIDs");
-  m_elements = add(watermark, "Elements");
-}
-
-/// Puts a new ID on the list.
-std::string TrialPolicy::List() {
-  std::string id = std::to_string(++m_count);
-  xmlNewChild(m_list, nullptr, Xml("ID"), Xml(id.c_str()));
-  return id;
-}
-
-std::vector<xmlNode*> TrialPolicy::Copy(const PolicyElementNodes& element, const std::string& id) {
-  std::vector<xmlNode*> copies;
-  for (xmlNode* const node : element.nodes) {
-    xmlNode* const copy = xmlDocCopyNode(node, m_document.Get(), 1);
-    xmlSetProp(copy, Xml("ID"), Xml(id.c_str()));
-    copies.push_back(xmlAddChild(m_elements, copy));
-  }
-  return copies;
-}
-
-std::string TrialPolicy::AddEmpty() {
-  std::string id = List();
-  xmlNode* const element = xmlNewChild(m_elements, nullptr, Xml("Element"), nullptr);
-  xmlSetProp(element, Xml("ID"), Xml(id.c_str()));
-  return id;
-}
-
-std::string TrialPolicy::Add(const PolicyElementNodes& element) {
-  std::string id = List();
-  Copy(element, id);
-  return id;
-}
-
-std::string TrialPolicy::Add(const PolicyElementNodes& element, const Property& property,
-                             const std::string& text) {
-  std::string id = List();
-  const std::vector<xmlNode*> copies = Copy(element, id);
-  xmlNode* wanted = nullptr;
-  std::size_t rank = 0;
-  for (xmlNode* const copy : copies)
-    ForEachChild(copy, [&](xmlNode* child) {
-      if (Utf8(child->name) == property.name && rank++ == property.rank) wanted = child;
-    });
-  if (wanted == nullptr)
-    wanted = xmlNewChild(copies.front(), nullptr, Xml(property.name.c_str()), nullptr);
-  xmlNodeSetContent(wanted, Xml(text.c_str()));
-  return id;
-}
-
-std::string TrialPolicy::Text() const {
-  return app::TextOf(m_document.Get());
+PolicyDocument ReadDocument(const std::string& text) {
+  return Reader().Read(text);
 }
 
 }  // namespace app

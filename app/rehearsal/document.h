@@ -1,118 +1,66 @@
 #pragma once
 
-// What a policy's text says and where, as libxml2 reads it. Nothing here knows what becomes of it.
+// A policy's text by its parts, as libxml2 reads it: what is written, and on which line.
 //
-// The document also makes others of its parts, for rehearsals that change one thing at a time.
-// Texts are UTF-8; a line counts from 1.
-
-#include <libxml/tree.h>
+// Nothing here knows what a part becomes. Texts are UTF-8; lines count from 1. Time and memory grow
+// in step with the text.
 
 #include <map>
 #include <string>
 #include <vector>
 
-#include "platform/owner.h"
-
 namespace app {
 
-/// One property of an element.
+/// A property of an element, or the scope of a policy.
 struct Property {
   std::string name;
   std::string text;  ///< As it is written, with the white space at its ends.
   long line = 0;
-  std::size_t node = 0;  ///< Which of the nodes of one ID it stands in.
-  std::size_t rank = 0;  ///< How many of its name stand before it in those nodes.
 };
 
 /// All nodes `Element` of one ID. There should be one.
-struct PolicyElementNodes {
+struct PolicyElement {
   std::string id;
-  std::vector<xmlNode*> nodes;
-  std::vector<Property> properties;           ///< Of all nodes, in the document's order.
-  std::map<std::string, std::size_t> counts;  ///< How many properties have a name.
-
-  long Line() const;
-  /// The text of the first property of this name, without white space at its ends.
-  std::string TextOf(const std::string& name) const;
+  std::vector<long> lines;           ///< Of the nodes.
+  std::vector<Property> properties;  ///< Of all nodes, in the document's order.
 };
 
 /// An entry of a policy's list of elements.
-struct ListedElement {
-  std::string id;
+struct ListedId {
+  std::string id;  ///< Without the white space at its ends.
   long line = 0;
 };
 
 /// All nodes `PolicyInfo` of one number. There should be one.
-struct PolicyNodes {
+struct PolicyInfo {
   std::string id;
   std::vector<long> lines;
-  std::vector<ListedElement> listed;
+  std::vector<ListedId> listed;
   std::vector<Property> scopes;
 };
 
-/// A node at a place where the document's form has none of its name.
+/// A node where the form of a policy has none of its name.
 struct Stranger {
   std::string name;  ///< An attribute's begins with "@".
   std::string parent;
   long line = 0;
 };
 
-class PolicyDocument {
- public:
-  /// std::runtime_error for a text that is no document.
-  explicit PolicyDocument(const std::string& text);
+struct PolicyDocument {
+  std::vector<PolicyElement> elements;
+  std::vector<PolicyInfo> policies;
+  std::vector<Stranger> strangers;
 
-  const std::vector<PolicyElementNodes>& Elements() const { return m_elements; }
-  const std::vector<PolicyNodes>& Policies() const { return m_policies; }
-  const std::vector<Stranger>& Strangers() const { return m_strangers; }
+  std::map<std::string, std::size_t> elementPlaces;  ///< By ID, in `elements`.
+  std::map<std::string, std::size_t> policyPlaces;
 
   /// Null for an ID that no element has, and for a number that no policy has.
-  const PolicyElementNodes* Find(const std::string& id) const;
-  const PolicyNodes* FindPolicy(int id) const;
-
-  std::string TextWithoutStrangers() const;
-
- private:
-  struct Form;
-
-  static const Form& WholeForm();
-  void Walk(xmlNode* node, const Form& form);
-  void RemoveStranger(xmlNode* node);
-  void AddElement(xmlNode* node);
-  void AddPolicy(xmlNode* node);
-
-  Owner<xmlDoc*, &xmlFreeDoc> m_document;
-  std::vector<PolicyElementNodes> m_elements;
-  std::map<std::string, std::size_t> m_places;  ///< Of each ID in m_elements.
-  std::vector<PolicyNodes> m_policies;
-  std::vector<Stranger> m_strangers;
+  const PolicyElement* FindElement(const std::string& id) const;
+  const PolicyInfo* FindPolicy(int id) const;
 };
 
-/// Makes a policy of copies of elements. Each copy has an ID of its own: "1", "2", ...
-class TrialPolicy {
- public:
-  TrialPolicy();
-
-  /// Adds a copy of all nodes of the element and gives its ID.
-  std::string Add(const PolicyElementNodes& element);
-  /// The same with another text for the property, which is added when the element has none such.
-  std::string Add(const PolicyElementNodes& element, const Property& property,
-                  const std::string& text);
-
-  /// Adds an element without any property.
-  std::string AddEmpty();
-
-  std::string Text() const;
-  static constexpr int kPolicyId = 1;
-
- private:
-  std::string List();
-  std::vector<xmlNode*> Copy(const PolicyElementNodes& element, const std::string& id);
-
-  Owner<xmlDoc*, &xmlFreeDoc> m_document;
-  xmlNode* m_list = nullptr;
-  xmlNode* m_elements = nullptr;
-  std::size_t m_count = 0;
-};
+/// Reads a text that the XML service of the machine takes, so that nothing in it is a trap for the
+/// parser. Throws std::runtime_error for a text that is no document, and std::bad_alloc.
+PolicyDocument ReadDocument(const std::string& text);
 
 }  // namespace app

@@ -2,13 +2,12 @@
 
 #include <charconv>
 #include <cstdio>
+#include <type_traits>
 
-#include "app/text/table.h"
+#include "app/text/wording.h"
 
 namespace app {
 namespace {
-
-constexpr char kColor[] = "color";
 
 template <auto kMember>
 FieldValue Get(const peers::WatermarkRecord& mark) {
@@ -24,7 +23,7 @@ const std::vector<Field>& Fields() {
       {"text", &Get<&Mark::text>},
       {"fontSize", &Get<&Mark::fontSize>},
       {"fontName", &Get<&Mark::fontName>},
-      {kColor, &Get<&Mark::color>},
+      {"color", [](const Mark& mark) { return FieldValue(Colour{mark.color}); }},
       {"bold", &Get<&Mark::bold>},
       {"italic", &Get<&Mark::italic>},
       {"underLine", &Get<&Mark::underLine>},
@@ -43,29 +42,28 @@ const std::vector<Field>& Fields() {
   return fields;
 }
 
-std::string Shown(const Field& field, const FieldValue& value) {
-  constexpr std::size_t kTextWidth = 40;
+std::string Shown(const FieldValue& value) {
   char text[32] = {};
   if (const auto* flag = std::get_if<bool>(&value)) return *flag ? "on" : "off";
-  if (const auto* words = std::get_if<std::string>(&value))
-    return "'" + OneLine(*words, kTextWidth) + "'";
+  if (const auto* words = std::get_if<std::string>(&value)) return Quoted(*words);
   if (const auto* real = std::get_if<double>(&value))
     return {text, std::to_chars(text, text + sizeof text, *real).ptr};
-  const auto number = std::get<std::int32_t>(value);
-  if (field.name == kColor) {
-    std::snprintf(text, sizeof text, "0x%06X", static_cast<unsigned>(number));
-    return text;
-  }
-  return std::to_string(number);
-}
-
-Json JsonOf(const FieldValue& value) {
-  return std::visit([](const auto& each) { return Json(each); }, value);
+  if (const auto* number = std::get_if<std::int32_t>(&value)) return std::to_string(*number);
+  std::snprintf(text, sizeof text, "0x%06X", static_cast<unsigned>(std::get<Colour>(value).value));
+  return text;
 }
 
 Json JsonOf(const peers::WatermarkRecord& mark) {
   Json json;
-  for (const Field& field : Fields()) json[field.name] = JsonOf(field.get(mark));
+  for (const Field& field : Fields())
+    std::visit(
+        [&](const auto& value) {
+          if constexpr (std::is_same_v<decltype(value), const Colour&>)
+            json[field.name] = value.value;
+          else
+            json[field.name] = value;
+        },
+        field.get(mark));
   return json;
 }
 

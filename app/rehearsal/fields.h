@@ -13,7 +13,13 @@
 
 namespace app {
 
-using FieldValue = std::variant<bool, std::int32_t, double, std::string>;
+/// Red, green and blue in the lowest 24 bits.
+struct Colour {
+  std::int32_t value;
+  bool operator==(const Colour&) const = default;
+};
+
+using FieldValue = std::variant<bool, std::int32_t, double, std::string, Colour>;
 
 struct Field {
   const char* name;  ///< As in the setting file.
@@ -24,9 +30,8 @@ struct Field {
 const std::vector<Field>& Fields();
 
 /// For people: 'text', 14, on, 0xFF0000.
-std::string Shown(const Field& field, const FieldValue& value);
+std::string Shown(const FieldValue& value);
 
-Json JsonOf(const FieldValue& value);
 Json JsonOf(const peers::WatermarkRecord& mark);
 
 }  // namespace app

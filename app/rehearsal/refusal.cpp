@@ -11,18 +11,16 @@ constexpr std::size_t kMostLines = 20;
 /// Empty for a policy that may go.
 std::string Refusal(const Review& review, Use use) {
   if (!review.refusal.empty()) return review.refusal;
-  for (const Finding& finding : review.remarks.findings)
-    if (use == Use::kDelivery && finding.kind == "undelivered") return finding.message;
-  return review.isEmptied ? WhyEmptied(review) + ": every entry would be emptied" : "";
+  if (use == Use::kDelivery && !review.undelivered.empty()) return review.undelivered;
+  return review.emptied.empty() ? "" : review.emptied + ": every entry would be emptied";
 }
 
 std::vector<std::string> LinesOf(const Review& review, const std::string& file) {
   std::vector<std::string> lines;
-  for (const Finding& finding : review.remarks.findings) lines.push_back(Line(file, finding));
-  if (lines.size() <= kMostLines) return lines;
-  const std::size_t left = lines.size() - kMostLines;
-  lines.resize(kMostLines);
-  lines.push_back("and " + std::to_string(left) + " findings more, which `sigilctl check` tells");
+  for (const Finding& finding : review.findings.Kept())
+    if (lines.size() < kMostLines) lines.push_back(Line(file, finding));
+  if (const std::size_t left = review.findings.Count() - lines.size(); left > 0)
+    lines.push_back("and " + std::to_string(left) + " findings more, which `sigilctl check` tells");
   return lines;
 }
 
@@ -30,7 +28,7 @@ std::vector<std::string> LinesOf(const Review& review, const std::string& file) 
 
 Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int policyId, Use use,
                      bool isForced, bool resetName) try {
-  const Review review = ReviewPolicy(text, policyId, resetName);
+  const Review review = ReviewPolicy({text, policyId, resetName});
   const std::string refusal = Refusal(review, use);
   const bool isCostly = use == Use::kUpdate && !review.refusal.empty();
   if (!refusal.empty() && !isForced)

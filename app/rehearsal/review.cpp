@@ -1,254 +1,253 @@
 #include "app/rehearsal/review.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
+#include <stdexcept>
+#include <utility>
 
 #include "app/machine/policy_text.h"
-#include "app/machine/sample.h"
 #include "app/pass/messages.h"
-#include "app/pass/result.h"
-#include "app/rehearsal/document.h"
-#include "app/rehearsal/property_review.h"
-#include "app/rehearsal/registered.h"
-#include "app/rehearsal/scope.h"
-#include "app/rehearsal/trial.h"
+#include "app/rehearsal/properties.h"
 #include "app/text/errors.h"
 #include "app/text/input.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
+#include "host/printer_kind.h"
+#include "management/printer_scope.h"
+#include "platform/crt.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
 
 namespace app {
 namespace {
 
-/// The names that an author may write: those of the sample and of the records. They are only tried.
-std::set<std::string> KnownNames() {
-  std::set<std::string> names;
-  const PolicyDocument sample(sample::kPolicy);
-  for (const PolicyElementNodes& element : sample.Elements())
-    for (const Property& property : element.properties) names.insert(property.name);
-  for (const Field& field : Fields()) {
-    std::string name = field.name;
-    name[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[0])));
-    names.insert(name);
-  }
-  return names;
+// Bounds that no policy of a real machine comes near. They keep each process under half a gigabyte,
+// and a pass under half a minute.
+constexpr std::size_t kMostNodes = 500'000;
+constexpr std::size_t kMostMarks = 150'000;
+constexpr std::size_t kMostMarkBytes = 64 * 1024 * 1024;
+
+/// The smallest number that switches the same entries, where the number itself has no meaning.
+int ScopeMeaning(const std::wstring& text) {
+  constexpr int kKnown[] = {0, 1, 2, 3};
+  const int scope = _wtoi(text.c_str());
+  if (std::ranges::find(kKnown, scope) != std::end(kKnown)) return scope;
+  namespace system = SigilSettingManagement;
+  return *std::ranges::find_if(kKnown, [&](int known) {
+    return system::IsDefaultEntryInScope(known) == system::IsDefaultEntryInScope(scope) &&
+           system::AreSuitePrintersInScope(known) == system::AreSuitePrintersInScope(scope);
+  });
+}
+
+/// No query can ask for an ID with one.
+bool HasQuote(const std::string& id) {
+  return id.find('"') != id.npos;
 }
 
 class Reviewer {
  public:
-  Reviewer(const std::wstring& text, int policyId, Review& review)
-      : m_text(text),
-        m_document(platform::ToUtf8(text)),
-        m_policy(m_document.FindPolicy(policyId)),
+  Reviewer(const PolicyCall& call, const PolicyDocument& document, Rehearsal& rehearsal,
+           Review& review)
+      : m_call(call),
+        m_document(document),
+        m_policy(document.FindPolicy(call.policyId)),
+        m_rehearsal(rehearsal),
         m_review(review) {}
 
   void Run() {
+    RequireWhole();
     MatchElements();
-    const Trial trial(TriedElements(), KnownNames());
-    ReviewElements(trial);
+    ReviewElements();
+    ReviewPolicies();
     ReviewList();
+    ReviewAllElements();
     ReviewStrangers();
     ReviewScope();
-    if (const std::string why = WhyNotDelivered(m_text); !why.empty())
-      Find({"undelivered", "", "", 0,
-            "`set` and `release` refuse it as a delivered policy: " + why});
     ReviewEntries();
-    const auto byLine = [](const Finding& left, const Finding& right) {
-      return left.line < right.line;
-    };
-    std::ranges::stable_sort(m_review.remarks.findings, byLine);
-    std::ranges::stable_sort(m_review.remarks.notes, byLine);
+    ReviewTroubles();
+    m_review.findings.Close();
+    m_review.notes.Close();
   }
 
  private:
-  void Find(Finding finding) { m_review.remarks.findings.push_back(std::move(finding)); }
-  void Note(Finding finding) { m_review.remarks.notes.push_back(std::move(finding)); }
+  void Find(Finding finding) { m_review.findings.Add(std::move(finding)); }
 
+  /// The pass reads the list as the document does, or what it tells would go to other elements.
   void MatchElements() {
     if (m_policy == nullptr) return;
-    std::vector<std::string> ids;
-    for (const ListedElement& listed : m_policy->listed) ids.push_back(listed.id);
-    m_registered = Match({m_review.outcome, m_review.records}, ids);
-    for (std::size_t i = 0; i < ids.size(); ++i) {
-      const PolicyElementNodes* const element = m_document.Find(ids[i]);
-      const long line = element == nullptr ? m_policy->listed[i].line : element->Line();
-      m_review.elements.push_back({ids[i], line, m_registered[i].mark});
+    if (m_rehearsal.registered.size() != m_policy->listed.size())
+      throw std::runtime_error("the rehearsal is incomplete: it tells of " +
+                               std::to_string(m_rehearsal.registered.size()) + " of " +
+                               std::to_string(m_policy->listed.size()) + " IDs");
+    for (std::size_t i = 0; i < m_policy->listed.size(); ++i) {
+      const ListedId& listed = m_policy->listed[i];
+      const PolicyElement* const element = m_document.FindElement(listed.id);
+      m_review.elements.push_back({listed.id,
+                                   element == nullptr ? listed.line : element->lines.front(),
+                                   m_rehearsal.registered[i].mark});
     }
+  }
+
+  /// Throws when the pass has failed at something for which the policy is not to blame, as when the
+  /// memory ends.
+  void RequireWhole() const {
+    const bool canBeUnread =
+        m_policy != nullptr && std::ranges::any_of(m_policy->listed, HasQuote, &ListedId::id);
+    if (m_rehearsal.hasUnread && !canBeUnread)
+      throw std::runtime_error("the rehearsal is incomplete: the policy could not be read");
+    for (const Message& trouble : m_rehearsal.troubles)
+      if (const Meaning meaning = MeaningOf(trouble); meaning.weight == Weight::kFailure)
+        throw std::runtime_error("the rehearsal is incomplete: " + meaning.sentence);
   }
 
   /// Each once, although it may be listed again.
-  std::vector<const PolicyElementNodes*> TriedElements() const {
-    std::vector<const PolicyElementNodes*> elements;
-    std::set<std::string> seen;
-    for (const ElementFate& fate : m_review.elements)
-      if (const auto* element = m_document.Find(fate.id); element && seen.insert(fate.id).second)
-        elements.push_back(element);
-    return elements;
-  }
-
-  void ReviewElements(const Trial& trial) {
-    std::set<std::string> seen;
-    for (std::size_t i = 0; i < m_registered.size(); ++i) {
+  void ReviewElements() {
+    std::set<std::string_view> seen;
+    for (std::size_t i = 0; i < m_review.elements.size(); ++i) {
       const ElementFate& fate = m_review.elements[i];
       if (!seen.insert(fate.id).second) continue;
-      const PolicyElementNodes* const element = m_document.Find(fate.id);
+      const PolicyElement* const element = m_document.FindElement(fate.id);
       if (fate.mark)
-        ReviewMark(fate, *fate.mark, element, trial);
+        ReviewMark(fate, element, m_rehearsal.registered[i]);
       else
-        ReviewDropped(fate, m_registered[i], element);
+        ReviewDropped(fate, element, m_rehearsal.registered[i]);
     }
-    if (!trial.IsWhole())
-      Note({"untried", "", "", 0, "the policy is too large for every property to be tried"});
   }
 
-  void ReviewDropped(const ElementFate& fate, const Registered& registered,
-                     const PolicyElementNodes* element) {
+  void ReviewDropped(const ElementFate& fate, const PolicyElement* element,
+                     const Registered& registered) {
+    if (!m_review.findings.HasRoom("dropped")) return;
     std::string why = "the pass does not say why";
     if (registered.reason) {
       why = MeaningOf(*registered.reason).sentence;
       why.erase(0, why.find(": ") + 2);
     }
-    const std::string kind = element == nullptr ? "" : element->TextOf("Kind");
-    if (!kind.empty()) why += " (Kind " + OneLine(kind, kTextWidth) + ")";
+    if (element != nullptr) {
+      const auto kind = std::ranges::find(element->properties, kKind, &Property::name);
+      if (kind != element->properties.end() && !IsBlank(kind->text))
+        why += " (Kind " + OneLine(Trimmed(kind->text), kTextWidth) + ")";
+    }
     Find({"dropped", fate.id, "", fate.line, "dropped: " + why});
   }
 
-  void ReviewMark(const ElementFate& fate, const peers::WatermarkRecord& mark,
-                  const PolicyElementNodes* element, const Trial& trial) {
-    const std::vector<FieldValue> values = ValuesOf(mark, fate.id);
-    const bool isFromNothing =
-        element == nullptr || (trial.FateOfNothing() == values && trial.FateOf(*element) != values);
-    if (isFromNothing)
+  void ReviewMark(const ElementFate& fate, const PolicyElement* element,
+                  const Registered& registered) {
+    if (element == nullptr || HasQuote(fate.id))
       return Find({"nothing", fate.id, "", fate.line,
                    std::string(element == nullptr ? "there is no element of this ID"
                                                   : "its ID cannot be asked for") +
                        "; a watermark is registered from nothing"});
-    PropertyReview(trial, m_review.remarks).Run(*element, values);
-    if (mark.opacity == 0)
+    ReviewProperties(*element, registered, m_review.findings, m_review.notes);
+    if (fate.mark->opacity == 0)
       Find({"invisible", fate.id, "", fate.line, "invisible: its opacity is 0"});
-    if (IsBlank(mark.text))
+    if (IsBlank(fate.mark->text))
       Find({"invisible", fate.id, "", fate.line, "invisible: its text is empty"});
   }
 
-  /// What is wrong with the policy's list, and with the elements as a whole.
+  void ReviewPolicies() {
+    constexpr std::size_t kMostNames = 8;
+    if (m_policy != nullptr) {
+      if (m_policy->lines.size() > 1)
+        Find({"policy", "", "", m_policy->lines.back(),
+              "policy " + m_policy->id + " stands on the lines " + Listed(m_policy->lines)});
+      return;
+    }
+    std::vector<std::string> ids;
+    for (const PolicyInfo& policy : m_document.policies)
+      ids.push_back(ids.size() < kMostNames ? OneLine(policy.id, kTextWidth) : "");
+    m_review.emptied = "there is no policy " + std::to_string(m_call.policyId) +
+                       (ids.empty() ? "" : "; its policies: " + NamesInARow(ids, kMostNames));
+    Find({"policy", "", "", 0, m_review.emptied});
+  }
+
+  /// IDs that the policy lists again.
   void ReviewList() {
-    if (m_policy == nullptr) {
-      std::string ids;
-      for (const PolicyNodes& policy : m_document.Policies())
-        ids += (ids.empty() ? "" : ", ") + OneLine(policy.id, kTextWidth);
-      Find({"policy", "", "", 0,
-            "there is no policy " + std::to_string(m_review.policyId) +
-                (ids.empty() ? "" : "; its policies: " + OneLine(ids, 2 * kTextWidth))});
-    } else if (m_policy->lines.size() > 1) {
-      Find({"policy", "", "", m_policy->lines.back(),
-            "policy " + m_policy->id + " stands on the lines " + Listed(m_policy->lines)});
-    }
-    ReviewDoubles();
-    std::set<std::string> listed;
-    for (const PolicyNodes& policy : m_document.Policies())
-      for (const ListedElement& each : policy.listed) listed.insert(each.id);
-    for (const PolicyElementNodes& element : m_document.Elements()) {
-      if (!listed.contains(element.id))
-        Find({"unlisted", element.id, "", element.Line(), "no policy lists it"});
-      if (element.nodes.size() < 2) continue;
-      std::vector<long> lines;
-      for (const xmlNode* const node : element.nodes) lines.push_back(xmlGetLineNo(node));
-      Find({"double", element.id, "", lines[1],
-            "elements of this ID stand on the lines " + Listed(lines)});
-    }
-  }
-
-  void ReviewDoubles() {
     if (m_policy == nullptr) return;
-    std::map<std::string, std::vector<long>> lines;
-    for (const ListedElement& listed : m_policy->listed) lines[listed.id].push_back(listed.line);
+    std::map<std::string_view, std::vector<long>> lines;
+    std::map<std::string_view, std::size_t> marks;
+    for (const ListedId& listed : m_policy->listed) lines[listed.id].push_back(listed.line);
+    for (const ElementFate& fate : m_review.elements) marks[fate.id] += fate.mark ? 1 : 0;
     for (const auto& [id, each] : lines)
-      if (each.size() > 1) {
-        const auto count = std::ranges::count_if(m_review.elements, [&](const ElementFate& fate) {
-          return fate.id == id && fate.mark.has_value();
-        });
-        Find({"listed", id, "", each[1],
+      if (each.size() > 1 && m_review.findings.HasRoom("listed"))
+        Find({"listed", std::string(id), "", each[1],
               "listed on the lines " + Listed(each) + "; it is registered " +
-                  Counted(static_cast<std::size_t>(count), "time", "times")});
-      }
+                  Counted(marks[id], "time", "times")});
   }
 
-  /// Told when the records are the same without them.
+  void ReviewAllElements() {
+    std::set<std::string_view> listed;
+    for (const PolicyInfo& policy : m_document.policies)
+      for (const ListedId& each : policy.listed) listed.insert(each.id);
+    for (const PolicyElement& element : m_document.elements) {
+      if (!listed.contains(element.id))
+        Find({"unlisted", element.id, "", element.lines.front(), "no policy lists it"});
+      if (element.lines.size() > 1)
+        Find({"double", element.id, "", element.lines[1],
+              "elements of this ID stand on the lines " + Listed(element.lines)});
+    }
+  }
+
   void ReviewStrangers() {
-    if (m_document.Strangers().empty()) return;
-    ScratchMachine machine;
-    machine.CopyMachine();
-    const Rehearsal without = Rehearse(
-        machine,
-        UpdateCall(platform::FromUtf8(m_document.TextWithoutStrangers()), m_review.policyId));
-    if (!SameRecords(without.records, m_review.records)) return;
-    const std::set<std::string> names = {"HLE",        "Watermark", "PolicyInfos",  "PolicyInfo",
-                                         "ElementIDs", "ID",        "PrinterScope", "Elements",
-                                         "Element",    "@ID"};
-    for (const Stranger& stranger : m_document.Strangers()) {
-      const std::string guess = names.contains(stranger.name) ? "" : Guess(stranger.name, names);
+    static const std::set<std::string> kNames = {
+        "HLE", "Watermark",    "PolicyInfos", "PolicyInfo", "ElementIDs",
+        "ID",  "PrinterScope", "Elements",    "Element",    "@ID"};
+    for (const Stranger& stranger : m_document.strangers) {
+      if (!m_review.findings.HasRoom("unread")) continue;
+      const std::string guess = kNames.contains(stranger.name) ? "" : Guess(stranger.name, kNames);
       Find({"unread", "", OneLine(stranger.name, kTextWidth), stranger.line,
             "nobody reads it in " + OneLine(stranger.parent, kTextWidth) +
                 (guess.empty() ? "" : "; is " + guess + " meant?")});
     }
   }
 
-  static bool SameRecords(const peers::SettingFileContent& left,
-                          const peers::SettingFileContent& right) {
-    if (left.entries.size() != right.entries.size()) return false;
-    for (std::size_t i = 0; i < left.entries.size(); ++i) {
-      const peers::EntryRecord& one = left.entries[i];
-      const peers::EntryRecord& two = right.entries[i];
-      if (one.lastSetting.enabled != two.lastSetting.enabled ||
-          !std::ranges::equal(
-              one.watermarks, two.watermarks, {},
-              [](const auto& mark) { return ValuesOf(mark, ""); },
-              [](const auto& mark) { return ValuesOf(mark, ""); }))
-        return false;
-    }
-    return true;
-  }
-
   void ReviewScope() {
     if (m_policy == nullptr) return;
-    for (std::size_t i = 1; i < m_policy->scopes.size(); ++i)
-      Find({"unread", "", "PrinterScope", m_policy->scopes[i].line,
-            "nobody reads it: the one of line " + std::to_string(m_policy->scopes[0].line) +
-                " counts"});
-    const std::string text = m_policy->scopes.empty() ? "" : Trimmed(m_policy->scopes[0].text);
-    const long line = m_policy->scopes.empty() ? m_policy->lines.front() : m_policy->scopes[0].line;
-    const std::optional<int> meaning = ScopeMeaning(text);
+    const std::vector<Property>& scopes = m_policy->scopes;
+    for (std::size_t i = 1; i < scopes.size() && m_review.findings.HasRoom("unread"); ++i)
+      Find({"unread", "", "PrinterScope", scopes[i].line,
+            "nobody reads it: the one of line " + std::to_string(scopes[0].line) + " counts"});
+    const std::wstring read = ReadPolicy(m_call.text, m_call.policyId).scope.value_or(L"");
+    const std::string text = platform::ToUtf8(read);
     const std::optional<double> number = NumberOf(text);
-    const std::string became = meaning ? std::to_string(*meaning) : "something else";
-    if (m_policy->scopes.empty())
-      Note({"lacking", "", "PrinterScope", line, "it is not there, which counts as " + became, "",
-            became});
-    else if (!number || !meaning || *number != *meaning)
-      Find({number ? "changed" : "zero", "", "PrinterScope", line,
+    const int meaning = ScopeMeaning(read);
+    const std::string became = std::to_string(meaning);
+    if (scopes.empty())
+      m_review.notes.Add({"lacking", "", "PrinterScope", m_policy->lines.front(),
+                          "it is not there, which counts as " + became, "", became});
+    else if (number != meaning)
+      Find({number || meaning != 0 ? "changed" : "zero", "", "PrinterScope", scopes[0].line,
             (text.empty() ? "it is empty, which" : NumberOrQuoted(text)) + " counts as " + became,
             text, became});
   }
 
   void ReviewEntries() {
-    m_review.isEmptied = std::ranges::all_of(
-        m_review.records.entries,
-        [](const peers::EntryRecord& entry) { return entry.watermarks.empty(); });
-    if (m_review.isEmptied)
+    if (!m_review.undelivered.empty()) Find({"undelivered", "", "", 0, m_review.undelivered});
+    const std::vector<peers::EntryRecord>& entries = m_review.records.entries;
+    const auto isEmpty = [](const peers::EntryRecord& entry) { return entry.watermarks.empty(); };
+    if (std::ranges::all_of(entries, isEmpty)) {
+      if (m_review.emptied.empty()) m_review.emptied = "no element is registered";
       Find({"emptied", "", "", 0, "no element is registered: every entry is emptied"});
+    }
     if (const auto* entry = DefaultEntry(m_review.records))
       m_review.printers.push_back({"*", FateOf(*entry)});
     for (const platform::Printer& printer : platform::LoadMachine().printers) {
       const std::string name = platform::ToUtf8(printer.name);
       m_review.printers.push_back({name, FateOf(name)});
     }
-    for (const Message& message : Troubles(m_review.outcome.messages)) {
-      if (std::ranges::find(m_registered, message, &Registered::reason) != m_registered.end())
-        m_review.told.push_back(message);
+  }
+
+  /// Trouble that no dropped element tells lies at the machine.
+  void ReviewTroubles() {
+    std::set<std::pair<int, std::string>> reasons;
+    for (const Registered& registered : m_rehearsal.registered)
+      if (registered.reason) reasons.emplace(registered.reason->number, registered.reason->text);
+    for (const Message& trouble : m_rehearsal.troubles)
+      if (reasons.contains({trouble.number, trouble.text}))
+        m_review.told.push_back(trouble);
       else
-        Note({"machine", "", "", 0, "on this machine, " + MeaningOf(message).sentence});
-    }
+        m_review.notes.Add(
+            {"machine", "", "", 0, "on this machine, " + MeaningOf(trouble).sentence});
   }
 
   static std::string FateOf(const peers::EntryRecord& entry) {
@@ -257,21 +256,59 @@ class Reviewer {
   }
 
   std::string FateOf(const std::string& printer) const {
-    const auto entry =
-        std::ranges::find(m_review.records.entries, printer, &peers::EntryRecord::printer);
-    if (entry != m_review.records.entries.end()) return FateOf(*entry);
+    const auto& entries = m_review.records.entries;
+    const auto entry = std::ranges::find(entries, printer, &peers::EntryRecord::printer);
+    if (entry != entries.end()) return FateOf(*entry);
     const auto& excluded = m_review.records.excluded;
     return std::ranges::find(excluded, printer, &peers::ExcludeRecord::name) != excluded.end()
                ? "on the exclude list"
                : "goes by the default entry";
   }
 
-  const std::wstring& m_text;
-  PolicyDocument m_document;
-  const PolicyNodes* m_policy;
+  const PolicyCall& m_call;
+  const PolicyDocument& m_document;
+  const PolicyInfo* const m_policy;
+  Rehearsal& m_rehearsal;
   Review& m_review;
-  std::vector<Registered> m_registered;
 };
+
+[[noreturn]] void RefuseSize(const std::string& what, std::size_t most) {
+  throw UsageError("the policy is too large to be rehearsed: it has more than " +
+                   std::to_string(most) + " " + what);
+}
+
+void RequireFewNodes(const std::wstring& text) {
+  const auto opens = [](wchar_t each) { return each == L'<' || each == L'='; };
+  if (static_cast<std::size_t>(std::ranges::count_if(text, opens)) > kMostNodes)
+    RefuseSize("tags and attributes", kMostNodes);
+}
+
+/// The entries of this machine that an update rebuilds: the default one, and the suite's printers.
+std::size_t CountEntries() {
+  std::vector<platform::Printer> printers = platform::LoadMachine().printers;
+  const auto isSuite = [](platform::Printer& printer) {
+    PRINTER_INFO_2W record{};
+    record.pDriverName = printer.driver.data();
+    return SigilSettingManagement::KindOf(record) == SigilSettingManagement::PrinterKind::kSuite;
+  };
+  return 1 + static_cast<std::size_t>(std::ranges::count_if(printers, isSuite));
+}
+
+/// An update makes the watermarks of the policy's list on each entry.
+void RequireFewMarks(const PolicyDocument& document, int policyId) {
+  const PolicyInfo* const policy = document.FindPolicy(policyId);
+  if (policy == nullptr) return;
+  std::map<std::string_view, std::size_t> sizes;
+  for (const PolicyElement& element : document.elements)
+    for (const Property& property : element.properties) sizes[element.id] += property.text.size();
+  std::size_t bytes = 0;
+  for (const ListedId& listed : policy->listed) bytes += sizes[listed.id] + listed.id.size();
+  const std::size_t entries = CountEntries();
+  if (policy->listed.size() * entries > kMostMarks)
+    RefuseSize("watermarks on the entries of this machine", kMostMarks);
+  if (bytes * entries > kMostMarkBytes)
+    RefuseSize("bytes in the watermarks on the entries of this machine", kMostMarkBytes);
+}
 
 }  // namespace
 
@@ -280,28 +317,37 @@ std::size_t Review::Registered() const {
       elements, [](const ElementFate& fate) { return fate.mark.has_value(); }));
 }
 
-Review ReviewPolicy(const std::wstring& text, int policyId, bool resetName) {
+Review ReviewPolicy(const PolicyCall& call) {
+  RequireFewNodes(call.text);
+  Review refused;
+  refused.policyId = call.policyId;
+  refused.result = SIGIL_SETTING_FAILED;
+  refused.refusal = ReadPolicy(call.text).refusal;
+  if (!refused.refusal.empty()) return refused;
+  const PolicyDocument document = ReadDocument(platform::ToUtf8(call.text));
+  RequireFewMarks(document, call.policyId);
+  return ReviewOf(call, document, Rehearse(call));
+}
+
+Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal) {
   Review review;
-  review.policyId = policyId;
-  review.refusal = ReadPolicy(text).refusal;
-  {
-    ScratchMachine machine;
-    machine.CopyMachine();
-    Rehearsal rehearsal = Rehearse(machine, UpdateCall(text, policyId, resetName));
-    review.outcome = std::move(rehearsal.outcome);
-    review.records = std::move(rehearsal.records);
-  }
-  if (review.outcome.result == SIGIL_SETTING_FAILED) {
-    if (review.refusal.empty()) review.failure = FirstFailure(review.outcome.messages).sentence;
+  review.policyId = call.policyId;
+  review.result = rehearsal.result;
+  if (rehearsal.result == SIGIL_SETTING_FAILED) {
+    review.failure = FirstFailure(rehearsal.troubles);
     return review;
   }
-  review.refusal.clear();
-  Reviewer(text, policyId, review).Run();
+  review.records = std::move(rehearsal.records);
+  if (!rehearsal.undelivered.empty())
+    review.undelivered =
+        "`set` and `release` refuse it as a delivered policy: " + rehearsal.undelivered;
+  Reviewer(call, document, rehearsal, review).Run();
   return review;
 }
 
 Review ReviewFile(const std::string& file, int policyId) {
-  Review review = ReviewPolicy(ReadTextFile(file), policyId);
+  const std::wstring text = ReadTextFile(file);
+  Review review = ReviewPolicy({text, policyId});
   if (!review.refusal.empty()) throw UsageError(NameOf(file) + ": " + review.refusal);
   if (!review.failure.empty())
     throw UsageError(NameOf(file) + ": cannot be tried on this machine: " + review.failure);
@@ -310,24 +356,8 @@ Review ReviewFile(const std::string& file, int policyId) {
 
 peers::SettingFileContent RehearsedRecords(const std::string& file, int policyId) {
   Review review = ReviewFile(file, policyId);
-  if (review.isEmptied) throw UsageError(NameOf(file) + ": " + WhyEmptied(review));
+  if (!review.emptied.empty()) throw UsageError(NameOf(file) + ": " + review.emptied);
   return std::move(review.records);
-}
-
-std::string WhyEmptied(const Review& review) {
-  for (const Finding& finding : review.remarks.findings)
-    if (finding.kind == "policy" && finding.line == 0) return finding.message;
-  return "no element is registered";
-}
-
-std::string Line(const std::string& file, const Finding& finding) {
-  std::string line = file + ":";
-  if (finding.line > 0) line += std::to_string(finding.line) + ":";
-  const std::string element = OneLine(finding.element, kTextWidth);
-  if (!element.empty()) line += " " + element;
-  if (!finding.property.empty()) line += " " + OneLine(finding.property, kTextWidth);
-  if (!element.empty() || !finding.property.empty()) line += ":";
-  return line + " " + finding.message;
 }
 
 }  // namespace app

@@ -1,22 +1,22 @@
 #pragma once
 
-// What a policy becomes on this machine, as a rehearsal shows it, held against what its text says.
+// What a policy becomes on this machine, as a rehearsal shows it, compared with its text.
 //
-// Every finding is a difference that was seen: between the text and the records, between the fates
-// of two texts, or in what the pass said. So none can differ from what the library does.
+// Every finding is a difference that was seen, between the text and the records or in the messages
+// of the pass. The review works no value out.
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "app/pass/library.h"
-#include "app/rehearsal/fields.h"
-#include "app/rehearsal/finding.h"
+#include "app/rehearsal/document.h"
+#include "app/rehearsal/rehearse.h"
+#include "app/rehearsal/remarks.h"
 #include "peers/settings_component/setting_file.h"
 
 namespace app {
 
-/// What became of an entry of the policy's list.
+/// An ID of the policy's list.
 struct ElementFate {
   std::string id;
   long line = 0;  ///< Of the element, or of the list's entry when there is no element.
@@ -30,33 +30,38 @@ struct PrinterFate {
 
 struct Review {
   int policyId = 0;
-  Outcome outcome;
+  int result = 0;  ///< Of the update.
   peers::SettingFileContent records;
   std::vector<ElementFate> elements;
   std::vector<PrinterFate> printers;  ///< The default entry first, as "*".
-  Remarks remarks;                    ///< By line.
-  std::vector<Message> told;          ///< The trouble in the outcome that the remarks tell.
+  Remarks findings;                   ///< Faults.
+  Remarks notes;                      ///< No faults, and good to know.
+  std::vector<Message> told;          ///< The messages of trouble that the findings tell.
 
   /// Why the passes refuse the text; then there is nothing else.
   std::string refusal;
   /// Why the pass fails on this machine, whatever the text; then there is nothing else either.
   std::string failure;
-  bool isEmptied = false;  ///< Every entry is left without watermarks.
+  /// Why every entry is left without watermarks; empty where one is not.
+  std::string emptied;
+  /// Why set and release refuse the text as the delivered policy; empty when they do not.
+  std::string undelivered;
 
   /// How many of the elements have become watermarks.
   std::size_t Registered() const;
 };
 
-/// Throws what keeps a rehearsal from being held.
-Review ReviewPolicy(const std::wstring& text, int policyId, bool resetName = false);
+/// Rehearses the call. Throws UsageError for a text that is too large for that, and whatever keeps
+/// the rehearsal from being held or makes it incomplete.
+Review ReviewPolicy(const PolicyCall& call);
 
-/// The same of the policy in a file. UsageError, with the file's name, for one that is refused.
+/// The part of ReviewPolicy behind the rehearsal of the text, which is the document's.
+Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal);
+
+/// Reviews the policy in a file. Throws UsageError, with the file's name, for one that is refused.
 Review ReviewFile(const std::string& file, int policyId);
 
-/// The reason for isEmptied.
-std::string WhyEmptied(const Review& review);
-
-/// What the setting file would hold after the policy of the file. UsageError for one that is
+/// The records of the setting file after the policy of the file. Throws UsageError for one that is
 /// refused or empties every entry.
 peers::SettingFileContent RehearsedRecords(const std::string& file, int policyId);
 

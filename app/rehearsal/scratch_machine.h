@@ -1,19 +1,22 @@
 #pragma once
 
-// A machine for one rehearsal: a private folder in memory, or below TMPDIR where that is set, that
-// goes again with its object.
+// The folder of one rehearsal, with the machines in it: in memory, or below TMPDIR where that is
+// set. It goes with its object.
 //
-// While it is there, the signals that end a process wait, so that none of them leaves it behind. A
-// rehearsal itself runs in a process of its own, which they do end.
+// The folder is for this account alone, and nobody can put another in its place: a TMPDIR in which
+// another account could is refused. A lock on the folder tells that its process lives; what a
+// killed process has left is removed by the next rehearsal of the account.
 
 #include <signal.h>
 
 #include <filesystem>
 #include <string>
 
+#include "peers/descriptor.h"
+
 namespace app {
 
-/// The signals SIGINT, SIGTERM and SIGHUP wait in its lifetime.
+/// SIGHUP, SIGINT, SIGQUIT and SIGTERM wait in its lifetime, and take effect at its end.
 class HeldSignals {
  public:
   HeldSignals();
@@ -21,30 +24,41 @@ class HeldSignals {
   HeldSignals(const HeldSignals&) = delete;
   HeldSignals& operator=(const HeldSignals&) = delete;
 
+  /// Becomes readable, for poll(2), as soon as one of them waits.
+  int File() const { return m_file.Get(); }
+  /// Has the calling process, a child, take them as before.
+  void Release() const;
+
  private:
   sigset_t m_before = {};
+  peers::Descriptor m_file;
 };
 
 class ScratchMachine {
  public:
+  /// Throws std::runtime_error when no folder can be had.
   ScratchMachine();
-  ~ScratchMachine();
+  ~ScratchMachine() { Remove(); }
   ScratchMachine(const ScratchMachine&) = delete;
   ScratchMachine& operator=(const ScratchMachine&) = delete;
 
-  const std::filesystem::path& Root() const { return m_root; }
+  const HeldSignals& Signals() const { return m_signals; }
+  /// The folder that the scratch's own lies in.
+  std::filesystem::path Place() const { return m_folder.parent_path(); }
 
-  /// Gives the machine a file, by its path below the root.
-  void Write(const std::filesystem::path& file, const std::string& bytes) const;
+  /// A machine like the one that the desk works on: its machine.ini, the files of its client and
+  /// what its setting file holds. What cannot be read is left out, except machine.ini, for which
+  /// std::system_error is thrown.
+  std::filesystem::path CopyMachine() const;
+  /// A machine without printers, and without a key source, so that its key is zero.
+  std::filesystem::path MakeBareMachine() const;
 
-  /// Makes it like the machine that the desk works on: its machine.ini, the files of its client and
-  /// what its setting file holds. What cannot be read is left out, but for machine.ini:
-  /// std::system_error.
-  void CopyMachine() const;
+  void Remove() const;
 
  private:
   HeldSignals m_signals;
-  std::filesystem::path m_root;
+  peers::Descriptor m_lock;
+  std::filesystem::path m_folder;
 };
 
 }  // namespace app

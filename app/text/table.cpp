@@ -136,8 +136,13 @@ std::size_t DisplayWidth(std::string_view text) {
 }
 
 std::string OneLine(std::string_view text, std::size_t width) {
+  constexpr std::size_t kMostBytes = 16;  // of a place, so that a text of megabytes is cut first
+  const bool isCut = text.size() / kMostBytes > width;
+  if (isCut) text = text.substr(0, width * kMostBytes);
+  while (isCut && !text.empty() && (text.back() & 0xC0) == 0x80) text.remove_suffix(1);
+  if (isCut && !text.empty() && (text.back() & 0x80) != 0) text.remove_suffix(1);
   std::string visible = platform::Visible(text);
-  if (DisplayWidth(visible) <= width) return visible;
+  if (!isCut && DisplayWidth(visible) <= width) return visible;
   visible.resize(BytesIn(visible, width - 1));
   return visible + "…";
 }

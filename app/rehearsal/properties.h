@@ -1,0 +1,45 @@
+#pragma once
+
+// The properties of an element, and what became of each in the watermark's record.
+//
+// One table says which property fills which field, of which kind and in which form. The values come
+// from the record alone.
+
+#include <span>
+#include <string>
+
+#include "app/rehearsal/document.h"
+#include "app/rehearsal/rehearse.h"
+#include "app/rehearsal/remarks.h"
+
+namespace app {
+
+/// The property that decides on the kind.
+inline constexpr char kKind[] = "Kind";
+
+enum class Form {
+  kText,
+  kReal,
+  kFlag,
+  kColour,
+  kInteger,
+  kCode,  ///< A number that stands for something.
+};
+
+struct PropertyRow {
+  const char* name;
+  bool isInHeader;  ///< It is read in a header or footer.
+  bool isInStamp;
+  Form form;
+  const char* field;  ///< Of the record (fields.h).
+};
+
+/// In the order of their names.
+std::span<const PropertyRow> Properties();
+
+/// Compares each property of the element, which is registered, with the record, and adds each
+/// difference to `findings`, and to `notes` what the element lacks.
+void ReviewProperties(const PolicyElement& element, const Registered& registered, Remarks& findings,
+                      Remarks& notes);
+
+}  // namespace app
