@@ -156,6 +156,8 @@ constexpr int kFirstUnread = 153200100;
 constexpr int kLastUnread = 153200190;
 constexpr int kHeaderFooterMade = 153100270;
 constexpr int kStampMade = 153100310;
+constexpr int kNoScope = 153100110;
+constexpr int kPolicyRefused = 153100540;
 constexpr int kDeliveryFailed[] = {153100540, 153100560, 153100570};
 constexpr int kPrinterChecked = 153100760;
 constexpr int kPrinterExcluded = 153400150;
@@ -217,6 +219,12 @@ Step StepOf(const Message& message) {
   if (std::ranges::find(kDropped, message.number) != std::end(kDropped)) return Step::kDropped;
   return message.number >= kFirstUnread && message.number <= kLastUnread ? Step::kUnread
                                                                          : Step::kOther;
+}
+
+bool RefusesDelivery(const Message& message) {
+  // The reader's results -101 and -102 are faults of the machine, not of the text.
+  const bool isMachines = message.text.ends_with("-101") || message.text.ends_with("-102");
+  return message.number == kNoScope || (message.number == kPolicyRefused && !isMachines);
 }
 
 WorkDone WorkDoneIn(const Outcome& outcome) {

@@ -59,6 +59,9 @@ enum class Step {
 };
 Step StepOf(const Message& message);
 
+/// True for a message with which set or release refuses a delivered policy for its text.
+bool RefusesDelivery(const Message& message);
+
 struct WorkDone {
   std::size_t entries = 0;  ///< That an update has rebuilt.
   std::size_t marks = 0;    ///< That it has made in them.

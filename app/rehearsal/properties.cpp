@@ -104,9 +104,7 @@ std::set<std::string> Unfilled(const std::string& written, const std::string& st
 bool IsFilledIn(const std::string& written, const std::string& stored) {
   const std::size_t first = written.find(kUser);
   if (first == written.npos) return false;
-  std::size_t count = 0;
-  for (std::size_t at = first; at != written.npos; at = written.find(kUser, at + kUser.size()))
-    ++count;
+  const std::size_t count = CountUsers(written);
   const std::size_t rest = written.size() - count * kUser.size();
   if (stored.size() < rest || first > stored.size()) return false;
   const std::string_view user =
@@ -225,6 +223,13 @@ class PropertyReview {
 };
 
 }  // namespace
+
+std::size_t CountUsers(const std::string& text) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(kUser); at != text.npos; at = text.find(kUser, at + kUser.size()))
+    ++count;
+  return count;
+}
 
 std::span<const PropertyRow> Properties() {
   return kRows;

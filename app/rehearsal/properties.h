@@ -37,6 +37,9 @@ struct PropertyRow {
 /// In the order of their names.
 std::span<const PropertyRow> Properties();
 
+/// How many times the text has {WinUser}, which the update fills in.
+std::size_t CountUsers(const std::string& text);
+
 /// Compares each property of the element, which is registered, with the record, and adds each
 /// difference to `findings`, and to `notes` what the element lacks.
 void ReviewProperties(const PolicyElement& element, const Registered& registered, Remarks& findings,

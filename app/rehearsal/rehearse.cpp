@@ -70,7 +70,15 @@ std::string WhyUndelivered(const std::wstring& text) {
   write(delivery.PolicyFile(), SealText(platform::ToUtf8(text)));
   write(delivery.SystemSetting(), "63,1\r\n");
   const Outcome outcome = Call([](const Exports& exports) { return exports.set(); });
-  return outcome.result == SIGIL_SETTING_FAILED ? FirstFailure(outcome.messages) : "";
+  if (outcome.result != SIGIL_SETTING_FAILED) return "";
+  const auto isFailure = [](const Message& message) {
+    return MeaningOf(message).weight == Weight::kFailure;
+  };
+  const std::vector<Message> troubles = Troubles(outcome.messages);
+  const auto first = std::ranges::find_if(troubles, isFailure);
+  if (first == troubles.end() || !RefusesDelivery(*first))
+    throw std::runtime_error("set could not be tried: " + FirstFailure(troubles));
+  return MeaningOf(*first).sentence;
 }
 
 Json JsonOf(const Message& message) {

@@ -25,8 +25,9 @@ namespace {
 // Bounds that no policy of a real machine comes near. They keep each process under half a gigabyte,
 // and a pass under half a minute.
 constexpr std::size_t kMostNodes = 500'000;
-constexpr std::size_t kMostMarks = 150'000;
+constexpr std::size_t kMostMarks = 100'000;
 constexpr std::size_t kMostMarkBytes = 64 * 1024 * 1024;
+constexpr std::size_t kMostUserBytes = 255 * 3;  // of a user's name
 
 /// The smallest number that switches the same entries, where the number itself has no meaning.
 int ScopeMeaning(const std::wstring& text) {
@@ -204,7 +205,7 @@ class Reviewer {
   void ReviewScope() {
     if (m_policy == nullptr) return;
     const std::vector<Property>& scopes = m_policy->scopes;
-    for (std::size_t i = 1; i < scopes.size() && m_review.findings.HasRoom("unread"); ++i)
+    for (std::size_t i = 1; i < scopes.size(); ++i)
       Find({"unread", "", "PrinterScope", scopes[i].line,
             "nobody reads it: the one of line " + std::to_string(scopes[0].line) + " counts"});
     const std::wstring read = ReadPolicy(m_call.text, m_call.policyId).scope.value_or(L"");
@@ -300,7 +301,8 @@ void RequireFewMarks(const PolicyDocument& document, int policyId) {
   if (policy == nullptr) return;
   std::map<std::string_view, std::size_t> sizes;
   for (const PolicyElement& element : document.elements)
-    for (const Property& property : element.properties) sizes[element.id] += property.text.size();
+    for (const Property& property : element.properties)
+      sizes[element.id] += property.text.size() + CountUsers(property.text) * kMostUserBytes;
   std::size_t bytes = 0;
   for (const ListedId& listed : policy->listed) bytes += sizes[listed.id] + listed.id.size();
   const std::size_t entries = CountEntries();

@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kPrefix[] = "sigil-rehearsal-";
+constexpr char kPrefix[] = "sigilctl-rehearsal-";
 
 /// Throws std::runtime_error for a folder in which another account could put a folder of its own in
 /// the place of the scratch's: in the folder itself or in one above it.
@@ -141,7 +141,11 @@ void CopySettings(const fs::path& file, const fs::path& root) {
 HeldSignals::HeldSignals() {
   sigset_t held;
   sigemptyset(&held);
-  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) sigaddset(&held, signal);
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+    struct sigaction now = {};
+    const bool isIgnored = sigaction(signal, nullptr, &now) == 0 && now.sa_handler == SIG_IGN;
+    if (!isIgnored) sigaddset(&held, signal);
+  }
   pthread_sigmask(SIG_BLOCK, &held, &m_before);
   m_file = peers::Descriptor(signalfd(-1, &held, SFD_CLOEXEC));
 }
