@@ -236,7 +236,8 @@ std::string AnswerOf(const ScratchMachine& scratch, const PolicyCall& call) try 
   for (const Message& trouble : Troubles(outcome.messages))
     answer["troubles"].push_back(JsonOf(trouble));
   EnterMachine(bare);
-  answer["undelivered"] = WhyUndelivered(call.text);
+  const bool isTried = outcome.result != SIGIL_SETTING_FAILED;
+  answer["undelivered"] = isTried ? WhyUndelivered(call.text) : "";
   return answer.dump(-1, ' ', false, Json::error_handler_t::replace);
 } catch (const std::exception& error) {
   const Json answer = {{"error", CauseOf(error)}};
