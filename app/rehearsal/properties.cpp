@@ -13,6 +13,17 @@
 namespace app {
 namespace {
 
+enum class Form { kText, kReal, kFlag, kColour, kInteger, kCode };
+
+struct PropertyRow {
+  const char* name;
+  bool isInHeader;  ///< It is read in a header or footer.
+  bool isInStamp;
+  Form form;          ///< kCode: a number that stands for something.
+  const char* field;  ///< Of the record (fields.h).
+};
+
+// By name, in which order an element's lacking ones are told.
 constexpr PropertyRow kRows[] = {
     {"Bold", true, true, Form::kFlag, "bold"},
     {"Color", true, true, Form::kColour, "color"},
@@ -93,8 +104,7 @@ std::set<std::string> Unfilled(const std::string& written, const std::string& st
   for (std::size_t open = written.find('{'); open != written.npos && unfilled.size() < kMost;
        open = written.find('{', open + 1)) {
     const std::string placeholder = PlaceholderAt(written, open);
-    if (placeholder != kUser && seen.insert(placeholder).second &&
-        stored.find(placeholder) != stored.npos)
+    if (seen.insert(placeholder).second && stored.find(placeholder) != stored.npos)
       unfilled.insert(placeholder);
   }
   return unfilled;
@@ -229,10 +239,6 @@ std::size_t CountUsers(const std::string& text) {
   for (std::size_t at = text.find(kUser); at != text.npos; at = text.find(kUser, at + kUser.size()))
     ++count;
   return count;
-}
-
-std::span<const PropertyRow> Properties() {
-  return kRows;
 }
 
 void ReviewProperties(const PolicyElement& element, const Registered& registered, Remarks& findings,

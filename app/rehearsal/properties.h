@@ -5,7 +5,7 @@
 // One table says which property fills which field, of which kind and in which form. The values come
 // from the record alone.
 
-#include <span>
+#include <cstddef>
 #include <string>
 
 #include "app/rehearsal/document.h"
@@ -16,26 +16,6 @@ namespace app {
 
 /// The property that decides on the kind.
 inline constexpr char kKind[] = "Kind";
-
-enum class Form {
-  kText,
-  kReal,
-  kFlag,
-  kColour,
-  kInteger,
-  kCode,  ///< A number that stands for something.
-};
-
-struct PropertyRow {
-  const char* name;
-  bool isInHeader;  ///< It is read in a header or footer.
-  bool isInStamp;
-  Form form;
-  const char* field;  ///< Of the record (fields.h).
-};
-
-/// In the order of their names.
-std::span<const PropertyRow> Properties();
 
 /// How many times the text has {WinUser}, which the update fills in.
 std::size_t CountUsers(const std::string& text);
