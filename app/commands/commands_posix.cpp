@@ -1,8 +1,4 @@
-#include <memory>
-
-#include "app/commands/check.h"
 #include "app/commands/commands.h"
-#include "app/commands/diff.h"
 
 namespace app {
 
@@ -34,26 +30,6 @@ void AddCommands(CommandLine& line) {
   AddUnseal(line);
   AddServe(line);
   AddDoctor(line);
-}
-
-void AddCheck(CommandLine& line) {
-  const auto options = std::make_shared<CheckOptions>();
-  CLI::App& command =
-      line.Add("check", "Tells what becomes of a policy on this machine; changes nothing",
-               [options] { return Check(*options); });
-  AddPolicyFile(command, options->file);
-  AddPolicyId(command, options->policyId);
-  AddJson(command, options->isJson);
-}
-
-void AddDiff(CommandLine& line) {
-  const auto options = std::make_shared<DiffOptions>();
-  CLI::App& command =
-      line.Add("diff", "Tells in what two policies differ, as stored; changes nothing",
-               [options] { return Diff(*options); });
-  command.add_option("A", options->first, "A policy, as for check")->type_name("")->required();
-  command.add_option("B", options->second, "Another")->type_name("")->required();
-  AddPolicyId(command, options->policyId);
 }
 
 }  // namespace app

@@ -1,9 +1,9 @@
-#include "app/commands/check.h"
-
 #include <algorithm>
 #include <iostream>
+#include <memory>
 #include <span>
 
+#include "app/commands/commands.h"
 #include "app/machine/state.h"
 #include "app/rehearsal/fields.h"
 #include "app/rehearsal/review.h"
@@ -145,9 +145,15 @@ void PrintAsJson(const std::string& file, const Review& review) {
   PrintJson(std::cout, all);
 }
 
-}  // namespace
+struct Options {
+  std::string file;
+  int policyId = 1;
+  bool isJson = false;
+};
 
-int Check(const CheckOptions& options) {
+/// Tells what a policy becomes on this machine. Returns 0 when nothing is found, 1 with findings.
+/// Throws UsageError for a text that the passes refuse and for one that they fail over here.
+int Check(const Options& options) {
   const std::string file = NameOf(options.file);
   const Review review = ReviewFile(options.file, options.policyId);
   if (options.isJson)
@@ -155,6 +161,18 @@ int Check(const CheckOptions& options) {
   else
     Print(file, review);
   return review.findings.Count() == 0 ? 0 : 1;
+}
+
+}  // namespace
+
+void AddCheck(CommandLine& line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.Add("check", "Tells what becomes of a policy on this machine; changes nothing",
+               [options] { return Check(*options); });
+  AddPolicyFile(command, options->file);
+  AddPolicyId(command, options->policyId);
+  AddJson(command, options->isJson);
 }
 
 }  // namespace app

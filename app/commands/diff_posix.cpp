@@ -1,9 +1,9 @@
-#include "app/commands/diff.h"
-
 #include <algorithm>
 #include <iostream>
 #include <map>
+#include <memory>
 
+#include "app/commands/commands.h"
 #include "app/rehearsal/fields.h"
 #include "app/rehearsal/review.h"
 #include "app/text/errors.h"
@@ -83,9 +83,15 @@ void AddSwitches(const Side& left, const Side& right, std::vector<Row>& rows) {
              "switch", state(before), state(after)});
 }
 
-}  // namespace
+struct Options {
+  std::string first;
+  std::string second;
+  int policyId = 1;
+};
 
-int Diff(const DiffOptions& options) {
+/// Tells in what the records differ that two policies leave on this machine. Returns 0 when they
+/// are the same, 1 when not. Throws UsageError for a policy that leaves none.
+int Diff(const Options& options) {
   const Side left = Rehearsed(options.first, options.policyId);
   const Side right = Rehearsed(options.second, options.policyId);
   std::vector<Row> rows = {
@@ -102,6 +108,18 @@ int Diff(const DiffOptions& options) {
   if (rows.size() == 1) return 0;
   PrintTable(std::cout, rows, "");
   return 1;
+}
+
+}  // namespace
+
+void AddDiff(CommandLine& line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.Add("diff", "Tells in what two policies differ, as stored; changes nothing",
+               [options] { return Diff(*options); });
+  command.add_option("A", options->first, "A policy, as for check")->type_name("")->required();
+  command.add_option("B", options->second, "Another")->type_name("")->required();
+  AddPolicyId(command, options->policyId);
 }
 
 }  // namespace app
