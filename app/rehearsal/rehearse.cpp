@@ -99,7 +99,7 @@ Json WalkOf(const Outcome& outcome) {
     const Step step = StepOf(message);
     if (step == Step::kEntry) ++entries;
     hasUnread = hasUnread || step == Step::kUnread;
-    if (step == Step::kMade) guids.push_back(MadeMarkIn(message)->guid);
+    if (const auto made = MadeMarkIn(message)) guids.push_back(made->guid);
     if (entries <= 1 && (step == Step::kMade || step == Step::kDropped))
       walk.push_back(JsonOf(message));
   }

@@ -110,7 +110,7 @@ class Reviewer {
       if (!seen.insert(fate.id).second) continue;
       const PolicyElement* const element = m_document.FindElement(fate.id);
       if (fate.mark)
-        ReviewMark(fate, element, m_rehearsal.registered[i]);
+        ReviewMark(fate, *fate.mark, element, m_rehearsal.registered[i]);
       else
         ReviewDropped(fate, element, m_rehearsal.registered[i]);
     }
@@ -132,17 +132,17 @@ class Reviewer {
     Find({"dropped", fate.id, "", fate.line, "dropped: " + why});
   }
 
-  void ReviewMark(const ElementFate& fate, const PolicyElement* element,
-                  const Registered& registered) {
+  void ReviewMark(const ElementFate& fate, const peers::WatermarkRecord& mark,
+                  const PolicyElement* element, const Registered& registered) {
     if (element == nullptr || HasQuote(fate.id))
       return Find({"nothing", fate.id, "", fate.line,
                    std::string(element == nullptr ? "there is no element of this ID"
                                                   : "its ID cannot be asked for") +
                        "; a watermark is registered from nothing"});
     ReviewProperties(*element, registered, m_review.findings, m_review.notes);
-    if (fate.mark->opacity == 0)
+    if (mark.opacity == 0)
       Find({"invisible", fate.id, "", fate.line, "invisible: its opacity is 0"});
-    if (IsBlank(fate.mark->text))
+    if (IsBlank(mark.text))
       Find({"invisible", fate.id, "", fate.line, "invisible: its text is empty"});
   }
 
