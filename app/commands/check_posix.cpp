@@ -4,10 +4,10 @@
 #include <span>
 
 #include "app/commands/commands.h"
+#include "app/machine/policy_file.h"
 #include "app/machine/state.h"
 #include "app/rehearsal/fields.h"
 #include "app/rehearsal/review.h"
-#include "app/text/input.h"
 #include "app/text/json.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
@@ -146,7 +146,7 @@ void PrintAsJson(const std::string& file, const Review& review) {
 }
 
 struct Options {
-  std::string file;
+  std::string file;  ///< Empty: the delivered policy.
   int policyId = 1;
   bool isJson = false;
 };
@@ -154,12 +154,12 @@ struct Options {
 /// Tells what a policy becomes on this machine. Returns 0 when nothing is found, 1 with findings.
 /// Throws UsageError for a text that the passes refuse and for one that they fail over here.
 int Check(const Options& options) {
-  const std::string file = NameOf(options.file);
-  const Review review = ReviewFile(options.file, options.policyId);
+  const PolicySource source = ReadPolicySource(options.file);
+  const Review review = ReviewSource(source, options.policyId);
   if (options.isJson)
-    PrintAsJson(file, review);
+    PrintAsJson(source.name, review);
   else
-    Print(file, review);
+    Print(source.name, review);
   return review.findings.Count() == 0 ? 0 : 1;
 }
 
@@ -170,7 +170,10 @@ void AddCheck(CommandLine& line) {
   CLI::App& command =
       line.Add("check", "Tells what becomes of a policy on this machine; changes nothing",
                [options] { return Check(*options); });
-  AddPolicyFile(command, options->file);
+  command
+      .add_option("FILE", options->file,
+                  "The policy, text or sealed; - is standard input (the delivered one)")
+      ->type_name("");
   AddPolicyId(command, options->policyId);
   AddJson(command, options->isJson);
 }

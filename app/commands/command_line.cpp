@@ -167,4 +167,8 @@ void AddJson(CLI::App& command, bool& isJson) {
   command.add_flag("--json", isJson, "As one JSON object");
 }
 
+void AddVerbose(CLI::App& command, bool& isVerbose) {
+  command.add_flag("-v,--verbose", isVerbose, "With the library's own messages");
+}
+
 }  // namespace app

@@ -52,5 +52,6 @@ CLI::Option* AddOutput(CLI::App& command, std::string& file, const std::string& 
 void AddPolicyId(CLI::App& command, int& policyId);
 void AddForce(CLI::App& command, bool& isForced);
 void AddJson(CLI::App& command, bool& isJson);
+void AddVerbose(CLI::App& command, bool& isVerbose);
 
 }  // namespace app

@@ -25,6 +25,8 @@ void AddLog(CommandLine& line);
 void AddSeal(CommandLine& line);
 void AddUnseal(CommandLine& line);
 void AddServe(CommandLine& line);
+void AddVerify(CommandLine& line);
+void AddReport(CommandLine& line);
 void AddDoctor(CommandLine& line);
 
 }  // namespace app

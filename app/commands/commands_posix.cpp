@@ -4,9 +4,10 @@ namespace app {
 
 const char kFooter[] =
     "Exit status:\n"
-    "  0  the work is done; check: nothing found; diff: no difference\n"
+    "  0  the work is done; check: nothing found; diff: no difference;\n"
+    "     verify: in force\n"
     "  1  an export or the machine failed, or nothing was saved;\n"
-    "     check: findings; diff: differences\n"
+    "     check: findings; diff: differences; verify: not in force\n"
     "  2  a wrong argument or a file that will not do; nothing has been changed\n"
     "\n"
     "Environment:\n"
@@ -29,6 +30,8 @@ void AddCommands(CommandLine& line) {
   AddSeal(line);
   AddUnseal(line);
   AddServe(line);
+  AddVerify(line);
+  AddReport(line);
   AddDoctor(line);
 }
 

@@ -30,6 +30,8 @@ void AddCommands(CommandLine& line) {
   line.AddMissing("log", "Prints the log file", kLinux);
   line.AddMissing("seal", "Makes the delivered policy file of a policy", kStandIn);
   line.AddMissing("unseal", "Gives the text of a delivered policy file back", kLinux);
+  line.AddMissing("verify", "Tells whether a policy is what the entries hold", kStandIn);
+  line.AddMissing("report", "Makes a page to look at and to sign, for a browser", kStandIn);
   line.AddMissing("serve", "Runs the control service and prints its events", kLinux);
 }
 

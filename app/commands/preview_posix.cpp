@@ -95,11 +95,21 @@ std::vector<std::string> Lines(std::vector<page::Note> notes) {
   return lines;
 }
 
-/// Names the records that are drawn.
-std::string Source(const Options& options) {
-  if (options.file.empty()) return "the records of " + OneLine(platform::MachineRoot().string());
-  return OneLine(NameOf(options.file)) + ", policy " + std::to_string(options.policyId) +
-         ", SHA-256 " + ChecksumOf(ReadTextFile(options.file));
+/// The records that are drawn, and their name in the caption.
+struct Subject {
+  peers::SettingFileContent records;
+  std::string name;
+};
+
+Subject FindSubject(const Options& options) {
+  if (options.file.empty())
+    return {ReadSettings(), "the records of " + OneLine(platform::MachineRoot().string())};
+  const PolicySource source = ReadPolicySource(options.file);
+  Review review = ReviewSource(source, options.policyId);
+  if (!review.emptied.empty()) throw UsageError(source.name + ": " + review.emptied);
+  return {std::move(review.records), OneLine(source.name) + ", policy " +
+                                         std::to_string(options.policyId) + ", SHA-256 " +
+                                         ChecksumOf(source.text)};
 }
 
 /// Draws the page that a printer's watermarks make on empty paper. A picture that is there already
@@ -108,11 +118,10 @@ std::string Source(const Options& options) {
 int Preview(const Options& options) {
   const page::Format format = FormatOf(options.picture);
   const page::Paper paper = page::FindPaper(options.paper, options.isLandscape).value();
-  const peers::SettingFileContent content =
-      options.file.empty() ? ReadSettings() : RehearsedRecords(options.file, options.policyId);
-  const peers::EntryRecord& entry = EntryOf(content, options.printer);
+  const Subject drawn = FindSubject(options);
+  const peers::EntryRecord& entry = EntryOf(drawn.records, options.printer);
   page::Page page = page::LayOut(entry, paper, page::MeasureText);
-  const std::vector<page::Note> elsewhere = Elsewhere(content, entry);
+  const std::vector<page::Note> elsewhere = Elsewhere(drawn.records, entry);
   page.notes.insert(page.notes.end(), elsewhere.begin(), elsewhere.end());
 
   const std::string subject =
@@ -123,7 +132,7 @@ int Preview(const Options& options) {
   const std::vector<std::string> notes = Lines(page.notes);
   std::vector<std::string> caption;
   if (!options.isPlain) {
-    caption = {count + " of " + subject, Source(options)};
+    caption = {count + " of " + subject, drawn.name};
     caption.insert(caption.end(), notes.begin(), notes.end());
     caption.emplace_back();
     caption.insert(caption.end(), std::begin(page::kMeaning), std::end(page::kMeaning));

@@ -23,10 +23,17 @@
 namespace app {
 namespace {
 
+/// Throws UsageError when the output would take the place of its own source.
+void RequireOther(const std::string& source, const std::string& output) {
+  std::error_code error;
+  if (std::filesystem::equivalent(source, output, error))
+    throw UsageError(output + ": the output would replace its own source");
+}
+
 void RequireKey() {
   const KeyState key = ExamineKey();
   if (!key.isThere || !key.gives)
-    throw UsageError(platform::ToUtf8(KeySource()) + ": " + key.source);
+    throw UsageError(platform::HostPath(KeySource()).string() + ": " + key.source);
 }
 
 std::string SealedText(const std::wstring& text, const std::string& file) {
@@ -39,16 +46,6 @@ std::string SealedText(const std::wstring& text, const std::string& file) {
   return sealed;
 }
 
-/// What will be switched is not what was rehearsed; empty when it is.
-std::string OtherScope(const std::wstring& text, int policyId) {
-  const PolicyText policy = ReadPolicy(text);
-  if (!policy.refusal.empty()) return "";
-  if (!policy.hasPolicy)
-    return "set goes by policy 1, which this text has not; it counts as scope 0";
-  if (policyId == 1) return "";
-  return "set goes by policy 1 of this text, not by " + std::to_string(policyId);
-}
-
 void Tell(std::size_t size, const std::string& place) {
   std::cout << "seal: " << size << " bytes in " << platform::Visible(place) << ".\n";
 }
@@ -56,19 +53,19 @@ void Tell(std::size_t size, const std::string& place) {
 struct Options {
   std::string file;
   std::string output;  ///< Empty: WmPolicy.dat in the machine's delivery folder.
-  int policyId = 1;    ///< The policy that will be applied.
   bool isForced = false;
 };
 
 /// Makes a policy file of the policy text, under the machine's key. Throws UsageError when the text
 /// or the key will not do, and unless forced for a policy that a rehearsal finds unfit.
 int Seal(const Options& options) {
+  RequireOther(options.file, options.output);
   const std::wstring text = ReadTextFile(options.file);
   const std::string name = NameOf(options.file);
   RequireKey();
   const std::string sealed = SealedText(text, name);
   const Verdict verdict =
-      RefuseOrTell(text, name, options.policyId, Use::kDelivery, options.isForced);
+      RefuseOrTell(text, name, kSwitchingPolicy, Use::kDelivery, options.isForced);
   if (options.output.empty()) {
     const DeliveryFolder delivery = FindDeliveryFolder();
     WriteOutput(platform::HostPath(delivery.PolicyFile()), sealed);
@@ -79,22 +76,7 @@ int Seal(const Options& options) {
   }
   for (const std::string& line : verdict.lines)
     std::cout << "  " << platform::Visible(line) << "\n";
-  if (const std::string other = OtherScope(text, options.policyId); !other.empty())
-    std::cerr << "sigilctl: warning: " << name << ": " << other << ".\n";
   return 0;
-}
-
-Unsealed Read(const std::wstring& path, const std::string& name) {
-  const KeyState key = ExamineKey();
-  if (!key.gives) throw UsageError(platform::ToUtf8(KeySource()) + ": " + key.source);
-  std::optional<Unsealed> unsealed;
-  try {
-    unsealed = Unseal(path);
-  } catch (const std::runtime_error& error) {
-    throw UsageError(name + ": " + error.what());
-  }
-  if (!unsealed) throw UsageError(name + ": no such file");
-  return std::move(*unsealed);
 }
 
 void PrintVisible(const std::string& text) {
@@ -110,13 +92,13 @@ void PrintVisible(const std::string& text) {
 /// empty. At a terminal controls are made visible. Throws UsageError when no text comes of the
 /// file.
 int UnsealPolicy(const std::string& file, const std::string& output) {
+  RequireOther(file, output);
   const std::wstring path = file.empty()
                                 ? FindDeliveryFolder().PolicyFile()
                                 : platform::FromUtf8(std::filesystem::absolute(file).string());
-  const std::string name = file.empty() ? platform::ToUtf8(path) : file;
-  const std::wstring text = Read(path, name).text;
+  const std::string name = file.empty() ? platform::HostPath(path).string() : file;
+  const std::wstring text = ReadSealed(path, name);
   const PolicyText policy = ReadPolicy(text);
-  if (IsNoise(text, policy)) throw UsageError(name + ": " + kOtherKey);
   const std::string bytes = platform::ToUtf8(text);
   if (!output.empty()) {
     WriteOutput(output, bytes);
@@ -140,7 +122,6 @@ void AddSeal(CommandLine& line) {
                                [options] { return Seal(*options); });
   AddPolicyFile(command, options->file);
   AddOutput(command, options->output, "FILE", "Another place for it");
-  AddPolicyId(command, options->policyId);
   AddForce(command, options->isForced);
 }
 

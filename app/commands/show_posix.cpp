@@ -47,9 +47,9 @@ std::string Style(const peers::WatermarkRecord& mark) {
 
 std::string Repeat(const peers::WatermarkRecord& mark) {
   if (!mark.repeatFirstAxis && !mark.repeatSecondAxis) return "";
-  const std::string axes = mark.repeatFirstAxis && mark.repeatSecondAxis ? "both axes"
-                           : mark.repeatFirstAxis                        ? "first axis"
-                                                                         : "second axis";
+  const std::string axes = mark.repeatFirstAxis && mark.repeatSecondAxis ? "both"
+                           : mark.repeatFirstAxis                        ? "across"
+                                                                         : "down";
   return axes + " " + std::to_string(mark.repeatHSpace) + ", " + std::to_string(mark.repeatVSpace);
 }
 
@@ -75,15 +75,11 @@ void ShowLists(const peers::SettingFileContent& content) {
 }
 
 void ShowEntries(const std::vector<const peers::EntryRecord*>& entries) {
-  std::vector<Row> rows = {{"Entry", "Setting", "Switch", "Active watermarks"}};
-  for (const peers::EntryRecord* entry : entries) {
-    const peers::ActiveRecord& last = entry->lastSetting;
-    rows.push_back({NameOf(*entry), "last", OnOff(last.enabled), Active(last, *entry)});
-    for (const peers::ActiveRecord& custom : entry->customSettings)
-      rows.push_back({"", "custom " + OneLine(custom.name, kNameWidth), OnOff(custom.enabled),
-                      Active(custom, *entry)});
-  }
-  std::cout << "Entries, of which the last setting is in effect:\n";
+  std::vector<Row> rows = {{"Entry", "Switch", "Active watermarks"}};
+  for (const peers::EntryRecord* entry : entries)
+    rows.push_back(
+        {NameOf(*entry), OnOff(entry->lastSetting.enabled), Active(entry->lastSetting, *entry)});
+  std::cout << "Entries:\n";
   PrintTable(std::cout, rows);
 }
 

@@ -5,7 +5,6 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/file_state.h"
-#include "app/machine/state.h"
 #include "app/pass/messages.h"
 #include "app/pass/result.h"
 #include "app/text/wording.h"
@@ -13,69 +12,81 @@
 namespace app {
 namespace {
 
-Work Switched(const char* command, const char* done, const Outcome& outcome) {
+Work Switched(const char* command, const char* done, const Outcome& outcome, bool isVerbose) {
   const WorkDone did = WorkDoneIn(outcome);
-  Work work{
+  return {
       .command = command,
       .done = done,
-      .numbers = Counted(did.on, "entry", "entries") + " on, " + std::to_string(did.off) + " off."};
-  if (did.hasFailedDelivery) work.cause = "the policy file: " + Examine().policyFile;
-  return work;
+      .numbers = Counted(did.on, "entry", "entries") + " on, " + std::to_string(did.off) + " off.",
+      .isVerbose = isVerbose};
 }
 
-int Switch(const char* command, const char* done, const ExportCall& call) {
-  const Outcome outcome = Call(call);
-  return Report(outcome, Switched(command, done, outcome));
-}
-
-int Set() {
+int Set(bool isVerbose) {
   const Outcome outcome = Call([](const Exports& exports) { return exports.set(); });
-  Work work = Switched("set", "The watermarks are on where the scope wants them.", outcome);
+  Work work =
+      Switched("set", "The watermarks are on where the scope wants them.", outcome, isVerbose);
   if (outcome.result == SIGIL_SETTING_DONE) work.lines = WhatIsIdle();
   return Report(outcome, work);
 }
 
-int Release() {
-  return Switch("release", "The watermarks are off and the control service knows.",
-                [](const Exports& exports) { return exports.release(); });
+int Release(bool isVerbose) {
+  const Outcome outcome = Call([](const Exports& exports) { return exports.release(); });
+  return Report(
+      outcome, Switched("release", "The watermarks are off and the control service knows.", outcome,
+                        isVerbose));
 }
 
-int ReleaseForService() {
-  return Switch("release-for-service", "The watermarks are off and deleted.",
-                [](const Exports& exports) { return exports.releaseForService(); });
+int ReleaseForService(bool isVerbose) {
+  const Outcome outcome = Call([](const Exports& exports) { return exports.releaseForService(); });
+  return Report(outcome, Switched("release-for-service", "The watermarks are off and deleted.",
+                                  outcome, isVerbose));
 }
 
-int Exclude() {
+int Exclude(bool isVerbose) {
   const Outcome outcome = Call([](const Exports& exports) { return exports.updateExclude(); });
   const WorkDone did = WorkDoneIn(outcome);
   return Report(outcome, {.command = "exclude",
                           .done = "The exclude list is rebuilt.",
                           .numbers = std::to_string(did.excluded) + " of " +
-                                     Counted(did.checked, "printer", "printers") + " on it."});
+                                     Counted(did.checked, "printer", "printers") + " on it.",
+                          .isVerbose = isVerbose});
 }
 
-int SwitchContentLog(bool on) {
+int SwitchContentLog(bool on, bool isVerbose) {
   const Outcome outcome =
       Call([on](const Exports& exports) { return exports.setUseContentLog(on); });
   return Report(outcome, {.command = "content-log",
-                          .done = on ? "The content log is on." : "The content log is off."});
+                          .done = on ? "The content log is on." : "The content log is off.",
+                          .isVerbose = isVerbose});
+}
+
+/// Adds a command that takes nothing but --verbose.
+void AddSwitch(CommandLine& line, const char* name, const char* help, int (*run)(bool)) {
+  const auto isVerbose = std::make_shared<bool>(false);
+  AddVerbose(line.Add(name, help, [run, isVerbose] { return run(*isVerbose); }), *isVerbose);
 }
 
 }  // namespace
 
 void AddSwitches(CommandLine& line) {
-  line.Add("set", "Switches the watermarks on, as the delivered policy's scope says", Set);
-  line.Add("release", "Switches the watermarks off", Release);
-  line.Add("release-for-service", "Switches off and deletes the watermarks until the next update",
-           ReleaseForService);
-  line.Add("exclude", "Rebuilds the exclude list from the printers that exist now", Exclude);
-  const auto state = std::make_shared<std::string>();
-  line.Add("content-log", "Switches the print-content log callback",
-           [state] { return SwitchContentLog(*state == "on"); })
-      .add_option("STATE", *state, "What it becomes: on or off")
+  AddSwitch(line, "set", "Switches the watermarks on, as the delivered policy's scope says", Set);
+  AddSwitch(line, "release", "Switches the watermarks off", Release);
+  AddSwitch(line, "release-for-service",
+            "Switches off and deletes the watermarks until the next update", ReleaseForService);
+  AddSwitch(line, "exclude", "Rebuilds the exclude list from the printers that exist now", Exclude);
+  struct Options {
+    std::string state;
+    bool isVerbose = false;
+  };
+  const auto options = std::make_shared<Options>();
+  CLI::App& command = line.Add("content-log", "Switches the print-content log callback", [options] {
+    return SwitchContentLog(options->state == "on", options->isVerbose);
+  });
+  command.add_option("STATE", options->state, "What it becomes: on or off")
       ->type_name("")
       ->required()
       ->check(OneOf({"on", "off"}));
+  AddVerbose(command, options->isVerbose);
 }
 
 }  // namespace app

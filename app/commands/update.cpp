@@ -35,6 +35,7 @@ struct Options {
   int policyId = 1;
   bool resetName = false;
   bool isForced = false;
+  bool isVerbose = false;
 };
 
 /// Rehearses the policy and applies it. Returns 1 when it is not applied or not saved. Throws
@@ -51,7 +52,11 @@ int Update(const Options& options) {
             .numbers = Numbers(done, verdict.elements),
             .lines = verdict.cause.empty() ? verdict.lines : std::vector<std::string>(),
             .cause = verdict.cause,
-            .told = verdict.told};
+            .told = verdict.told,
+            .isVerbose = options.isVerbose};
+  if (options.policyId != 1)
+    work.lines.push_back("set goes by policy 1 of the delivered text, not by " +
+                         std::to_string(options.policyId) + ".");
   if (std::string unread = WhatIsUnread(); !unread.empty()) work.lines.push_back(std::move(unread));
   const auto after = done.marks > 0 ? WatermarkIds() : std::nullopt;
   if (before && after && IsUntouched(*before, *after)) work.unsaved = WhyUnsaved();
@@ -68,6 +73,7 @@ void AddUpdate(CommandLine& line) {
   AddPolicyId(command, options->policyId);
   command.add_flag("--reset-name", options->resetName, "Looks the user's full name up anew");
   AddForce(command, options->isForced);
+  AddVerbose(command, options->isVerbose);
 }
 
 }  // namespace app

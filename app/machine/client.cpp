@@ -4,6 +4,7 @@
 
 #include "app/machine/home.h"
 #include "app/text/input.h"
+#include "app/text/wording.h"
 #include "host/folders.h"
 #include "host/setting_row.h"
 #include "platform/crt.h"
@@ -15,6 +16,15 @@ namespace {
 
 std::wstring InClientFolder(const wchar_t* name) {
   return (GetCommonDataPath() + kClientFolder + name).GetString();
+}
+
+FunctionSwitch Meaning(const CString& text) {
+  const int value = _wtoi(text);
+  const std::string written = platform::ToUtf8(text.GetString());
+  const std::string number = std::to_string(value);
+  const std::string item = "item 63 is " + number;
+  const std::string reading = NumberOf(written) ? "" : ", read from '" + written + "'";
+  return {value, (value < 0 ? "unreadable: " : value == 0 ? "off: " : "on: ") + item + reading};
 }
 
 std::string Origin(EMSFolder found, const CString& value) {
@@ -70,19 +80,29 @@ std::vector<std::wstring> ClientFiles() {
   return {ClientIni(), KeySource(), delivery.PolicyFile(), delivery.SystemSetting()};
 }
 
-std::optional<int> ReadFunctionSwitch(const std::wstring& file) {
+FunctionSwitch ReadFunctionSwitch(const std::wstring& file) {
   CStdioFile rows;
   if (!IsReadable(file) || !rows.Open(file.c_str(), CFile::modeRead | CFile::typeText))
-    return std::nullopt;
-  int value = 0;
+    return {std::nullopt, "unknown: the file cannot be opened"};
+  std::optional<CString> value;
+  std::wstring alike;
   try {
     CArray<CString> fields;
-    while (ReadRow(rows, fields) == RowRead::kFields)
-      if (fields[0] == kWatermarkKey) value = fields.GetSize() > 1 ? _wtoi(fields[1]) : 0;
+    while (ReadRow(rows, fields) == RowRead::kFields) {
+      const std::wstring key = fields[0].GetString();
+      if (key == kWatermarkKey)
+        value = fields.GetSize() > 1 ? fields[1] : CString();
+      else if (key.find(kWatermarkKey) != key.npos)
+        alike = key;
+    }
   } catch (const CFileException&) {
-    return 0;
+    return {0, "off: reading the file broke off"};
   }
-  return value;
+  if (!value)
+    return {
+        0, "off: no row has the key 63" +
+               (alike.empty() ? "" : ", though one begins with '" + platform::ToUtf8(alike) + "'")};
+  return Meaning(*value);
 }
 
 }  // namespace app

@@ -26,8 +26,12 @@ DeliveryFolder FindDeliveryFolder();
 /// All of them: Client.ini, the key source and what the delivery folder holds.
 std::vector<std::wstring> ClientFiles();
 
-/// The value of its last row before the first empty one; 0 without any. Nothing when the file
-/// cannot be opened.
-std::optional<int> ReadFunctionSwitch(const std::wstring& file);
+/// The watermark function's switch: item kWatermarkKey of SystemSetting.csv, as the passes read it.
+struct FunctionSwitch {
+  std::optional<int> value;  ///< Of its last row before the first empty one, else 0; nothing when
+                             ///< the file cannot be opened.
+  std::string state;         ///< "on: item 63 is 1", "off: no row has the key 63", ...
+};
+FunctionSwitch ReadFunctionSwitch(const std::wstring& file);
 
 }  // namespace app

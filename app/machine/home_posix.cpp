@@ -17,9 +17,9 @@ const wchar_t kLog[] = L"liblog4cxx.so";
 const char kMendPrinters[] = "See to machine.ini.";
 const char kMendAccount[] = "See to the account in machine.ini or the directory.";
 const char kMendDelivery[] =
-    "Seal a good one; `sigilctl check FILE` tells what is wrong with a text.";
-const char kMendKey[] = "Seal it under this machine's key source.";
-const char kMendMissing[] = "`sigilctl seal FILE` makes one.";
+    "`sigilctl check` finds what is wrong with the text, `sigilctl seal` makes another";
+const char kMendKey[] = "seal it under this machine's key source";
+const char kMendMissing[] = "`sigilctl seal FILE` makes one";
 
 std::vector<std::string> Arguments(int argc, char** argv) {
   return {argv, argv + argc};

@@ -18,9 +18,9 @@ const wchar_t kLog[] = L"log4cxx.dll";
 
 const char kMendPrinters[] = "See to the machine's printers and its spooler.";
 const char kMendAccount[] = "See to the account on this machine or in the directory.";
-const char kMendDelivery[] = "Have a good one delivered.";
-const char kMendKey[] = "Have it delivered sealed under this machine's key source.";
-const char kMendMissing[] = "Have one delivered.";
+const char kMendDelivery[] = "have a good one delivered";
+const char kMendKey[] = "have it delivered sealed under this machine's key source";
+const char kMendMissing[] = "have one delivered";
 
 std::vector<std::string> Arguments(int /*argc*/, char** /*argv*/) {
   _setmode(_fileno(stdin), _O_BINARY);

@@ -1,10 +1,13 @@
 #include "app/machine/policy_file.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 #include "app/machine/client.h"
 #include "app/machine/home.h"
+#include "app/text/errors.h"
 #include "app/text/input.h"
+#include "platform/utf.h"
 #include "policy/policy_file_cipher.h"
 
 namespace app {
@@ -30,7 +33,7 @@ KeyState ExamineKey() {
   PolicyKey key;
   state.gives = FindKey(key);
   if (!state.gives)
-    state.source += "; no key comes of it: more than its digest has digits for, at most 33";
+    state.source += "; no key comes of it, since 33 are the most";
   else if (!state.isThere)
     state.source += "; the key is all zero then";
   return state;
@@ -49,6 +52,34 @@ std::optional<Unsealed> Unseal(const std::wstring& path) {
 
 bool IsNoise(const std::wstring& text, const PolicyText& policy) {
   return text.empty() || (!policy.refusal.empty() && text.find(L'\uFFFD') != std::wstring::npos);
+}
+
+std::wstring ReadSealed(const std::wstring& path, const std::string& name) {
+  const KeyState key = ExamineKey();
+  if (!key.gives) throw UsageError(HostPath(KeySource()).string() + ": " + key.source);
+  std::optional<Unsealed> unsealed;
+  try {
+    unsealed = Unseal(path);
+  } catch (const std::runtime_error& error) {
+    throw UsageError(name + ": " + error.what());
+  }
+  if (!unsealed) throw UsageError(name + ": no such file");
+  if (IsNoise(unsealed->text, ReadPolicy(unsealed->text)))
+    throw UsageError(name + ": " + kOtherKey);
+  return std::move(unsealed->text);
+}
+
+PolicySource ReadPolicySource(const std::string& file) {
+  if (file.empty()) {
+    const std::wstring path = FindDeliveryFolder().PolicyFile();
+    const std::string name = HostPath(path).string();
+    return {ReadSealed(path, name), name};
+  }
+  const std::string bytes = ReadBytes(file);
+  if (auto text = DecodeText(bytes)) return {std::move(*text), NameOf(file)};
+  const std::filesystem::path path =
+      std::filesystem::absolute(std::u8string(file.begin(), file.end()));
+  return {ReadSealed(platform::FromUtf8(path.string()), file), file};
 }
 
 }  // namespace app

@@ -41,6 +41,20 @@ struct Unsealed {
 };
 std::optional<Unsealed> Unseal(const std::wstring& path);
 
+/// Returns the text of a sealed file, at a path as Unseal takes. Throws UsageError, which begins
+/// with `name`, when no text comes of it.
+std::wstring ReadSealed(const std::wstring& path, const std::string& name);
+
+/// A policy's text, and how it is named to people.
+struct PolicySource {
+  std::wstring text;
+  std::string name;
+};
+
+/// Returns the policy of a file, as text or sealed under this machine's key; "-" is standard input,
+/// and an empty name the delivered policy. Throws UsageError when no text comes of it.
+PolicySource ReadPolicySource(const std::string& file);
+
 /// Returns the SHA-256 (FIPS 180-4) of the text in UTF-8, in hexadecimal digits. It is the same for
 /// a text and for the policy file made of it.
 std::string ChecksumOf(const std::wstring& text);

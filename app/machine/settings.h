@@ -32,14 +32,13 @@ std::ptrdiff_t CountActive(const peers::ActiveRecord& setting, const peers::Entr
 /// and no more than some lines.
 std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entries);
 
-/// A watermark's position number with the place of the page that it stands for: "8 bottom right".
-/// Numbers beside 0 to 8 stand for none.
+/// Returns the place of the page that a record's position stands for, "bottom right"; the number
+/// itself beside 0 to 8.
 inline std::string PositionText(std::int32_t position) {
   constexpr const char* kPlaces[] = {"top left",    "top center",    "top right",
                                      "middle left", "center",        "middle right",
                                      "bottom left", "bottom center", "bottom right"};
-  const std::string number = std::to_string(position);
-  return position >= 0 && position < 9 ? number + " " + kPlaces[position] : number;
+  return position >= 0 && position < 9 ? kPlaces[position] : std::to_string(position);
 }
 
 }  // namespace app

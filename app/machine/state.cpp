@@ -1,7 +1,9 @@
 #include "app/machine/state.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
 
 #include "app/machine/client.h"
 #include "app/machine/home.h"
@@ -17,6 +19,7 @@ namespace {
 void ExaminePolicy(MachineState& state) {
   const KeyState key = ExamineKey();
   state.keySource = key.source;
+  state.hasKey = key.gives;
   if (!key.gives) {
     state.policyFile = "not opened, without a key";
     return;
@@ -28,13 +31,15 @@ void ExaminePolicy(MachineState& state) {
     state.policyFile = std::string("unreadable: ") + error.what();
     return;
   }
-  state.policyFile = unsealed ? std::to_string(unsealed->size) + " bytes" : "missing";
+  state.policyFile = unsealed ? std::to_string(unsealed->size) + " bytes"
+                              : std::string("missing; ") + kMendMissing;
   if (!unsealed) return;
   const PolicyText policy = ReadPolicy(unsealed->text);
   if (!policy.refusal.empty()) {
-    state.policyFile += IsNoise(unsealed->text, policy)
-                            ? std::string("; ") + kOtherKey + " (" + policy.refusal + ")"
-                            : "; under this key, " + policy.refusal;
+    state.policyFile += unsealed->size == 0 ? std::string("; empty")
+                        : IsNoise(unsealed->text, policy)
+                            ? std::string("; ") + kOtherKey + "; " + kMendKey
+                            : "; under this key, " + policy.refusal + "; " + kMendDelivery;
     return;
   }
   state.policyFile += ", readable";
@@ -44,9 +49,11 @@ void ExaminePolicy(MachineState& state) {
 
 std::string ExamineComponent() {
   const std::wstring path = BesideHost(kComponentFile);
+  std::error_code error;
+  if (!std::filesystem::exists(HostPath(path), error)) return "is missing; put it beside sigilctl";
   const HMODULE component = LoadLibraryW(path.c_str());
   if (component == nullptr)
-    return "cannot be loaded (error " + std::to_string(GetLastError()) + ")";
+    return "is there, but cannot be loaded (error " + std::to_string(GetLastError()) + ")";
   const bool hasEntry = GetProcAddress(component, kCreateInstanceName) != nullptr;
   FreeLibrary(component);
   return hasEntry ? "" : "has no SigilCreateInstance";
@@ -76,6 +83,8 @@ Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
   if (!state.mutex.empty()) return Bad(command, "-101", "no mutex: " + state.mutex);
   if (!state.component.empty())
     return Bad(command, "-101", "the Settings component " + state.component);
+  if (readsPolicy && !state.hasKey)
+    return Bad(command, "-101", "the key source: " + state.keySource);
   if (readsPolicy && !state.scope)
     return Bad(command, "-101", "the policy file: " + state.policyFile);
   if (readsPolicy && *state.scope == -1)
@@ -88,9 +97,10 @@ Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
 
 /// A switch that asks the system settings first.
 Forecast ClientSwitch(const MachineState& state, const char* command) {
-  if (!state.functionSwitch) return Bad(command, "-201", "SystemSetting.csv cannot be opened");
-  if (*state.functionSwitch < 0) return Bad(command, "-201", "the function switch is negative");
-  if (*state.functionSwitch == 0) return Bad(command, "-200", "the function switch is off");
+  const FunctionSwitch& function = state.functionSwitch;
+  if (function.value.value_or(-1) < 0)
+    return Bad(command, "-201", "SystemSetting.csv: " + function.state);
+  if (function.value == 0) return Bad(command, "-200", "SystemSetting.csv: " + function.state);
   return Pass(state, command, true, true);
 }
 
@@ -139,6 +149,12 @@ MachineState Examine() {
   state.component = ExamineComponent();
   ExamineMachine(state);
   return state;
+}
+
+std::string WhyForeseen(const std::string& command, int result) {
+  for (const Forecast& each : Foresee(Examine()))
+    if (each.command == command && each.result == std::to_string(result)) return each.reason;
+  return "";
 }
 
 std::vector<Forecast> Foresee(const MachineState& state) {

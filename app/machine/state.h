@@ -34,12 +34,13 @@ struct MachineState {
   DeliveryFolder delivery;
 
   std::string keySource;   ///< The state of the file that the key comes from.
+  bool hasKey = false;     ///< A key comes of that file. If not, no policy file is opened.
   std::string policyFile;  ///< The state of the policy file.
   /// The scope that set goes by; nothing when no policy is readable.
   std::optional<int> scope;
   bool hasSwitchingPolicy = false;  ///< The scope is that of policy 1, which is there.
 
-  std::optional<int> functionSwitch;  ///< Nothing when its file cannot be opened.
+  FunctionSwitch functionSwitch;
 
   std::string user;
   bool hasFullName = false;  ///< The user information file has one.
@@ -72,6 +73,9 @@ struct Forecast {
 
 /// Returns a forecast for each export.
 std::vector<Forecast> Foresee(const MachineState& state);
+
+/// Returns why the command gives this result on this machine; empty where the state does not tell.
+std::string WhyForeseen(const std::string& command, int result);
 
 /// The part of Examine that each home has its own way for: what the machine is, its user and
 /// printers, the setting file, mutex, log and pipe.

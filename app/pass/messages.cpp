@@ -18,7 +18,6 @@ constexpr char kPipe[] = "Start the control service; then run the command again.
 constexpr char kMendPolicy[] =
     "The exclude list and the printers' own entries are cleared; mend the file and run update "
     "again.";
-constexpr char kComponent[] = "Put SigilUtil_x86.dll beside sigilctl.";
 
 struct Row {
   int number;
@@ -48,11 +47,11 @@ constexpr Row kRows[] = {
     {153100010, Weight::kFailure, "the printers could not be listed", kMendPrinters},
     {153100030, Weight::kFailure, "the printers could not be listed", kMendPrinters},
     {153100040, Weight::kFailure, "the printers could not be listed", kMendPrinters},
-    {153100050, Weight::kFailure, "the Settings component could not be had", kComponent},
+    {153100050, Weight::kFailure, "the Settings component could not be had", kDoctor},
     {153100090, Weight::kFailure, "a printer could not be switched", kDoctor},
     {153100100, Weight::kFailure, "the switching broke off", kReport},
     {153100110, Weight::kFailure, "there is no scope to go by, or no list of printers", kDoctor},
-    {153100120, Weight::kFailure, "the Settings component could not be had", kComponent},
+    {153100120, Weight::kFailure, "the Settings component could not be had", kDoctor},
     {153100160, Weight::kFailure, "the update broke off", kReport},
     {153100170, Weight::kFailure, "the policy is refused", kMendPolicy},
     {153100180, Weight::kFailure, "an entry's last setting could not be had", kDoctor},
@@ -92,11 +91,11 @@ constexpr Row kRows[] = {
     {153100480, Weight::kFailure, "an element was dropped: its registration broke off", kReport},
     {153100490, Weight::kWarning, "the look-up of the delivery folder broke off", kDoctor},
     {153100510, Weight::kWarning, "telling the control service broke off", kReport},
-    {153100520, Weight::kFailure, "the Settings component could not be had", kComponent},
+    {153100520, Weight::kFailure, "the Settings component could not be had", kDoctor},
     {153100530, Weight::kFailure, "switching the content log broke off", kReport},
-    {153100540, Weight::kFailure, "the delivered policy is refused", kMendDelivery},
-    {153100560, Weight::kFailure, "the delivered policy could not be deciphered", kMendKey},
-    {153100570, Weight::kFailure, "there is no delivered policy", kMendMissing},
+    {153100540, Weight::kFailure, "the delivered policy is refused", kDoctor},
+    {153100560, Weight::kFailure, "the delivered policy could not be deciphered", kDoctor},
+    {153100570, Weight::kFailure, "there is no delivered policy", kDoctor},
     {153100580, Weight::kFailure, "the default entry could not be had", kDoctor},
     {153100590, Weight::kFailure, "a printer's entry could not be had", kDoctor},
     {153100600, Weight::kFailure, "the registration broke off", kReport},
@@ -116,13 +115,13 @@ constexpr Row kRows[] = {
      kMendAccount},
     {153100904, Weight::kWarning, "the folder of the user information is unknown", kDoctor},
     {153100907, Weight::kWarning,
-     "the Settings component could not be had for the user information", kComponent},
+     "the Settings component could not be had for the user information", kDoctor},
     {153100908, Weight::kWarning, "the look-up of the user's full name broke off", kMendAccount},
     {153100950, Weight::kWarning, "the user information could not be read", kDoctor},
     {153100951, Weight::kWarning,
-     "the Settings component could not be had for the user information", kComponent},
+     "the Settings component could not be had for the user information", kDoctor},
     {153100952, Weight::kWarning, "the user information could not be reset", kDoctor},
-    {153400010, Weight::kFailure, "the Settings component could not be had", kComponent},
+    {153400010, Weight::kFailure, "the Settings component could not be had", kDoctor},
     {153400030, Weight::kUnsaved, "the setting file could not be saved", ""},
     {153400040, Weight::kFailure, "an entry could not be had to switch it on", kDoctor},
     {153400050, Weight::kFailure, "an entry's last setting could not be had to switch it on",
@@ -158,7 +157,6 @@ constexpr int kHeaderFooterMade = 153100270;
 constexpr int kStampMade = 153100310;
 constexpr int kNoScope = 153100110;
 constexpr int kPolicyRefused = 153100540;
-constexpr int kDeliveryFailed[] = {153100540, 153100560, 153100570};
 constexpr int kPrinterChecked = 153100760;
 constexpr int kPrinterExcluded = 153400150;
 constexpr int kSwitchedOn = 153400060;
@@ -193,11 +191,11 @@ std::vector<Message> Troubles(const std::vector<Message>& messages) {
   return troubles;
 }
 
-std::string FirstFailure(const std::vector<Message>& messages) {
+Meaning FirstFailure(const std::vector<Message>& messages) {
   for (const Message& message : Troubles(messages))
     if (const Meaning meaning = MeaningOf(message); meaning.weight != Weight::kWarning)
-      return meaning.sentence;
-  return "the log tells where";
+      return meaning;
+  return {Weight::kFailure, "the log tells where", ""};
 }
 
 std::optional<MadeMark> MadeMarkIn(const Message& message) {
@@ -236,8 +234,6 @@ WorkDone WorkDoneIn(const Outcome& outcome) {
     if (message.number == kPrinterExcluded) ++done.excluded;
     if (message.number == kSwitchedOn) ++done.on;
     if (message.number == kSwitchedOff && message.function != kClears) ++done.off;
-    if (std::ranges::find(kDeliveryFailed, message.number) != std::end(kDeliveryFailed))
-      done.hasFailedDelivery = true;
   }
   return done;
 }

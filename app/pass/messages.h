@@ -31,9 +31,8 @@ Meaning MeaningOf(const Message& message);
 /// The messages of level 4 and 5 that mean something, each once, in the order of their first.
 std::vector<Message> Troubles(const std::vector<Message>& messages);
 
-/// In the library's own order the first failure, as a sentence: why a pass failed. "the log tells
-/// where" when there is none.
-std::string FirstFailure(const std::vector<Message>& messages);
+/// Returns the meaning of the first failure in the library's own order: why a pass failed.
+Meaning FirstFailure(const std::vector<Message>& messages);
 
 /// Whether the table has the number.
 bool IsKnown(int number);
@@ -69,7 +68,6 @@ struct WorkDone {
   std::size_t off = 0;
   std::size_t checked = 0;  ///< Printers looked at for the exclude list, and put on it.
   std::size_t excluded = 0;
-  bool hasFailedDelivery = false;  ///< There is no delivered policy, or it is none.
 };
 
 WorkDone WorkDoneIn(const Outcome& outcome);

@@ -32,20 +32,33 @@ bool Ran(int result) {
          result != SIGIL_SETTING_UNREADABLE;
 }
 
-/// What is told of the result itself; `unsaved` is why the work is not in the setting file.
-std::string Sentence(const Outcome& outcome, const Work& work, const std::string& unsaved,
-                     const std::vector<Message>& troubles) {
-  if (outcome.result == SIGIL_SETTING_FAILED) {
-    const std::string cause = unsaved.empty() ? FirstFailure(outcome.messages) : unsaved;
-    return "The pass failed: " + (work.cause.empty() ? cause : work.cause) + ".";
-  }
-  if (!unsaved.empty()) return "Yet it is not saved: " + unsaved + ".";
-  if (Has(troubles, Weight::kFailure)) return "Yet not all is done.";
-  return outcome.result == SIGIL_SETTING_DONE ? work.done : MeaningOf(outcome.result);
+/// Why a pass did not run to its end, and a step against that.
+struct Cause {
+  std::string sentence;
+  std::string next = {};
+  bool isForeseen = false;  ///< The machine's state explains all of the failure.
+};
+
+Cause CauseOf(const Outcome& outcome, const Work& work, const std::string& unsaved) {
+  if (!work.cause.empty()) return {work.cause};
+  if (!unsaved.empty()) return {unsaved};
+  if (const std::string why = WhyForeseen(work.command, outcome.result); !why.empty())
+    return {why, "", true};
+  const Meaning first = FirstFailure(outcome.messages);
+  return {first.sentence, first.next};
 }
 
-/// Messages of one number are told together, and what to do about them once for all of them.
-void Tell(std::vector<Message> troubles) {
+/// The sentence of a pass that ran to its end; `unsaved` is why its work is not in the setting
+/// file.
+std::string Sentence(int result, const Work& work, const std::string& unsaved,
+                     const std::vector<Message>& troubles) {
+  if (!unsaved.empty()) return "Yet it is not saved: " + unsaved + ".";
+  if (Has(troubles, Weight::kFailure)) return "Yet not all is done.";
+  return result == SIGIL_SETTING_DONE ? work.done : MeaningOf(result);
+}
+
+/// Prints the messages of one number together, with the step against them once.
+void Tell(std::vector<Message> troubles, bool isVerbose) {
   constexpr std::size_t kMostLines = 5;
   std::set<std::string> steps = {""};
   while (!troubles.empty()) {
@@ -56,7 +69,7 @@ void Tell(std::vector<Message> troubles) {
     if (steps.insert(meaning.next).second) std::cerr << "  " << meaning.next << "\n";
     std::size_t lines = 0;
     for (const Message& message : troubles)
-      if (message.number == number && ++lines <= kMostLines)
+      if (isVerbose && message.number == number && ++lines <= kMostLines)
         std::cerr << "  log: " << message.level << " " << message.number << " "
                   << OneLine(message.text) << "\n";
     if (lines > kMostLines) std::cerr << "  and " << lines - kMostLines << " more\n";
@@ -79,12 +92,6 @@ std::string MeaningOf(int result) {
   switch (result) {
     case SIGIL_SETTING_NO_FULL_NAME:
       return "The policy is applied, but the user's full name has not been obtained yet.";
-    case SIGIL_SETTING_FAILED:
-      return "The pass failed; the log tells where.";
-    case SIGIL_SETTING_FUNCTION_OFF:
-      return "The watermark function is off in the system settings; nothing was done.";
-    case SIGIL_SETTING_UNREADABLE:
-      return "The system settings could not be read; nothing was done.";
     case -1:
       return NotTold("no security descriptor.");
     case -2:
@@ -112,10 +119,17 @@ int Report(const Outcome& outcome, const Work& work) {
   std::vector<Message> troubles = Troubles(outcome.messages);
   const bool isUnsaved = !work.unsaved.empty() || Has(troubles, Weight::kUnsaved);
   const std::string unsaved = !isUnsaved ? "" : work.unsaved.empty() ? WhyUnsaved() : work.unsaved;
-  const bool isWhole = Ran(outcome.result) && !isUnsaved && !Has(troubles, Weight::kFailure);
+  const bool hasRun = Ran(outcome.result);
+  const bool isWhole = hasRun && !isUnsaved && !Has(troubles, Weight::kFailure);
+  const Cause cause = hasRun ? Cause{} : CauseOf(outcome, work, unsaved);
 
-  std::cout << work.command << ": " << outcome.result << ". "
-            << Sentence(outcome, work, unsaved, troubles) << "\n";
+  std::cout << work.command << ": " << outcome.result << ". ";
+  if (hasRun)
+    std::cout << Sentence(outcome.result, work, unsaved, troubles) << "\n";
+  else
+    std::cout << (outcome.result == SIGIL_SETTING_FAILED ? "The pass failed: "
+                                                         : "Nothing is done: ")
+              << cause.sentence << ".\n";
   if (!outcome.isWatched)
     std::cout << "  " << kUnwatched << "\n";
   else if (isWhole && !work.numbers.empty())
@@ -123,9 +137,10 @@ int Report(const Outcome& outcome, const Work& work) {
   for (const std::string& line : work.lines) std::cout << "  " << line << "\n";
   std::cout << std::flush;
   std::erase_if(troubles, [&](const Message& message) {
-    return std::ranges::find(work.told, message) != work.told.end();
+    const bool isCause = cause.isForeseen && MeaningOf(message).weight == Weight::kFailure;
+    return (isCause && !work.isVerbose) || std::ranges::find(work.told, message) != work.told.end();
   });
-  Tell(std::move(troubles));
+  Tell(std::move(troubles), work.isVerbose);
   TellRefusedPlaces();
   const bool isToldToAll =
       outcome.result == SIGIL_SETTING_DONE || outcome.result == SIGIL_SETTING_NO_FULL_NAME;

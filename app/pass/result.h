@@ -9,7 +9,7 @@
 
 namespace app {
 
-/// One sentence for any result but 0.
+/// One sentence for the results of a pass that ran to its end, but 0.
 std::string MeaningOf(int result);
 
 /// What a command knows about its own work.
@@ -22,6 +22,7 @@ struct Work {
   /// Why the work is not in the setting file, although nothing in the outcome says so.
   std::string unsaved = {};
   std::vector<Message> told = {};  ///< Trouble that `lines` tell already.
+  bool isVerbose = false;          ///< The library's own messages are printed, too.
 };
 
 /// Prints the result, what was done, and the trouble that the library told of, each with what to do

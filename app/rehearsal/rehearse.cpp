@@ -77,7 +77,7 @@ std::string WhyUndelivered(const std::wstring& text) {
   const std::vector<Message> troubles = Troubles(outcome.messages);
   const auto first = std::ranges::find_if(troubles, isFailure);
   if (first == troubles.end() || !RefusesDelivery(*first))
-    throw std::runtime_error("set could not be tried: " + FirstFailure(troubles));
+    throw std::runtime_error("set could not be tried: " + FirstFailure(troubles).sentence);
   return MeaningOf(*first).sentence;
 }
 

@@ -10,7 +10,6 @@
 #include "app/pass/messages.h"
 #include "app/rehearsal/properties.h"
 #include "app/text/errors.h"
-#include "app/text/input.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
 #include "host/printer_kind.h"
@@ -336,7 +335,7 @@ Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsa
   review.policyId = call.policyId;
   review.result = rehearsal.result;
   if (rehearsal.result == SIGIL_SETTING_FAILED) {
-    review.failure = FirstFailure(rehearsal.troubles);
+    review.failure = FirstFailure(rehearsal.troubles).sentence;
     return review;
   }
   review.records = std::move(rehearsal.records);
@@ -347,19 +346,12 @@ Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsa
   return review;
 }
 
-Review ReviewFile(const std::string& file, int policyId) {
-  const std::wstring text = ReadTextFile(file);
-  Review review = ReviewPolicy({text, policyId});
-  if (!review.refusal.empty()) throw UsageError(NameOf(file) + ": " + review.refusal);
+Review ReviewSource(const PolicySource& source, int policyId) {
+  Review review = ReviewPolicy({source.text, policyId});
+  if (!review.refusal.empty()) throw UsageError(source.name + ": " + review.refusal);
   if (!review.failure.empty())
-    throw UsageError(NameOf(file) + ": cannot be tried on this machine: " + review.failure);
+    throw UsageError(source.name + ": cannot be tried on this machine: " + review.failure);
   return review;
-}
-
-peers::SettingFileContent RehearsedRecords(const std::string& file, int policyId) {
-  Review review = ReviewFile(file, policyId);
-  if (!review.emptied.empty()) throw UsageError(NameOf(file) + ": " + review.emptied);
-  return std::move(review.records);
 }
 
 }  // namespace app

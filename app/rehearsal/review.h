@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "app/machine/policy_file.h"
 #include "app/rehearsal/document.h"
 #include "app/rehearsal/rehearse.h"
 #include "app/rehearsal/remarks.h"
@@ -58,11 +59,7 @@ Review ReviewPolicy(const PolicyCall& call);
 /// The part of ReviewPolicy behind the rehearsal of the text, which is the document's.
 Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal);
 
-/// Reviews the policy in a file. Throws UsageError, with the file's name, for one that is refused.
-Review ReviewFile(const std::string& file, int policyId);
-
-/// The records of the setting file after the policy of the file. Throws UsageError for one that is
-/// refused or empties every entry.
-peers::SettingFileContent RehearsedRecords(const std::string& file, int policyId);
+/// Reviews the policy. Throws UsageError, with the source's name, for one that is refused.
+Review ReviewSource(const PolicySource& source, int policyId);
 
 }  // namespace app

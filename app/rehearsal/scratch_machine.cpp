@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "app/machine/client.h"
+#include "app/machine/settings.h"
 #include "host/shared_names.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/posix/machine/machine.h"
@@ -179,6 +180,17 @@ fs::path ScratchMachine::MakeBareMachine() const {
   fs::path root = MakeRoot(m_folder / "bare");
   Write(root / "machine.ini", "");
   return root;
+}
+
+peers::SettingFileContent ReadSettingsOfCopy() {
+  const fs::path file = peers::FindSettingPlace().file;
+  std::error_code error;
+  if (!fs::exists(fs::symlink_status(file, error))) return {};
+  const ScratchMachine scratch;
+  const fs::path root = scratch.CopyMachine();
+  const auto copy = PlaceIn(root, file);
+  if (!copy || !fs::exists(*copy, error)) return ReadSettings();
+  return peers::ReadSettingFile(*copy);
 }
 
 }  // namespace app

@@ -13,6 +13,7 @@
 #include <string>
 
 #include "peers/descriptor.h"
+#include "peers/settings_component/setting_file.h"
 
 namespace app {
 
@@ -60,5 +61,10 @@ class ScratchMachine {
   peers::Descriptor m_lock;
   std::filesystem::path m_folder;
 };
+
+/// Returns the records of the machine's setting file, none when there is no file. They are read
+/// from a copy, because opening the file itself leaves traces beside it. Throws std::runtime_error,
+/// with the file's name, for a file that cannot be read.
+peers::SettingFileContent ReadSettingsOfCopy();
 
 }  // namespace app

@@ -1,5 +1,6 @@
 #include "app/text/input.h"
 
+#include <algorithm>
 #include <iostream>
 #include <stdexcept>
 #include <utility>
@@ -72,11 +73,31 @@ std::optional<std::wstring> DecodeText(std::string_view bytes) {
   return FromUtf8(bytes);
 }
 
+std::string ReadBytes(const std::string& file) {
+  std::string bytes = Read(file);
+  if (bytes.empty()) throw UsageError(NameOf(file) + ": the file is empty");
+  return bytes;
+}
+
 std::wstring ReadTextFile(const std::string& file) {
-  auto text = DecodeText(Read(file));
-  if (!text) throw UsageError(NameOf(file) + ": neither UTF-8 nor UTF-16 text");
-  if (text->empty()) throw UsageError(NameOf(file) + ": the file is empty");
+  const std::string bytes = ReadBytes(file);
+  auto text = DecodeText(bytes);
+  if (!text) throw UsageError(NameOf(file) + ": " + WhyNoText(bytes));
   return std::move(*text);
+}
+
+std::string WhyNoText(std::string_view bytes) {
+  constexpr std::size_t kCipherBlock = 16;
+  if (bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF"))
+    return "ill-formed UTF-16 text";
+  const std::string sound = platform::ToUtf8(platform::FromUtf8(bytes));
+  const auto illFormed = std::ranges::mismatch(bytes, sound).in1;
+  const auto place = std::find(bytes.begin(), illFormed, '\0') - bytes.begin();
+  const auto line = 1 + std::count(bytes.begin(), bytes.begin() + place, '\n');
+  return "neither UTF-8 nor UTF-16 text, by its byte " + std::to_string(place + 1) + " on line " +
+         std::to_string(line) +
+         (bytes.size() % kCipherBlock == 0 ? "; of a sealed file `sigilctl unseal` gives the text"
+                                           : "");
 }
 
 std::string NameOf(const std::string& file) {

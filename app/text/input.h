@@ -30,9 +30,15 @@ void RequireSize(std::size_t size, std::size_t greatest);
 /// what is ill-formed in its encoding or holds a NUL.
 std::optional<std::wstring> DecodeText(std::string_view bytes);
 
-/// The text of a file of at most kGreatestPolicy bytes, which is not empty; "-" is standard input.
-/// UsageError for any other.
+/// Returns the bytes of a file of at most kGreatestPolicy bytes, which is not empty; "-" is
+/// standard input. Throws UsageError for any other.
+std::string ReadBytes(const std::string& file);
+
+/// Returns the text of such a file. Throws UsageError for one that is no text.
 std::wstring ReadTextFile(const std::string& file);
+
+/// Names the first byte that is wrong, where DecodeText gives nothing.
+std::string WhyNoText(std::string_view bytes);
 
 /// How such a file is named to people.
 std::string NameOf(const std::string& file);

@@ -1,0 +1,224 @@
+// One page for a change ticket: the machine, the policy and its findings, its pages as pictures,
+// what it changes, and whether the delivered policy is in force.
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <sstream>
+
+#include "app/commands/commands.h"
+#include "app/machine/diagnosis.h"
+#include "app/machine/output_file.h"
+#include "app/machine/policy_file.h"
+#include "app/machine/settings.h"
+#include "app/page/draw.h"
+#include "app/rehearsal/in_force.h"
+#include "app/text/errors.h"
+#include "app/text/html.h"
+#include "app/text/input.h"
+#include "app/text/wording.h"
+#include "platform/utf.h"
+#include "platform/visible_text.h"
+
+namespace app {
+namespace {
+
+struct Options {
+  std::string file;  ///< Empty: the delivered policy.
+  int policyId = 1;
+  std::string output;
+};
+
+/// The delivered policy, or why there is none to compare with.
+struct Delivered {
+  std::optional<PolicySource> source;
+  std::string missing = {};
+};
+
+Delivered FindDelivered() try { return {ReadPolicySource("")}; } catch (const UsageError& error) {
+  return {std::nullopt, error.what()};
+}
+
+/// Adds columns of a list of the diagnosis.
+void AddTable(HtmlPage& page, const std::string& caption, const Json& records,
+              const std::vector<std::pair<const char*, const char*>>& columns) {
+  std::vector<std::vector<std::string>> rows(1);
+  for (const auto& [heading, key] : columns) rows[0].push_back(heading);
+  for (const Json& record : records) {
+    std::vector<std::string>& row = rows.emplace_back();
+    for (const auto& [heading, key] : columns) {
+      const Json& cell = record.at(key);
+      row.push_back(cell.is_string() ? cell.get<std::string>() : cell.dump());
+    }
+  }
+  page.Table(caption, rows);
+}
+
+void AddForce(HtmlPage& page, const Delivered& delivered, int policyId) {
+  page.Heading("In force");
+  if (!delivered.source) {
+    page.Verdict("Cannot be told: there is no delivered policy to compare with.", false);
+    page.Paragraph(delivered.missing);
+    return;
+  }
+  const Force force = ForceOf(ReviewPolicy({delivered.source->text, policyId}));
+  page.Verdict("The delivered policy is " + Sentence(force) + ".", force.IsIn());
+  page.Paragraph(delivered.source->name + ", SHA-256 " + ChecksumOf(delivered.source->text));
+  if (!force.differences.empty())
+    page.Table("Differences",
+               RowsOf(force.differences, force.entries, "The record holds", "The policy asks for"));
+}
+
+/// "E3 Opacity: 120 became 100".
+std::string Remark(const Finding& finding) {
+  std::string subject = finding.element;
+  if (!finding.property.empty()) subject += (subject.empty() ? "" : " ") + finding.property;
+  return subject + (subject.empty() ? "" : ": ") + finding.message;
+}
+
+/// The lines of the text, of a long one only those near a remark.
+std::vector<HtmlPage::TextLine> LinesOf(const std::string& text, const Review& review) {
+  constexpr long kMostLines = 1000, kNear = 3;
+  std::map<long, std::vector<std::string>> remarks;
+  for (const Finding& finding : review.findings.Kept())
+    if (finding.line > 0) remarks[finding.line].push_back(Remark(finding));
+  std::vector<HtmlPage::TextLine> lines;
+  std::istringstream stream(text);
+  long number = 0;
+  for (std::string line; std::getline(stream, line);) {
+    ++number;
+    const auto near = remarks.lower_bound(number - kNear);
+    const bool isNear = near != remarks.end() && near->first <= number + kNear;
+    if (number > kMostLines && !isNear) continue;
+    if (line.ends_with('\r')) line.pop_back();
+    const auto own = remarks.find(number);
+    lines.push_back(
+        {number, line, own == remarks.end() ? std::vector<std::string>() : own->second});
+  }
+  return lines;
+}
+
+void AddPolicy(HtmlPage& page, const PolicySource& source, const Review& review) {
+  page.Heading("The policy");
+  const std::size_t findings = review.findings.Count();
+  page.Verdict(findings == 0 ? "Nothing found." : Counted(findings, "finding", "findings") + ".",
+               findings == 0);
+  page.Paragraph(source.name + ", policy " + std::to_string(review.policyId) + ", SHA-256 " +
+                 ChecksumOf(source.text));
+  if (findings == 0) return;
+  std::vector<std::vector<std::string>> rows = {{"Line", "Finding"}};
+  for (const Finding& finding : review.findings.Kept())
+    rows.push_back({finding.line > 0 ? std::to_string(finding.line) : "", Remark(finding)});
+  page.Table("Findings", rows);
+}
+
+void AddText(HtmlPage& page, const PolicySource& source, const Review& review) {
+  page.Heading("The policy's text");
+  page.Listing("Each finding stands below its line",
+               LinesOf(platform::ToUtf8(source.text), review));
+}
+
+/// Entries that print alike share a picture.
+void AddPictures(HtmlPage& page, const peers::SettingFileContent& records) {
+  page.Heading("The page of each entry");
+  struct Picture {
+    page::Page page;
+    std::vector<std::string> entries;
+  };
+  std::vector<Picture> pictures;
+  std::map<std::vector<peers::WatermarkRecord>, std::size_t> places;
+  for (const peers::EntryRecord& entry : records.entries) {
+    page::Page laid = page::LayOut(entry, page::FindPaper("A4", false).value(), page::MeasureText);
+    std::vector<peers::WatermarkRecord> marks;
+    for (const page::Mark& mark : laid.marks) marks.emplace_back(mark.record).id.clear();
+    const auto [place, isNew] = places.insert({std::move(marks), pictures.size()});
+    if (isNew) pictures.push_back({std::move(laid), {}});
+    pictures[place->second].entries.push_back(NameOf(entry));
+  }
+  for (const auto& [laid, entries] : pictures) {
+    std::string texts;
+    for (const page::Mark& mark : laid.marks)
+      texts += (texts.empty() ? "" : "; ") + mark.record.text + ", " +
+               PositionText(mark.record.printPos);
+    page.Picture(page::Draw(laid, {}, page::Format::kSvg), Listed(entries, " and ") + " on A4",
+                 texts.empty() ? "A page without a watermark" : "A page with " + texts);
+    for (const page::Note& note : laid.notes)
+      page.Paragraph((note.watermark.empty() ? "" : note.watermark + " ") + note.text);
+  }
+  page.Paragraph(std::string(page::kMeaning[0]));
+}
+
+/// What the policy changes against the delivered one.
+void AddChanges(HtmlPage& page, const Delivered& delivered, const Review& review) {
+  page.Heading("Changes against the delivered policy");
+  if (!delivered.source) {
+    page.Paragraph("There is no delivered policy to compare with.");
+    return;
+  }
+  const Review before = ReviewPolicy({delivered.source->text, review.policyId});
+  std::vector<std::string> ids;
+  for (const Review* each : {&before, &review})
+    for (const ElementFate& element : each->elements) ids.push_back(element.id);
+  const auto differences = Compare(before.records, review.records, ids);
+  if (differences.empty())
+    page.Paragraph("None.");
+  else
+    page.Table("Changes", RowsOf(differences, review.records.entries.size(), "Delivered", "Now"));
+}
+
+std::string PageOf(const Options& options) {
+  const PolicySource source = ReadPolicySource(options.file);
+  const Delivered delivered = FindDelivered();
+  const Review review = ReviewPolicy({source.text, options.policyId});
+  const Json diagnosis = Diagnose();
+  HtmlPage page("Watermark policy report");
+  page.Paragraph("Machine " + diagnosis["machine"].get<std::string>());
+  AddForce(page, delivered, options.policyId);
+  if (!review.refusal.empty() || !review.failure.empty()) {
+    page.Heading("The policy");
+    page.Verdict("Refused: " + review.refusal + review.failure, false);
+  } else {
+    AddPolicy(page, source, review);
+    AddPictures(page, review.records);
+    AddChanges(page, delivered, review);
+  }
+  page.Heading("The machine");
+  AddTable(page, "Its parts", diagnosis["parts"],
+           {{"Part", "part"}, {"State", "state"}, {"Place", "place"}});
+  if (!diagnosis["printers"].is_null())
+    AddTable(page, "Printers", diagnosis["printers"],
+             {{"Printer", "printer"}, {"Driver", "driver"}, {"What becomes of it", "fate"}});
+  AddTable(page, "What an export would give now", diagnosis["forecast"],
+           {{"Command", "command"}, {"Result", "result"}, {"Reason", "reason"}});
+  AddText(page, source, review);
+  return page.Finish();
+}
+
+int Report(const Options& options) {
+  const std::string page = PageOf(options);
+  if (options.output == "-") {
+    std::cout << page;
+    return 0;
+  }
+  WriteOutput(options.output, page);
+  std::cout << "report: " << page.size() << " bytes in " << platform::Visible(options.output)
+            << ".\n";
+  return 0;
+}
+
+}  // namespace
+
+void AddReport(CommandLine& line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App& command = line.Add("report", "Makes a page to look at and to sign, for a browser",
+                               [options] { return Report(*options); });
+  command.add_option("FILE", options->file, "The policy, text or sealed (the delivered one)")
+      ->type_name("");
+  AddOutput(command, options->output, "PAGE", "The page, an HTML file; - is standard output")
+      ->required();
+  AddPolicyId(command, options->policyId);
+}
+
+}  // namespace app

@@ -1,0 +1,79 @@
+#include <iostream>
+#include <memory>
+
+#include "app/commands/commands.h"
+#include "app/machine/policy_file.h"
+#include "app/rehearsal/in_force.h"
+#include "app/text/errors.h"
+#include "app/text/json.h"
+#include "app/text/table.h"
+
+namespace app {
+namespace {
+
+struct Options {
+  std::string file;  ///< Empty: the delivered policy.
+  int policyId = 1;
+  bool isJson = false;
+};
+
+constexpr char kRecord[] = "The record holds";
+constexpr char kPolicy[] = "The policy asks for";
+
+Json ToJson(const Force& force) {
+  Json differences = Json::array();
+  for (const Difference& each : force.differences)
+    differences.push_back({{"entries", each.entries},
+                           {"element", each.subject},
+                           {"field", each.field},
+                           {"record", each.left},
+                           {"policy", each.right}});
+  return differences;
+}
+
+void PrintAsJson(const Options& options, const PolicySource& source, const Force& force) {
+  PrintJson(std::cout, {{"file", source.name},
+                        {"policyId", options.policyId},
+                        {"sha256", ChecksumOf(source.text)},
+                        {"inForce", force.unknown.empty() ? Json(force.IsIn()) : Json()},
+                        {"reason", force.unknown},
+                        {"entries", force.entries},
+                        {"excluded", force.excluded},
+                        {"differences", ToJson(force)}});
+}
+
+/// Tells whether the policy is what the entries hold. Returns 0 when it is in force and 1 when not.
+/// Throws UsageError where that cannot be told.
+int Verify(const Options& options) try {
+  const PolicySource source = ReadPolicySource(options.file);
+  const Force force = ForceOf(ReviewPolicy({source.text, options.policyId}));
+  if (options.isJson)
+    PrintAsJson(options, source, force);
+  else if (!force.unknown.empty())
+    throw UsageError(source.name + ": " + Sentence(force));
+  else
+    std::cout << "verify: " << OneLine(source.name) << ", policy " << options.policyId << ", is "
+              << Sentence(force) << ".\n  SHA-256 " << ChecksumOf(source.text) << "\n";
+  if (!options.isJson && !force.differences.empty())
+    PrintTable(std::cout, RowsOf(force.differences, force.entries, kRecord, kPolicy), "");
+  return !force.unknown.empty() ? 2 : force.IsIn() ? 0 : 1;
+} catch (const UsageError&) {
+  throw;
+} catch (const std::exception& error) {
+  throw UsageError("verify: cannot be told: " + CauseOf(error));
+}
+
+}  // namespace
+
+void AddVerify(CommandLine& line) {
+  const auto options = std::make_shared<Options>();
+  CLI::App& command =
+      line.Add("verify", "Tells whether a policy is what the entries hold; changes nothing",
+               [options] { return Verify(*options); });
+  command.add_option("FILE", options->file, "The policy, text or sealed (the delivered one)")
+      ->type_name("");
+  AddPolicyId(command, options->policyId);
+  AddJson(command, options->isJson);
+}
+
+}  // namespace app

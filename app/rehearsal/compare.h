@@ -1,0 +1,34 @@
+#pragma once
+
+// The differences between the records of two setting files. GUIDs are none, because the component
+// makes new ones with each update.
+
+#include <string>
+#include <vector>
+
+#include "peers/settings_component/setting_file.h"
+
+namespace app {
+
+/// One difference, in the entries that have it alike.
+struct Difference {
+  std::vector<std::string> entries;  ///< By their printers; none for the exclude list.
+  std::string subject;               ///< An element's ID, a printer; empty for the whole entry.
+  std::string field;                 ///< "opacity", "switch", "order", "exclude list", ...
+  std::string left;                  ///< As it is shown to people.
+  std::string right;
+};
+
+/// Compares all entries and the exclude list. `ids` are the elements that the watermarks come from:
+/// a watermark is known by the ID that its name begins with, else by its name.
+std::vector<Difference> Compare(const peers::SettingFileContent& left,
+                                const peers::SettingFileContent& right,
+                                const std::vector<std::string>& ids);
+
+/// Returns the rows of a table, with headings, of which the last two are the names of the sides.
+/// The entries are named where a difference is not the same in all of `entries`.
+std::vector<std::vector<std::string>> RowsOf(const std::vector<Difference>& differences,
+                                             std::size_t entries, const std::string& left,
+                                             const std::string& right);
+
+}  // namespace app
