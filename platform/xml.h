@@ -65,7 +65,9 @@ struct IXMLDOMDocument2 : IXMLDOMNode {
 
   /// Replaces the content by that of `xml`, well-formed XML 1.0 with namespaces; an encoding named
   /// in it has no effect. VARIANT_TRUE and S_OK; VARIANT_FALSE, S_FALSE and no content otherwise,
-  /// also for a document type declaration or elements more than 256 deep.
+  /// also for a document type declaration or elements more than 256 deep. Linux alone also refuses
+  /// a text of more than 16 MiB of UTF-8 and a document of more than 1,000,000 elements, attributes
+  /// and texts.
   virtual HRESULT loadXML(BSTR xml, VARIANT_BOOL* isSuccessful) = 0;
 
   /// What was wrong with the last text loaded.

@@ -4,7 +4,6 @@
 #include <libxml/xmlerror.h>
 
 #include <algorithm>
-#include <climits>
 #include <exception>
 #include <memory>
 #include <new>
@@ -17,8 +16,12 @@ namespace {
 
 constexpr int kMaxDepth = 256;  // MSXML 6.0's
 
-// The parser's work grows with the square of these. MSXML knows no limit, but no document needs as
-// many.
+// Limits that MSXML does not have and no policy needs. Text and nodes bound the memory that a
+// document takes.
+constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
+constexpr NodeId kMaxNodes = 1'000'000;
+
+// The parser's work grows with the square of these.
 constexpr int kMaxAttributes = 1000;
 constexpr int kMaxDeclarationsInScope = 1000;
 constexpr int kMaxStrings = 10'000;  // names, prefixes and namespaces
@@ -75,6 +78,20 @@ void FreeParser(xmlParserCtxt* parser) {
   xmlFreeParserCtxt(parser);
 }
 
+/// Takes this thread's errors of the parser to `handler` while it lives: those of its beginning,
+/// which the parser would print, and those that a handler of the host process would take away.
+class ErrorsTo {
+ public:
+  ErrorsTo(void* self, xmlStructuredErrorFunc handler) { xmlSetStructuredErrorFunc(self, handler); }
+  ErrorsTo(const ErrorsTo&) = delete;
+  ErrorsTo& operator=(const ErrorsTo&) = delete;
+  ~ErrorsTo() { xmlSetStructuredErrorFunc(m_self, m_handler); }
+
+ private:
+  void* m_self = xmlStructuredErrorContext;
+  xmlStructuredErrorFunc m_handler = xmlStructuredError;
+};
+
 }  // namespace
 
 XmlTree::XmlTree() {
@@ -87,6 +104,9 @@ class XmlTreeBuilder {
   explicit XmlTreeBuilder(XmlError& error) : m_error(error) {}
 
   XmlTree Build(const std::string& xml) {
+    const ErrorsTo errors(this, [](void* self, xmlErrorPtr error) {
+      Guard(self, [&](XmlTreeBuilder& builder) { builder.TakeError(*error); });
+    });
     const Owner<xmlParserCtxt*, FreeParser> parser(
         xmlCreateMemoryParserCtxt(xml.data(), static_cast<int>(xml.size())));
     if (!parser) throw std::bad_alloc();
@@ -142,9 +162,6 @@ class XmlTreeBuilder {
     handler.processingInstruction = [](void* self, const xmlChar*, const xmlChar*) {
       Guard(self, [](XmlTreeBuilder& builder) { builder.EndText(); });
     };
-    handler.serror = [](void* self, xmlErrorPtr error) {
-      Guard(self, [&](XmlTreeBuilder& builder) { builder.TakeError(*error); });
-    };
     return handler;
   }
 
@@ -160,6 +177,7 @@ class XmlTreeBuilder {
   }
 
   void TakeError(const xmlError& error) {
+    if (error.code == XML_ERR_NO_MEMORY) throw std::bad_alloc();
     // That a namespace's name is no URI troubles nobody.
     if (error.level < XML_ERR_ERROR || error.code == XML_WAR_NS_URI ||
         error.code == XML_WAR_NS_URI_RELATIVE || m_error.line != 0)
@@ -186,6 +204,7 @@ class XmlTreeBuilder {
 
   NodeId Add(NodeKind kind) {
     const NodeId id = m_tree.Size();
+    if (id == kMaxNodes) Refuse("The document has more than 1,000,000 nodes.");
     m_tree.m_nodes.push_back({.parent = m_open,
                               .firstChild = id + 1,
                               .end = id + 1,
@@ -317,8 +336,8 @@ XmlTree ParseXml(std::wstring_view xml, XmlError& error) {
     error = {1, L"Invalid at the top level of the document."};
   } else if (const std::size_t at = FindHalfCharacter(xml); at < xml.size()) {
     error = ErrorAt(xml, at, L"An invalid character was found in text content.");
-  } else if (const std::string utf8 = ToUtf8(xml); utf8.size() > INT_MAX) {
-    error = {1, L"The text is too large."};
+  } else if (const std::string utf8 = ToUtf8(xml); utf8.size() > kMaxBytes) {
+    error = {1, L"The text has more than 16 MiB."};
   } else if (error = FindTrap(utf8); error.line == 0) {
     return XmlTreeBuilder(error).Build(utf8);
   }
