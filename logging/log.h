@@ -32,7 +32,7 @@ inline void Log(const LogCall& call) {
                            call.line, call.message.text);
 }
 
-/// The message with `values` in place of its conversions. When memory ends, the line shows the
+/// Logs the message with `values` in place of its conversions. When memory ends, the line shows the
 /// conversions instead, because a line without its values still names the occasion.
 template <typename... Values>
 requires(sizeof...(Values) > 0) void Log(const LogCall& call, const Values&... values) {
@@ -47,13 +47,13 @@ requires(sizeof...(Values) > 0) void Log(const LogCall& call, const Values&... v
                            call.line, text);
 }
 
-/// The message with the thread's last error as its code.
+/// Logs the message with the thread's last error as its code.
 inline void LogWithLastError(const LogCall& call) {
   Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
                            call.line, static_cast<int>(GetLastError()), call.message.text);
 }
 
-/// The message's text is the label of `value`.
+/// Logs the message's text as the label of `value`.
 inline void LogLabelled(const LogCall& call, const wchar_t* value) {
   Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
                            call.line, call.message.text, value);

@@ -50,7 +50,7 @@ GuidList MakeWatermarks(CWatermarkPolicyXMLParser& parser, int policyId,
   return made;
 }
 
-// A setting that is not activated is not told of the watermarks: it keeps the list that it has.
+// A setting that is switched off keeps its list.
 void Activate(Sigil::LastSetting& setting, const GuidList& watermarks, bool outOfScope) {
   const bool active = !watermarks.empty() && !outOfScope;
   if (active)

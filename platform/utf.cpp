@@ -43,8 +43,8 @@ void PutUtf8(char*& out, char32_t code) {
   putTrail(0);
 }
 
-/// What a lead byte asks for: the number of trail bytes and the range of the first of them, which
-/// keeps overlong forms, surrogates and numbers above the last code point out.
+/// The number of trail bytes behind a lead byte, and the range of the first of them, which excludes
+/// overlong forms, surrogates and numbers above the last code point.
 struct Lead {
   int trails;
   unsigned char low;
@@ -81,7 +81,8 @@ bool IsTrail(unsigned char byte) {
   return (byte & 0xC0) == 0x80;
 }
 
-/// Hands the units of UTF-8 text to `add`. ASCII and what Japanese text is made of go a short way.
+/// Hands the units of UTF-8 text to `add`. ASCII and the three-byte forms of Japanese text take a
+/// fast path.
 template <typename Add>
 void Decode(std::string_view text, Add add) {
   const auto* at = reinterpret_cast<const unsigned char*>(text.data());

@@ -70,14 +70,14 @@ struct IXMLDOMDocument2 : IXMLDOMNode {
   /// and texts.
   virtual HRESULT loadXML(BSTR xml, VARIANT_BOOL* isSuccessful) = 0;
 
-  /// What was wrong with the last text loaded.
+  /// Returns the error of the last text loaded.
   virtual HRESULT get_parseError(IXMLDOMParseError** error) = 0;
 
  protected:
   ~IXMLDOMDocument2() = default;
 };
 
-/// Nothing wrong: code 0, line 0, an empty reason, and S_FALSE.
+/// Without an error: code 0, line 0, an empty reason, and S_FALSE.
 struct IXMLDOMParseError : IUnknown {
   virtual HRESULT get_errorCode(LONG* code) = 0;
   virtual HRESULT get_reason(BSTR* reason) = 0;

@@ -100,8 +100,8 @@ HMODULE LoadFile(std::wstring_view path) {
   return module;
 }
 
-/// The address of what the module itself exports: the dynamic linker also looks into the libraries
-/// that it uses.
+/// Returns the address of the module's own export, else null; the dynamic linker alone would also
+/// search the libraries that the module uses.
 void* FindInFile(HMODULE module, const char* name) {
   void* const address = dlsym(module, name);
   link_map* own = nullptr;

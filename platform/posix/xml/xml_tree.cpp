@@ -36,9 +36,9 @@ XmlError ErrorAt(const Text& text, std::size_t at, const wchar_t* reason) {
   return {static_cast<std::int32_t>(1 + lines), reason};
 }
 
-/// What the parser must not meet, since it would not come back for long: an element with so many
-/// attributes that it compares them with each other for minutes, and two hyphens in a comment,
-/// after which it goes on. Other faults may be misjudged; what has one is refused in any case.
+/// Rejects two inputs on which libxml2 is quadratic: an element with very many attributes, and two
+/// hyphens in a comment, after which it reads on. Text with another fault may be misjudged, but the
+/// parser refuses it in any case.
 XmlError FindTrap(std::string_view xml) {
   std::size_t at = 0;
   const auto skipTo = [&](std::string_view mark) { return (at = xml.find(mark, at)) != xml.npos; };
@@ -98,7 +98,7 @@ XmlTree::XmlTree() {
   m_nodes.push_back({.firstChild = 1, .end = 1});
 }
 
-/// Takes the parser's events. What one throws is kept until the parser has returned.
+/// Takes the parser's events. Their exceptions are kept until the parser has returned.
 class XmlTreeBuilder {
  public:
   explicit XmlTreeBuilder(XmlError& error) : m_error(error) {}
@@ -111,8 +111,8 @@ class XmlTreeBuilder {
         xmlCreateMemoryParserCtxt(xml.data(), static_cast<int>(xml.size())));
     if (!parser) throw std::bad_alloc();
     m_parser = parser.Get();
-    // XML_PARSE_NOENT only has the parser hand over `&amp;` as what it stands for: no entity can be
-    // declared. XML_PARSE_OLD10 makes it know version 1.0 alone.
+    // XML_PARSE_NOENT replaces `&amp;` and its like; no other entity can be declared.
+    // XML_PARSE_OLD10 restricts the version to 1.0.
     xmlCtxtUseOptions(m_parser, XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_HUGE |
                                     XML_PARSE_OLD10 | XML_PARSE_IGNORE_ENC);
     *m_parser->sax = Handler();
@@ -183,8 +183,8 @@ class XmlTreeBuilder {
         error.code == XML_WAR_NS_URI_RELATIVE || m_error.line != 0)
       return;
     m_error = {std::max(error.line, 1), FromUtf8(error.message == nullptr ? "" : error.message)};
-    // The parser would go on to look for more. What xmlStopParser does besides this would take the
-    // text away from the function that reports.
+    // Stops the parser. xmlStopParser would also free the text, from which the caller still
+    // reports.
     m_parser->instate = XML_PARSER_EOF;
     m_parser->disableSAX = 1;
   }
