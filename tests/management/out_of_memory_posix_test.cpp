@@ -24,6 +24,7 @@ std::atomic<unsigned> theCount = 0, theFirstToFail = 0;
 std::atomic<bool> isForGood = false;
 
 bool HasMemory() {
+  if (RecorderIsWorking()) return true;
   const unsigned number = ++theCount;
   return theFirstToFail == 0 || number < theFirstToFail || (number > theFirstToFail && !isForGood);
 }
