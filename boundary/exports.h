@@ -13,7 +13,8 @@
 // Nothing is thrown, not even when memory ends. An exception of the Settings component ends in one
 // of the results, mostly -101: on Linux, where component and library share one C++ run-time, and on
 // Windows from a component of the platform's usual compiler. A component that GCC built for Windows
-// with a run-time of its own must let nothing out, because that run-time would end the host process.
+// with a run-time of its own must let nothing out, because that run-time would end the host
+// process.
 //
 // A pass loads the Settings component, SigilUtil_x86.dll, for itself, from the folder of the host's
 // own executable (on Linux, of the file that symbolic links lead to). Without it the pass fails and
@@ -46,7 +47,8 @@ extern "C" {
 
 /// The results of the exports.
 enum SigilSettingResult {
-  /// The pass ran to its end. It may not have saved: a failed save of the setting file stands in the
+  /// The pass ran to its end. It may not have saved: a failed save of the setting file stands in
+  /// the
   /// log alone, and in an update a failed save of one entry stands nowhere.
   SIGIL_SETTING_DONE = 0,
   /// The policy is applied, but the user's full name is still to be obtained.
