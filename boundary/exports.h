@@ -10,14 +10,16 @@
 // Text is NUL-terminated UTF-16, one unit in each wchar_t (on Linux too, where it has 32 bits), and
 // is read during the call only. Nothing is held between two calls.
 //
-// Nothing is thrown. What the Settings component throws ends in one of the results, mostly -101: on
-// Linux, where component and library share one C++ run-time, and on Windows from a component of the
-// platform's usual compiler. A component that GCC built for Windows with a run-time of its own must
-// let nothing out: that run-time would end the host process.
+// Nothing is thrown, not even when memory ends. An exception of the Settings component ends in one
+// of the results, mostly -101: on Linux, where component and library share one C++ run-time, and on
+// Windows from a component of the platform's usual compiler. A component that GCC built for Windows
+// with a run-time of its own must let nothing out, because that run-time would end the host
+// process.
 //
-// Each pass loads the Settings component, SigilUtil_x86.dll, for itself, from the folder in which
-// the host's own executable lies (on Linux, the file that symbolic links lead to). Where it is not
-// there the result is -101.
+// A pass loads the Settings component, SigilUtil_x86.dll, for itself, from the folder of the host's
+// own executable (on Linux, of the file that symbolic links lead to). Without it the pass fails and
+// the result is -101; SigilSettingReleaseWaterMark and SigilSettingSetWaterMark, which ask the
+// system settings first, can give -200 or -201 before they look for it.
 //
 // The names are undecorated, with the ordinals 1 to 6 in the order below; the calling convention is
 // that of C, __cdecl on 32-bit Windows.
@@ -43,8 +45,11 @@
 extern "C" {
 #endif
 
-/// What an export gives back.
+/// The results of the exports.
 enum SigilSettingResult {
+  /// The pass ran to its end. It may not have saved: a failed save of the setting file stands in
+  /// the
+  /// log alone, and in an update a failed save of one entry stands nowhere.
   SIGIL_SETTING_DONE = 0,
   /// The policy is applied, but the user's full name is still to be obtained.
   SIGIL_SETTING_NO_FULL_NAME = -99,

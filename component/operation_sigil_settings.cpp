@@ -53,19 +53,19 @@ using CModule = Owner<HMODULE, kFreeLibrary>;
 struct ComponentRecord {
   CModule hModule;
   Sigil::CreateInstanceFunction pfnCreateInstance = nullptr;
-  // Looked up with the others; nothing here calls them.
+  // Looked up with the first, but never called.
   Entry pfnMergeUserStoreWatermarks = nullptr;
   Entry pfnGetVersionDate = nullptr;
 };
 
 namespace {
 
-/// Null when the component is not there. A host path that is too long is cut by the system, and the
-/// folder of a cut path is another one, further up; so it counts as none.
+/// Returns null when the component is not in the host executable's folder. The system cuts a host
+/// path that is too long; one that is cut in the executable's name still has the right folder.
 HMODULE LoadComponent() {
   wchar_t path[1024] = {};
-  const DWORD length = GetModuleFileNameW(nullptr, path, MAX_PATH);
-  if (length == 0 || length >= MAX_PATH) return nullptr;
+  // Without a folder the loader would search the system's.
+  if (GetModuleFileNameW(nullptr, path, MAX_PATH) == 0) return nullptr;
   PathRemoveFileSpecW(path);
   PathAppendW(path, kComponentFile);
   const HMODULE module = LoadLibraryW(path);
@@ -145,8 +145,7 @@ void OperationSigilSettings::SetUseContentLog(BYTE flag) {
 }
 
 std::uint32_t OperationSigilSettings::GetSettingFileDirPath(wchar_t* folder) {
-  // A component that tells an absurd length must not make this reserve as much. No path of Windows
-  // is longer.
+  // The longest path of Windows. It bounds the memory, because the component may give any length.
   constexpr std::uint32_t kLongestPath = 32768;
   Log(kFolderAsked);
   std::uint32_t length = kFolderCapacity;
@@ -156,8 +155,8 @@ std::uint32_t OperationSigilSettings::GetSettingFileDirPath(wchar_t* folder) {
   std::vector<wchar_t> text(std::max(length, kFolderCapacity) + 1);
   const std::int32_t result = m_pSettings->GetSettingFileDir(text.data(), &length);
   text.back() = L'\0';
-  // The length is that of the text itself. Not every component counts the terminator, and what it
-  // tells must not decide whether a text that fits is taken.
+  // The text's own length counts, because not every component includes the terminator in its
+  // length.
   const auto copied = static_cast<std::uint32_t>(std::wcslen(text.data())) + 1;
   if (Sigil::Failed(result) || copied > kFolderCapacity) {
     Log(kNoFolder);

@@ -7,12 +7,12 @@
 
 namespace Sigil {
 
-/// Holds the one reference that whoever gets an object of the Settings component has on it, and
-/// gives it back at the end of its scope or by Reset.
+/// Owns one reference to an object of the Settings component. Released at the end of the scope or
+/// by Reset.
 ///
-/// A Release that throws is a failure of the scope in which it is called, so its exception leaves
-/// Reset and the destructor too. Only where another exception is already ending that scope is it
-/// dropped, since two at once would end the process.
+/// An exception of the object's Release leaves Reset and the destructor, because the scope has
+/// failed then. It is dropped only while another exception ends the scope, because two at once
+/// would end the process.
 template <typename Interface>
 class CReference {
  public:
@@ -34,7 +34,7 @@ class CReference {
   Interface& operator*() const { return *m_pObject.Get(); }
   explicit operator bool() const { return m_pObject.Get() != nullptr; }
 
-  /// Where an operation of the component puts the object. What was held is given back first.
+  /// Returns the place for an object that an operation hands out. Releases the held one first.
   Interface** Out() {
     Reset();
     return m_pObject.Place();

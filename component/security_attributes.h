@@ -11,11 +11,10 @@ inline void FreeDescriptor(void* block) {
 /// objects that processes under any account share.
 class COpenSecurityAttributes {
  public:
-  /// Builds the descriptor. On failure Get gives null; a caller that needs the attributes has to
-  /// test it.
+  /// Builds the descriptor. On failure Get returns null.
   COpenSecurityAttributes();
 
-  /// Null when they could not be built or were given back.
+  /// Returns null when the attributes could not be built or were given back.
   SECURITY_ATTRIBUTES* Get() { return m_pDescriptor ? &m_saAttributes : nullptr; }
 
   void Reset() { m_pDescriptor.Reset(); }

@@ -17,7 +17,7 @@ constexpr std::size_t kWorkingCapacity = 2048;
 constexpr auto kFreeText = [](wchar_t* text) { CoTaskMemFree(text); };
 constexpr auto kFreeLibrary = [](HMODULE module) { FreeLibrary(module); };
 
-// The call is looked up, since systems older than the folder for low integrity do not have it.
+// Looks the call up, because older systems have neither it nor the folder.
 void CopyLocalAppDataLow(wchar_t (&folder)[kWorkingCapacity]) {
   using GetKnownFolderPath = HRESULT(WINAPI*)(REFKNOWNFOLDERID, DWORD, HANDLE, wchar_t**);
   const Owner<HMODULE, kFreeLibrary> shell(LoadLibraryW(L"shell32.dll"));
@@ -35,8 +35,8 @@ CString SettingFilePath() {
   if (folder[0] == L'\0') SHGetSpecialFolderPathW(nullptr, folder, CSIDL_LOCAL_APPDATA, FALSE);
   const CString base = folder;
   if (PathAppendW(folder, kFile)) return folder;
-  // The call appends nothing when the path would exceed MAX_PATH. The caller has to be told the
-  // length that it needs, so the path is made all the same.
+  // The call appends nothing when the path would exceed MAX_PATH. The caller needs its length all
+  // the same.
   return base + L"\\" + kFile;
 }
 

@@ -27,8 +27,8 @@ HANDLE GetMutex_SigilSetting(SECURITY_ATTRIBUTES* attributes) {
   const DWORD waited = WaitForSingleObject(mutex, kTimeoutMilliseconds);
   if (waited != WAIT_OBJECT_0) {
     Log(kNotAcquired);
-    // An abandoned mutex is owned by whoever has waited for it. It is given up here, so that the
-    // death of its owner costs this one call and not every later one.
+    // This thread owns an abandoned mutex. It is released, so that only this call fails and no
+    // later one.
     if (waited == WAIT_ABANDONED) ReleaseMutex(mutex);
     CloseHandle(mutex);
     return nullptr;

@@ -6,9 +6,9 @@
 #include "platform/owner.h"
 #include "platform/security.h"
 
-/// Waits up to 180 seconds for the mutex. Returns its handle, which the caller owns and gives
-/// back with GiveBackMutex, or null, which is logged. A mutex whose owner died gives null too; it
-/// is released, so that the next caller can take it.
+/// Waits up to 180 seconds for the mutex. Returns its handle, which the caller gives back with
+/// GiveBackMutex. Returns null on failure, which is logged, and for a mutex whose owner died; that
+/// one is released, so that the next caller can take it.
 HANDLE GetMutex_SigilSetting(SECURITY_ATTRIBUTES* attributes);
 
 /// Gives the mutex up and closes its handle.

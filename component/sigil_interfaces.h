@@ -3,10 +3,10 @@
 // The interfaces of the Settings component, `SigilUtil_x86.dll`, in its own order of operations.
 //
 // Text is NUL-terminated wide text and is copied during the call. `out` receives an object with one
-// reference, which its receiver gives back with Release. A negative result is a failure; where a
-// caller takes any result but 0 for one, the call says so. `length` is a count of wide characters:
-// going in, the buffer's capacity; coming out, the length of the text with its terminator. Nothing
-// here is safe for concurrent use of one object.
+// reference, which the caller releases. A negative result is a failure; the operations whose every
+// result except 0 is a failure say so. `length` counts wide characters: the buffer's capacity
+// before the call, the length of the text with its terminator after it. One object is not safe for
+// concurrent use.
 //
 // An object begins with a table of its operations: AddRef and Release, then those below in the
 // order in which they stand, and no slot for a destructor, which is why none is virtual. On Windows
@@ -27,12 +27,6 @@ enum SigilResult : std::int32_t {
 
 constexpr bool Failed(std::int32_t result) {
   return result < 0;
-}
-
-/// True when the component has filled in a record that was all zero. Without this test a success
-/// that wrote no GUID would count as a watermark.
-inline bool IsFilled(const GUID& guid) {
-  return !(guid == GUID{});
 }
 
 /// The reference-counting base of every object.
@@ -104,7 +98,7 @@ struct PrinterSettings : Object {
 struct Settings : Object {
   virtual std::int32_t Save(std::int32_t mode) = 0;
   virtual std::int32_t Commit() = 0;
-  /// With a null buffer it only tells the length.
+  /// With a null buffer it only writes the length.
   virtual std::int32_t GetSettingFileDir(wchar_t* buffer, std::uint32_t* length) = 0;
   virtual std::int32_t GetPrinterSettingCount() = 0;
   virtual std::int32_t GetPrinterSettingName(std::int32_t index, wchar_t* buffer,

@@ -5,9 +5,8 @@
 
 namespace Sigil {
 
-/// A text as an object of the Settings component. The component is found here, never loaded: a
-/// component handle must have loaded it. Making one, or a copy, throws SigilResult kCannotCreate
-/// when the component gives no object.
+/// A text as an object of the Settings component, which a component handle must have loaded. The
+/// constructors throw SigilResult kCannotCreate when the component gives no object.
 class CSigilString {
  public:
   explicit CSigilString(const wchar_t* text);
@@ -15,8 +14,8 @@ class CSigilString {
   CSigilString(CSigilString&&) noexcept = default;
   CSigilString& operator=(const CSigilString&) = delete;
 
-  /// Texts stand in containers, whose elements must not throw when they are destroyed: what the
-  /// component throws here is dropped. Whoever wants to know of it calls Release first.
+  /// Drops an exception of the component, because elements of containers must not throw here. A
+  /// caller that wants the exception calls Release first.
   virtual ~CSigilString() noexcept;
 
   /// Gives the object back. Nothing but the destructor may follow.

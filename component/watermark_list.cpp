@@ -9,8 +9,7 @@ void DeleteWatermarks(Sigil::PrinterSettings& record) {
     constexpr std::uint32_t kNameCapacity = 255;
     wchar_t name[kNameCapacity + 1] = {};
     GUID guid = {};
-    if (!Sigil::Failed(record.GetWatermarkInfo(index, &guid, name, kNameCapacity)) &&
-        Sigil::IsFilled(guid))
+    if (!Sigil::Failed(record.GetWatermarkInfo(index, &guid, name, kNameCapacity)))
       watermarks.push_back(guid);
   }
   for (const GUID& guid : watermarks) record.DeleteWatermark(&guid);

@@ -2,6 +2,6 @@
 
 #include "component/sigil_interfaces.h"
 
-/// Deletes the watermarks of `record`: all GUIDs are read first, since each deletion moves the
-/// indexes of the others. One whose GUID cannot be read is left in place.
+/// Deletes the watermarks of `record`. Reads all GUIDs first, because each deletion moves the
+/// indexes of the others. A watermark whose GUID cannot be read stays.
 void DeleteWatermarks(Sigil::PrinterSettings& record);

@@ -4,8 +4,8 @@
 
 namespace SigilSettingManagement {
 
-/// The client's delivery folder. True: `folder` is the existing directory that Client.ini names.
-/// False: it is the default folder, and the log says why.
+/// Finds the client's delivery folder. Returns true when `folder` is the existing directory that
+/// Client.ini names; false when it is the default folder, and logs why.
 bool GetEMSFolderPath(CString& folder);
 
 }  // namespace SigilSettingManagement

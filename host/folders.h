@@ -1,7 +1,7 @@
 #pragma once
 
-// Where the client's files lie, and what they are called. Both folders are found anew at every
-// call. Nothing here logs, so that sigilctl can share it; ems_folder.h adds the lines of a pass.
+// The folders and names of the client's files. Each call finds the folders anew. Nothing here logs,
+// so that sigilctl can share it; ems_folder.h adds the lines of a pass.
 
 #include "platform/mfc.h"
 
@@ -14,8 +14,8 @@ constexpr wchar_t kKeySourceName[] = L"\\config\\data.dat";
 constexpr wchar_t kPolicyFileName[] = L"\\WmPolicy.dat";
 constexpr wchar_t kSystemSettingName[] = L"\\SystemSetting.csv";
 
-/// The machine-wide data folder, without a trailing backslash; "C:\ProgramData" when the shell
-/// gives none.
+/// Returns the machine-wide data folder, without a trailing backslash; "C:\ProgramData" when the
+/// shell fails.
 CString GetCommonDataPath();
 
 /// How the delivery folder was found; EMS is the product's name for it.
@@ -23,8 +23,8 @@ enum class EMSFolder {
   kConfigured,   ///< It is the existing directory that Client.ini names.
   kNotSet,       ///< It is the default, since Client.ini names none.
   kBlank,        ///< It is the default, since Client.ini names only white space.
-  kNoDirectory,  ///< It is the default, since what Client.ini names is no directory.
+  kNoDirectory,  ///< It is the default, since Client.ini names no existing directory.
 };
 
-/// `folder` becomes the client's delivery folder and `value` what Client.ini says, as it was read.
+/// `folder` becomes the client's delivery folder, `value` the text in Client.ini.
 EMSFolder FindEMSFolder(CString& folder, CString& value);

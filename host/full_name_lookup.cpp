@@ -26,7 +26,7 @@ constexpr std::size_t kNameCapacity = 256;
 
 constexpr auto kFreeBuffer = [](void* buffer) { NetApiBufferFree(buffer); };
 
-/// What a network call hands out.
+/// A block from a network call.
 template <typename Type>
 using CNetBuffer = Owner<Type*, kFreeBuffer>;
 

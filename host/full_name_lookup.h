@@ -8,8 +8,8 @@ namespace SigilSettingManagement {
 /// joined machine, from the local accounts everywhere else and whenever that fails. Each is asked
 /// once, and the caller's thread waits for the answer.
 ///
-/// True when an account record gave a name, an empty one included. `domainController` is set only
-/// when the name came from that controller. Throws nothing; the log tells the failures.
+/// Returns true when an account record gave a name, also an empty one. `domainController` is set
+/// only when the name came from that controller. Throws nothing; failures are logged.
 bool GetUserFullName(CString& fullName, CString& domainController);
 
 }  // namespace SigilSettingManagement

@@ -1,14 +1,14 @@
 #pragma once
 
-// What a printer is to the system, by its driver and its comment. Nothing here logs, so
-// that sigilctl can share it.
+// The kind of a printer, by its driver and its comment. Nothing here logs, so that sigilctl can
+// share it.
 
 #include "platform/spooler.h"
 
 namespace SigilSettingManagement {
 
 enum class PrinterKind {
-  kSuite,      ///< It uses the suite's own driver and has watermarks of its own.
+  kSuite,      ///< It uses the suite's driver and has an entry.
   kNoComment,  ///< It has no comment and is excluded from watermarking.
   kNotMarked,  ///< Its comment lacks the mark; it is excluded.
   kMonitored,  ///< Its comment marks it as monitored: it goes by the default entry.

@@ -8,8 +8,8 @@
 namespace SigilSettingManagement {
 
 /// Lists the local and connected printers. `*list` becomes one block from malloc with `*count`
-/// records and their strings, which the caller has to free, after a failure too. Gives 0, or -1 on
-/// any failure, which the log tells.
+/// records and their strings, which the caller has to free, after a failure too. Returns 0, or -1
+/// on any failure, which is logged.
 int GetPrinterInfoList(PRINTER_INFO_2W** list, DWORD* count);
 
 inline void FreePrinters(PRINTER_INFO_2W* list) {
@@ -20,7 +20,7 @@ inline void FreePrinters(PRINTER_INFO_2W* list) {
 /// in. Empty before Read and after Reset.
 class CPrinterList {
  public:
-  /// False on a failure; the list is empty then.
+  /// Returns false on a failure, with the list empty.
   bool Read() {
     if (GetPrinterInfoList(m_pPrinters.Out(), &m_nCount) == 0) return true;
     Reset();

@@ -2,8 +2,8 @@
 
 namespace {
 
-// Adds the fields that end in the row; what follows the last of them is in `field`. Gives whether a
-// quote is open at the end.
+// Adds the fields that end in the row; `field` is the text behind the last of them. Returns true if
+// a quote is open at the end.
 bool Scan(const CString& row, bool inQuotes, CArray<CString>& fields, CString& field) {
   const int length = row.GetLength();
   for (int i = 0; i < length; ++i) {

@@ -2,7 +2,7 @@
 
 // Names that the library shares with other programs of the client. Nothing here logs.
 
-/// The user information file, to be appended to the setting folder, and what its one section holds.
+/// The user information file, to be appended to the setting folder; its section and keys.
 constexpr wchar_t kUserInformationName[] = L"\\UserInfoWM.ini";
 constexpr wchar_t kUserSection[] = L"User";
 constexpr wchar_t kUserStateKey[] = L"GetUserState";

@@ -14,7 +14,7 @@ namespace {
 
 constexpr DWORD kTextCapacity = 256;
 
-/// The messages of the two ways in which a function fails.
+/// The messages of the two failures of a function.
 struct EndMessages {
   LogMessage noInstance;
   LogMessage thrown;
@@ -67,8 +67,7 @@ constexpr EndMessages kEnds = {
     {5, 153100952, kFunction, L"ユーザフルネーム取得状態は読み出されませんでした"}};
 }  // namespace state
 
-/// The user information file. Where its folder is not known, it reads as empty and what is written
-/// is lost.
+/// The user information file. Without a known folder it reads as empty and writes nothing.
 class CUserInformation {
  public:
   /// Asks the open handle for the folder and releases its instance.

@@ -2,8 +2,8 @@
 
 // The user information file, UserInfoWM.ini in the setting folder: the user's full name once a
 // lookup has found it, the login name until then, and whether a lookup has succeeded since the last
-// reset. Each function opens a component handle of its own to learn the folder, without any lock.
-// None throws; the log tells the failures. After an exception the result is what had been reached.
+// reset. Each function opens its own component handle to learn the folder, without any lock. None
+// throws; failures are logged. After an exception the result is the one reached before it.
 
 #include "platform/mfc.h"
 
@@ -14,14 +14,14 @@ namespace SigilSettingManagement {
 /// was looked up. True when a full name was found, now or before.
 bool PrepareUserFullName(CString& name);
 
-/// `name` is the stored full name, else the stored login name, else the process's login name. True
-/// for the first. Empty and false when the component cannot be had.
+/// `name` becomes the stored full name, else the stored login name, else the process's login name.
+/// Returns true for the first. Without the component `name` is empty and the result false.
 bool GetUserFullName(CString& name);
 
-/// Has the next PrepareUserFullName look the name up anew; the stored name stays.
+/// Makes the next PrepareUserFullName look the name up anew; the stored name stays.
 void InitializeFullNameState();
 
-/// Not 0 when a lookup has succeeded; 0 otherwise and on any failure.
+/// Returns 0 until a lookup has succeeded, and on any failure.
 int GetFullNameState();
 
 }  // namespace SigilSettingManagement

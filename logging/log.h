@@ -1,9 +1,10 @@
 #pragma once
 
 // How the system logs. Each file keeps its messages together at its top, as constants, and logs
-// them by name with their values. Nothing here throws but the formatting of values, which may run
-// out of memory.
+// them by name with their values. Nothing here throws: the exports log their last line when nobody
+// is left to catch.
 
+#include <new>
 #include <source_location>
 
 #include "logging/log4cxx_mgr.h"
@@ -31,22 +32,28 @@ inline void Log(const LogCall& call) {
                            call.line, call.message.text);
 }
 
-/// The message with `values` in place of its conversions.
-template <typename First, typename... Rest>
-void Log(const LogCall& call, const First& first, const Rest&... rest) {
+/// Logs the message with `values` in place of its conversions. When memory ends, the line shows the
+/// conversions instead, because a line without its values still names the occasion.
+template <typename... Values>
+requires(sizeof...(Values) > 0) void Log(const LogCall& call, const Values&... values) {
   CString text;
-  text.Format(call.message.text, first, rest...);
+  try {
+    text.Format(call.message.text, values...);
+  } catch (const std::bad_alloc&) {
+    Log(call);
+    return;
+  }
   Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
                            call.line, text);
 }
 
-/// The message with the thread's last error as its code.
+/// Logs the message with the thread's last error as its code.
 inline void LogWithLastError(const LogCall& call) {
   Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
                            call.line, static_cast<int>(GetLastError()), call.message.text);
 }
 
-/// The message's text is the label of `value`.
+/// Logs the message's text as the label of `value`.
 inline void LogLabelled(const LogCall& call, const wchar_t* value) {
   Log4cxxMgr::LogOutDetail(call.message.level, call.message.number, call.message.function,
                            call.line, call.message.text, value);

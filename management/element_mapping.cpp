@@ -128,7 +128,7 @@ void PlaceStamp(const CElement& element, Sigil::Watermark& watermark) {
   watermark.SetRepeatVSpace(Space(element.Integer(L"RepeatVSpace")));
 }
 
-/// What both mappings have in common. They differ in the placing and in their messages.
+/// Maps an element of either kind. The kinds differ in `pfnPlace` and in their messages.
 bool MapElement(const CString& elementId, Sigil::PrinterSettings* printerSettings, GUID* id,
                 const MappingMessages& messages,
                 void (*pfnPlace)(const CElement&, Sigil::Watermark&)) {

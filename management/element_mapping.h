@@ -10,13 +10,13 @@
 
 namespace SigilSettingManagement {
 
-/// For an element of the kind header or footer. True: the watermark stands in the record and `*id`
-/// is its GUID. False: no ID, no record, or the component made none; `*id` is not written.
-/// Exceptions go to the caller.
+/// Maps a header or footer. Returns true when the watermark stands in the record, with its GUID in
+/// `*id`; false without an ID, a record or a watermark of the component. Exceptions go to the
+/// caller.
 bool SetHeaderFooterInfo(const CString& elementId, Sigil::PrinterSettings* printerSettings,
                          GUID* id);
 
-/// The same for a stamp.
+/// Maps a stamp likewise.
 bool SetStampInfo(const CString& elementId, Sigil::PrinterSettings* printerSettings, GUID* id);
 
 }  // namespace SigilSettingManagement

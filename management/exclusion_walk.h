@@ -6,8 +6,8 @@
 
 namespace SigilSettingManagement {
 
-/// How a pass logs the walk: `checking` takes the printer's index and name, the others tell what
-/// was found of a printer that is not the suite's.
+/// The messages of a pass for the walk. `checking` takes the printer's index and name. One of the
+/// others follows for a printer that does not use the suite's driver.
 struct ExclusionWalkMessages {
   LogMessage checking;
   LogMessage noComment;

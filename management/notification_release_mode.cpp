@@ -37,18 +37,18 @@ HANDLE OpenPipe(SECURITY_ATTRIBUTES* attributes) {
   return pipe == INVALID_HANDLE_VALUE ? nullptr : pipe;
 }
 
-std::string OnTheWire(const CString& message) {
-  std::string bytes = platform::ToUtf16LeBytes(std::wstring_view(message));
+std::string OnTheWire(std::wstring_view message) {
+  std::string bytes = platform::ToUtf16LeBytes(message);
   bytes.resize(kMessageSize, '\0');
   return bytes;
 }
 
 }  // namespace
 
-int NotificationReleaseMode(CString message) {
+int NotificationReleaseMode(const wchar_t* message) {
   int result = 0;
   try {
-    if (message.IsEmpty()) {
+    if (message == nullptr || *message == L'\0') {
       Log(kNoMessage);
       return -5;
     }

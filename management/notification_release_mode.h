@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/mfc.h"
-
 namespace SigilSettingManagement {
 
 /// Tells the watermark control service over its pipe that the mode was released or set. `message`
@@ -9,10 +7,10 @@ namespace SigilSettingManagement {
 /// bytes; any other text is cut or filled with zeros to that. Nothing waits for the pipe or tries
 /// twice.
 ///
-/// Gives 0 when it was written, -1 without a security descriptor, -2 when there is no pipe or a
+/// Returns 0 when it was written, -1 without a security descriptor, -2 when there is no pipe or a
 /// busy one, -3 when the write failed, -4 when it was written but closing failed, -5 for an empty
-/// message. An exception is logged and gives 0, or -4 once closing has failed; so with one, 0 does
-/// not mean that anything was written.
-int NotificationReleaseMode(CString message);
+/// or null message. After an exception, which is logged, the result is 0, or -4 once closing has
+/// failed; 0 does not mean then that anything was written.
+int NotificationReleaseMode(const wchar_t* message);
 
 }  // namespace SigilSettingManagement

@@ -1,8 +1,8 @@
 #pragma once
 
-// What the four passes over the setting file share. Every pass has the same frame: take the mutex;
-// open a component handle and get its instance; lock; work; save, except after a failed
-// registration; unlock; release the instance; give back what is held; destroy the handle. On every
+// The frame of the four passes over the setting file: take the mutex; open a component handle and
+// get its instance; lock; work; save, except after a failed registration; unlock; release the
+// instance; give back the mutex, the attributes and the printer list; destroy the handle. On every
 // path all of it is given back before the pass returns.
 
 #include <memory>
@@ -15,13 +15,13 @@
 
 namespace SigilSettingManagement {
 
-/// The results of a pass that did not get the mutex, and of one that an exception has ended.
+/// The results of a pass without the mutex, and of a pass that an exception has ended.
 constexpr int kNoMutexResult = -99;
 constexpr int kThrownResult = -3;
 
-/// What a pass holds of the machine beside its handle. It stands outside of the pass's try block.
-/// Each path of the pass calls GiveBack or Stop once. If anything throws, before or after that,
-/// Abandon follows; its line is then the last one, and its result the one that counts.
+/// The mutex, the attributes and the printer list of a pass. Declared outside of the pass's try
+/// block. Each path of the pass calls GiveBack or Stop once. After an exception Abandon is called;
+/// it logs last and gives the result.
 class CPassHoldings {
  public:
   /// Builds the attributes of the mutex; without them the mutex is asked for all the same.
@@ -38,22 +38,22 @@ class CPassHoldings {
 
   CPrinterList& Printers() { return m_aryPrinters; }
 
-  /// The regular end, with the instance released.
+  /// The regular end. The instance is released already.
   void GiveBack() {
     m_pComponent.reset();
     GiveBackMachine();
   }
 
-  /// An early end. The handle is destroyed after this and may still throw, so the component stays
-  /// loaded. The log hears of the end when all else has been given back.
+  /// An early end; returns `result`. The component stays loaded, because the handle is destroyed
+  /// later and may still throw. Logs last.
   int Stop(const LogCall& why, int result) {
     GiveBackMachine();
     Log(why);
     return result;
   }
 
-  /// The end after an exception. The handle is destroyed already, so the component is unloaded
-  /// here, first of all; that is why this stands behind the catch clause and not in it.
+  /// The end after an exception; returns kThrownResult. Unloads the component first, so the caller
+  /// has to leave the catch clause before.
   int Abandon(const LogCall& why) {
     GiveBack();
     Log(why);

@@ -40,7 +40,7 @@ std::optional<int> ReadDeliveredScope() {
     Log(kNotDecrypted);
     return std::nullopt;
   }
-  // The first mark belongs to the file. A second one is part of the text and goes to the reader.
+  // Only the first byte order mark belongs to the file; the reader refuses a second one.
   constexpr wchar_t kByteOrderMark = 0xFEFF;
   if (!text.IsEmpty() && text[0] == kByteOrderMark) text = text.Mid(1);
 

@@ -26,7 +26,7 @@ constexpr LogMessage kThrown = {5, 153100600, kRegister,
                                 L"透かし情報登録処理に異常が発生しました。"};
 constexpr LogMessage kEnd = {1, 153100610, kRegister, L"透かし情報登録処理終了"};
 
-/// False when the entry's record cannot be had.
+/// Returns false when the component gives no record for the entry.
 bool RegisterEntry(int policyId, OperationSigilSettings& settings, const wchar_t* name,
                    bool outOfScope) {
   Sigil::CReference<Sigil::PrinterSettings> record;

@@ -44,8 +44,7 @@ int SetWatermarkAllPrinter(bool enable, bool service) {
     settings.SigilUnLock();
     settings.ReleaseInstance();
 
-    // This pass lists the printers under the mutex, where the others list them before it. So here
-    // the list is what was taken last, and goes first.
+    // This pass has taken the printer list last, under the mutex, and so gives it back first.
     held.Printers().Reset();
     held.GiveBack();
     return failures;

@@ -45,13 +45,12 @@ GuidList MakeWatermarks(CWatermarkPolicyXMLParser& parser, int policyId,
   GuidList made;
   for (const CString& elementId : elementIds) {
     GUID id = {};
-    if (SetSortingWatermarkInfo(elementId, printerSettings, &id) && Sigil::IsFilled(id))
-      made.push_back(id);
+    if (SetSortingWatermarkInfo(elementId, printerSettings, &id)) made.push_back(id);
   }
   return made;
 }
 
-// A setting that is not activated is not told of the watermarks: it keeps the list that it has.
+// A setting that is switched off keeps its list.
 void Activate(Sigil::LastSetting& setting, const GuidList& watermarks, bool outOfScope) {
   const bool active = !watermarks.empty() && !outOfScope;
   if (active)

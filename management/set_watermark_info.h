@@ -5,18 +5,17 @@
 
 namespace SigilSettingManagement {
 
-/// Rebuilds one record from the loaded policy: its watermarks are deleted, one is made for each
-/// element of the policy, and its custom setting and its last setting are told which are active.
-/// Out of scope the new watermarks are there but inactive. The caller commits, saves and releases
-/// the record, also after -2: an exception came, and the record is in the state that it has
-/// reached. 0 otherwise.
+/// Rebuilds one record from the loaded policy: deletes its watermarks, makes one for each element
+/// of the policy, and lists them in its custom setting and its last setting. Out of scope both
+/// settings are switched off and keep their lists. Returns 0, or -2 after an exception, which
+/// leaves the record half rebuilt. The caller commits, saves and releases the record in both cases.
 int SetWatermarkInfo(int policyId, Sigil::PrinterSettings& printerSettings, bool outOfScope);
 
 /// Deletes the record's watermarks; an exception is logged and ends it.
 void DeleteWatermarkInfoALL(Sigil::PrinterSettings& printerSettings);
 
-/// Makes the watermark of one element by the mapping of its kind. True: it is made and `*id` is its
-/// GUID. False, without a watermark: an unknown kind, a failed mapping, an exception.
+/// Makes the watermark of one element by the mapping of its kind. Returns true when it is made,
+/// with its GUID in `*id`; false for an unknown kind, a failed mapping and an exception.
 bool SetSortingWatermarkInfo(const CString& elementId, Sigil::PrinterSettings& printerSettings,
                              GUID* id);
 

@@ -11,8 +11,7 @@ constexpr LogMessage kPrinterFailed = {
     4, 153100090, L"SigilSettingManagement::SetWatermarkAllPrinter",
     L"アサギリプリンタドライバの透かし設定に失敗しました。プリンタ：%s　設定：%d"};
 
-/// Gives whether the switch was saved. ClearWatermark logs its failures itself; they do not count
-/// here.
+/// Returns true if the switch was saved. A failed ClearWatermark does not count; it logs itself.
 bool SwitchEntry(OperationSigilSettings& settings, const wchar_t* name, bool enable, bool service) {
   if (enable) return settings.EnableWatermark(name);
   const bool disabled = settings.DisableWatermark(name);

@@ -26,7 +26,7 @@ constexpr LogMessage kRegistered = {2, 153100620, kPass, L"透かし情報登録
 constexpr LogMessage kNotRegistered = {4, 153100630, kPass, L"透かし情報設定処理に失敗しました。"};
 constexpr LogMessage kThrown = {4, 153100160, kPass, L"全プリンタ透かし情報設定処理に失敗しました"};
 
-/// Registers the policy and saves the exclude entries with it; 0 or -4.
+/// Registers the policy and saves the exclude entries with it. Returns 0 or -4.
 int RegisterAndSave(int policyId, const wchar_t* policyXml, OperationSigilSettings& settings,
                     const CPrinterList& printers) {
   if (RegisterWatermarkInfo(policyId, policyXml, settings, printers.begin(), printers.Count()) !=

@@ -1,8 +1,8 @@
 #pragma once
 
-// The basic types, results and error numbers of Windows, and what every family of operations
-// shares. On Windows they come from the SDK; elsewhere this header declares those that are used,
-// with the SDK's names and widths. `wchar_t` holds one UTF-16 code unit in both homes.
+// The basic types, results and error numbers of Windows. On Windows they come from the SDK;
+// elsewhere this header declares those that are used, with the SDK's names and widths. `wchar_t`
+// holds one UTF-16 code unit in both homes.
 
 #ifdef _WIN32
 

@@ -10,15 +10,15 @@ constexpr UINT CP_ACP = 0;  ///< 932 (Japanese) on this machine, as is every pag
 constexpr UINT CP_UTF8 = 65001;
 
 /// Converts `size` bytes into `text` of `capacity` units, or counts the units when `capacity` is 0.
-/// The number of units; 0 for no bytes, and with ERROR_INSUFFICIENT_BUFFER when there is too little
-/// room. What is ill-formed becomes U+FFFD in UTF-8, one for each maximal ill-formed part, and
-/// U+30FB in 932. `flags` is 0.
+/// Returns the number of units; 0 for no bytes, and with ERROR_INSUFFICIENT_BUFFER when there is
+/// too little room. Ill-formed UTF-8 becomes U+FFFD, one for each maximal ill-formed part;
+/// ill-formed 932 becomes U+30FB. `flags` is 0.
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR bytes, int size, LPWSTR text,
                         int capacity);
 
-/// The way back to 932, `capacity` in bytes; a `length` of -1 is all up to and with the first NUL.
-/// What the code page lacks becomes '?' (Windows first looks for a similar letter, as e for an
-/// accented one, which is not done here). `flags` is 0, the last two are null.
+/// Converts back to 932, with `capacity` in bytes. A `length` of -1 is all up to and with the first
+/// NUL. A character that 932 lacks becomes '?'; Windows would first look for a similar letter.
+/// `flags` is 0, the last two are null.
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LPSTR bytes,
                         int capacity, LPCSTR defaultChar, BOOL* usedDefault);
 

@@ -60,7 +60,7 @@ struct VARIANT {
 struct IUnknown {
   /// Another interface of the same object, with a reference; null and E_NOINTERFACE without one.
   virtual HRESULT QueryInterface(const IID& iid, void** object) = 0;
-  /// Both give the number of references that are left.
+  /// Both return the number of references.
   virtual ULONG AddRef() = 0;
   virtual ULONG Release() = 0;
 
@@ -109,7 +109,7 @@ RPC_STATUS UuidToStringW(const UUID* uuid, RPC_WSTR* text);
 /// Frees the text and leaves null. Null is fine.
 RPC_STATUS RpcStringFreeW(RPC_WSTR* text);
 
-/// What a failing result of COM is raised as.
+/// The exception for a failing result of COM.
 class _com_error {
  public:
   explicit _com_error(HRESULT error) : m_error(error) {}
@@ -142,7 +142,7 @@ class _variant_t : public VARIANT {
   }
 };
 
-/// An owned BSTR. What makes a copy raises E_OUTOFMEMORY when memory is short.
+/// An owned BSTR. The constructors that copy throw E_OUTOFMEMORY when memory is short.
 class _bstr_t {
  public:
   _bstr_t() = default;
@@ -157,7 +157,7 @@ class _bstr_t {
   operator wchar_t*() const { return m_text; }
   UINT length() const { return SysStringLen(m_text); }
 
-  /// Where a function puts a text that this then owns.
+  /// Returns the place for a text that a function hands out.
   BSTR* GetAddress();
 
  private:
@@ -209,7 +209,7 @@ class _com_ptr_t {
     return m_object;
   }
 
-  /// Where a function puts an object that this then owns; what it held is released first.
+  /// Returns the place for an object that a function hands out. Releases the held one first.
   Interface** operator&() {
     *this = nullptr;
     return &m_object;

@@ -33,22 +33,22 @@ inline errno_t _wfopen_s(std::FILE** file, const wchar_t* path, const wchar_t* m
 
 using errno_t = int;
 
-/// The number at the start of `text`: white space, a sign, decimal digits (those of other scripts
-/// count too) up to the first other character. 0 when there is none or `text` is null; what is
-/// beyond the range gives its nearest end, INT_MAX or INT_MIN.
+/// Returns the number at the start of `text`: white space, a sign, decimal digits (also those of
+/// other scripts) up to the first other character. 0 when there is none or `text` is null; INT_MAX
+/// or INT_MIN for a number beyond the range.
 int _wtoi(const wchar_t* text);
 
-/// The same for a real number with decimal point and exponent (e, E, d or D), correctly rounded:
-/// 0.0 when there is none or `text` is null, +-HUGE_VAL beyond the range. Nothing else is a number:
-/// no hexadecimal form, no infinity.
+/// Returns the same for a real number with decimal point and exponent (e, E, d or D), correctly
+/// rounded: 0.0 when there is none or `text` is null, +-HUGE_VAL beyond the range. Nothing else is
+/// a number: no hexadecimal form, no infinity.
 double _wtof(const wchar_t* text);
 
 /// Opens a file for reading. `path` is a Windows path, `mode` "rb". 0, or an error of <cerrno>, and
 /// then `*file` is null.
 errno_t _wfopen_s(std::FILE** file, const wchar_t* path, const wchar_t* mode);
 
-// Where the names are taken by functions that answer otherwise: `long` has 32 bits, and white space
-// is that of Unicode in every locale.
+// In a namespace, because the C library has functions of these names. Here `long` has 32 bits, and
+// white space is that of Unicode in every locale.
 namespace crt {
 
 using ::_wfopen_s;

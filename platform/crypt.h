@@ -23,7 +23,7 @@ constexpr DWORD HP_HASHVAL = 2;
 
 constexpr DWORD NTE_FAIL = 0x80090020;
 
-// All give FALSE and the last error on failure.
+// All return FALSE and the last error on failure.
 
 /// Opens the provider without key container: `container` and `provider` are null, `type` is
 /// PROV_RSA_FULL and `flags` has CRYPT_VERIFYCONTEXT.
@@ -37,7 +37,7 @@ BOOL CryptCreateHash(HCRYPTPROV context, ALG_ID algorithm, HCRYPTKEY key, DWORD 
 /// Adds bytes. `flags` is 0.
 BOOL CryptHashData(HCRYPTHASH hash, const BYTE* bytes, DWORD count, DWORD flags);
 
-/// Ends the digest and gives its 16 bytes into `value`. `parameter` is HP_HASHVAL, `*size` 16 and
+/// Ends the digest and writes its 16 bytes to `value`. `parameter` is HP_HASHVAL, `*size` 16 and
 /// `flags` 0.
 BOOL CryptGetHashParam(HCRYPTHASH hash, DWORD parameter, BYTE* value, DWORD* size, DWORD flags);
 

@@ -1,8 +1,8 @@
 #pragma once
 
-// Faults of the machine, for tests: an operation is told how many calls go well before each later
-// one fails with a given error. Only the test build of the platform layer (SIGIL_FAULTS) has them;
-// in every other build the question costs nothing and the answer is always "no fault".
+// Faults of the machine, for tests: after a number of good calls an operation fails with a given
+// error. Only the test build of the platform layer (SIGIL_FAULTS) has them; in every other build
+// nothing fails and the question costs nothing.
 
 #include <optional>
 #include <string>
@@ -25,14 +25,14 @@ void SetFault(const char* operation, unsigned goodCalls, DWORD error);
 /// Ends all faults.
 void ClearFaults();
 
-/// The operations, each with a blank behind it, whose faults have ended without failing any call,
-/// since the last time this was asked. A test with such a fault does not test what it says.
+/// Returns the operations, each with a blank behind it, whose faults have ended without failing any
+/// call, since the last call of this. A test with such a fault tests nothing.
 std::string TakeUnmetFaults();
 
-/// Counts a call of `operation`; the error when this call is to fail.
+/// Counts a call of `operation`. Returns the error when this call is to fail.
 std::optional<DWORD> TakeFault(const char* operation);
 
-/// `observer` is told each operation that asks, before it is answered; null: nobody is.
+/// Calls `observer` with each operation that asks, before the answer. Null ends that.
 void SetObserver(void (*observer)(const char* operation));
 
 #else

@@ -1,6 +1,6 @@
 #pragma once
 
-// Pipes, what lies at a path, and the texts of paths.
+// Pipes, files and folders, and the texts of paths.
 
 #include "platform/base.h"
 #include "platform/security.h"
@@ -29,11 +29,11 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, const SECURITY_ATTRI
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, LPDWORD written,
                OVERLAPPED* overlapped);
 
-/// Whether there is a file or folder of this name; a null path is none. The last error tells why
+/// Returns whether there is a file or folder of this name, FALSE for null. Sets the last error if
 /// not.
 BOOL PathFileExistsW(LPCWSTR path);
 
-/// Not FALSE for a folder; the number is the attribute of folders, not TRUE.
+/// Returns the attribute of folders, which is not TRUE, for a folder; else FALSE.
 BOOL PathIsDirectoryW(LPCWSTR path);
 
 /// Takes the last piece and the backslash before it off `path`; a root, as `C:\` or `\`, stays. Not

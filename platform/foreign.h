@@ -1,8 +1,8 @@
 #pragma once
 
-// Calls into a module that another compiler may have built, with exceptions of its own. Each home
-// has its way of seeing to it that such an exception leaves the call as an exception of this
-// library, which a catch-all handler catches and which unwinds what lies between.
+// Calls into a module that another compiler may have built, with exceptions of its own. In each
+// home such an exception leaves the call as an exception of this library, so that frames are
+// unwound and a catch-all handler catches it.
 
 #ifdef _WIN32
 

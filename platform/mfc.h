@@ -68,10 +68,10 @@ class CString {
 
   /// Negative, 0 or positive, by the numbers of the units up to the first NUL.
   int Compare(LPCWSTR other) const;
-  /// 0 when the two are the same but for the case of their letters, in every locale.
+  /// Returns 0 when the two differ at most in the case of their letters, in every locale.
   int CompareNoCase(LPCWSTR other) const;
 
-  /// What begins at `first`, from 0 to the length.
+  /// Returns the text from `first` on, which is from 0 to the length.
   CString Mid(int first) const;
   /// The number of places where `from` stood. An empty `from` stands nowhere.
   int Replace(LPCWSTR from, LPCWSTR to);

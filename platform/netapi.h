@@ -36,7 +36,7 @@ struct USER_INFO_11 {
   LPWSTR usri11_full_name;
 };
 
-// What each hands out is given back with NetApiBufferFree and null on failure. A null `server` is
+// The caller frees each buffer with NetApiBufferFree; it is null on failure. A null `server` is
 // this machine.
 
 /// A WKSTA_INFO_100 of this machine. `level` is 100 and `server` null.

@@ -4,10 +4,10 @@
 
 #include <utility>
 
-/// Owns one value, as a handle, a block or a descriptor, and gives it to `kClose` when its scope
-/// ends or on Reset. `kNone` is the value that stands for nothing and is never given back. `kClose`
-/// is a function or a lambda of the value alone; in a header it has to be a function, since each
-/// file would otherwise have a type of its own.
+/// Owns one value, as a handle, a block or a descriptor, and calls `kClose` on it when its scope
+/// ends or on Reset. `kNone` means no value and is never closed. `kClose` is a function or a
+/// lambda; in a header it has to be a function, because each source file has a different type for a
+/// lambda.
 template <typename Value, auto kClose, Value kNone = Value{}>
 class Owner {
  public:
@@ -24,16 +24,16 @@ class Owner {
   Value operator->() const { return m_value; }
   explicit operator bool() const { return m_value != kNone; }
 
-  /// Where a call puts the value; what was held is given back first.
+  /// Returns the place for a value that a call hands out. Closes the held one first.
   Value* Out() {
     Reset();
     return &m_value;
   }
 
-  /// The value, which its receiver has to give back from now on.
+  /// Returns the value, which the caller has to close.
   Value Release() { return std::exchange(m_value, kNone); }
 
-  /// Gives the value back, if there is one.
+  /// Closes the value, if there is one.
   void Reset() {
     if (m_value != kNone) kClose(Release());
   }

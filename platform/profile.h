@@ -10,18 +10,18 @@
 
 #ifndef _WIN32
 
-/// The number at the beginning of the value, after a sign, modulo 2^32; 0 for a value without one.
-/// `fallback` when file, section or key are missing.
+/// Returns the number at the beginning of the value, after a sign, modulo 2^32; 0 for a value
+/// without one; `fallback` when file, section or key are missing.
 UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, int fallback, LPCWSTR file);
 
-/// Copies the value, or what is missing `fallback` without its trailing blanks, to `text` of
-/// `capacity` units and gives its length without the NUL; a longer value is cut to `capacity` - 1
-/// units. The last error: ERROR_FILE_NOT_FOUND for a missing file, section or key, ERROR_MORE_DATA
-/// for what was cut, else 0.
+/// Copies the value to `text` of `capacity` units, or `fallback` without its trailing blanks when
+/// the value is missing. Returns the length without the NUL. A longer value is cut to `capacity` -
+/// 1 units. The last error is ERROR_FILE_NOT_FOUND for a missing file, section or key,
+/// ERROR_MORE_DATA for a cut value, else 0.
 DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR fallback, LPWSTR text,
                                DWORD capacity, LPCWSTR file);
 
-/// Gives the key this value. Makes the file, as ANSI text, section and key as needed, but no
+/// Sets the key to this value. Makes the file, as ANSI text, section and key as needed, but no
 /// folder, and leaves every other line as it is. The file is replaced as a whole, and concurrent
 /// writers take turns. FALSE and the last error on failure.
 BOOL WritePrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR value, LPCWSTR file);

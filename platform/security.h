@@ -20,19 +20,19 @@ struct ACL;
 constexpr DWORD SECURITY_DESCRIPTOR_REVISION = 1;
 constexpr UINT LPTR = 0x40;
 
-/// A zero-filled block of `bytes` bytes, aligned for every type. `flags` are LPTR. Null and the
-/// last error on failure.
+/// Returns a zero-filled block of `bytes` bytes, aligned for every type; null and the last error on
+/// failure. `flags` are LPTR.
 HLOCAL LocalAlloc(UINT flags, SIZE_T bytes);
 
-/// Null. A null block is left alone.
+/// Frees the block, unless it is null. Returns null.
 HLOCAL LocalFree(HLOCAL block);
 
 /// Makes the 20 bytes at `descriptor` one without lists and owners. FALSE and
 /// ERROR_UNKNOWN_REVISION for another `revision`.
 BOOL InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD revision);
 
-/// Notes whether an access list is there. `list` is null, which is the list that gives everyone
-/// access, and `defaulted` FALSE.
+/// Records whether an access list is present. `list` is null, which grants everyone access, and
+/// `defaulted` FALSE.
 BOOL SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, BOOL present, ACL* list,
                                BOOL defaulted);
 

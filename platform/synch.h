@@ -13,9 +13,9 @@ constexpr DWORD WAIT_ABANDONED = 0x80;
 constexpr DWORD WAIT_TIMEOUT = 258;
 constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 
-/// Makes the mutex of this name, or opens it when it exists. It is one for all processes of the
-/// machine, and in being for as long as a handle to it is open anywhere. Null and the last error on
-/// failure, as ERROR_ACCESS_DENIED on another account's machine; otherwise the last error is
+/// Makes the mutex of this name, or opens it when it exists. All processes of the machine share it,
+/// and it lasts as long as a handle to it is open. Returns null and the last error on failure, as
+/// ERROR_ACCESS_DENIED on another account's machine; otherwise the last error is
 /// ERROR_ALREADY_EXISTS for an opened mutex and 0 for a new one. `initialOwner` is FALSE, the name
 /// has letters, digits, `_` and `-`, behind `Global\` or not; `attributes` is not looked at.
 HANDLE CreateMutexW(const SECURITY_ATTRIBUTES* attributes, BOOL initialOwner, LPCWSTR name);

@@ -26,6 +26,33 @@ char32_t TakeUtf16(std::wstring_view& text) {
   return kFirstSupplementary + ((first - 0xD800) << 10) + (second - 0xDC00);
 }
 
+/// Returns the number of ASCII units at the front of `text`.
+std::size_t AsciiLength(std::wstring_view text) {
+  constexpr std::size_t kStep = 16;  // the compiler makes a few instructions of it
+  std::size_t size = 0;
+  for (char32_t all = 0; text.size() - size >= kStep; size += kStep) {
+    for (std::size_t i = 0; i < kStep; ++i) all |= static_cast<char32_t>(text[size + i]);
+    if (all >= 0x80) break;
+  }
+  while (size < text.size() && static_cast<char32_t>(text[size]) < 0x80) ++size;
+  return size;
+}
+
+/// Returns the number of bytes that ToUtf8 needs at most.
+std::size_t Room(std::wstring_view text) {
+  std::size_t room = 0;
+  while (!text.empty()) {
+    const std::size_t ascii = AsciiLength(text);
+    room += ascii;
+    text.remove_prefix(ascii);
+    if (text.empty()) break;
+    const auto unit = static_cast<char32_t>(text[0]);
+    room += 2U + (unit >= 0x800) + (unit >= kFirstSupplementary);
+    text.remove_prefix(1);
+  }
+  return room;
+}
+
 /// Writes the bytes of a code point that is not ASCII and moves `out` behind them.
 void PutUtf8(char*& out, char32_t code) {
   const auto put = [&out](char32_t byte) { *out++ = static_cast<char>(byte); };
@@ -43,8 +70,8 @@ void PutUtf8(char*& out, char32_t code) {
   putTrail(0);
 }
 
-/// What a lead byte asks for: the number of trail bytes and the range of the first of them, which
-/// keeps overlong forms, surrogates and numbers above the last code point out.
+/// The number of trail bytes behind a lead byte, and the range of the first of them, which excludes
+/// overlong forms, surrogates and numbers above the last code point.
 struct Lead {
   int trails;
   unsigned char low;
@@ -81,7 +108,8 @@ bool IsTrail(unsigned char byte) {
   return (byte & 0xC0) == 0x80;
 }
 
-/// Hands the units of UTF-8 text to `add`. ASCII and what Japanese text is made of go a short way.
+/// Hands the units of UTF-8 text to `add`. ASCII and the three-byte forms of Japanese text take a
+/// fast path.
 template <typename Add>
 void Decode(std::string_view text, Add add) {
   const auto* at = reinterpret_cast<const unsigned char*>(text.data());
@@ -107,20 +135,13 @@ void Decode(std::string_view text, Add add) {
 }  // namespace
 
 std::string ToUtf8(std::wstring_view text) {
-  std::size_t room = 0;
-  for (const wchar_t each : text) {
-    const auto unit = static_cast<char32_t>(each);
-    room += 1U + (unit >= 0x80) + (unit >= 0x800) + (unit >= kFirstSupplementary);
-  }
-  std::string bytes(room, '\0');
+  std::string bytes(Room(text), '\0');
   char* out = bytes.data();
   while (!text.empty()) {
-    const auto first = static_cast<char32_t>(text[0]);
-    if (first < 0x80) {
-      *out++ = static_cast<char>(first);
-      text.remove_prefix(1);
-      continue;
-    }
+    const std::size_t ascii = AsciiLength(text);
+    for (std::size_t i = 0; i < ascii; ++i) *out++ = static_cast<char>(text[i]);
+    text.remove_prefix(ascii);
+    if (text.empty()) break;
     const char32_t code = TakeUtf16(text);
     const bool encodable = code <= kLast && !IsHighSurrogate(code) && !IsLowSurrogate(code);
     PutUtf8(out, encodable ? code : kReplacement);

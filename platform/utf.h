@@ -1,7 +1,7 @@
 #pragma once
 
 // Wide text (one UTF-16 code unit in each `wchar_t`, in both homes) to bytes and back. Surrogates
-// are known here and nowhere else. Nothing fails: what cannot be converted becomes U+FFFD.
+// are known here and nowhere else. Nothing fails: an ill-formed part becomes U+FFFD.
 
 #include <cstddef>
 #include <string>
@@ -9,16 +9,16 @@
 
 namespace platform {
 
-/// UTF-8 of UTF-16 text. A surrogate without its other half becomes U+FFFD; a single unit above
-/// 0xFFFF (a literal of a compiler with 32-bit `wchar_t`) is taken as that code point.
+/// Returns the UTF-8 of UTF-16 text. A surrogate without its other half becomes U+FFFD; a single
+/// unit above 0xFFFF (a literal of a compiler with 32-bit `wchar_t`) is taken as that code point.
 std::string ToUtf8(std::wstring_view text);
 
-/// UTF-16 of UTF-8 text: one U+FFFD for each maximal ill-formed part, as the Unicode Standard
-/// recommends.
+/// Returns the UTF-16 of UTF-8 text: one U+FFFD for each maximal ill-formed part, as the Unicode
+/// Standard recommends.
 std::wstring FromUtf8(std::string_view text);
 
-/// The same into `target`, which takes `capacity` units; what does not fit is left out and `target`
-/// may be null when that is 0. The number of units of the whole text, without a terminator.
+/// Writes the same to `target`, at most `capacity` units; `target` may be null when that is 0.
+/// Returns the number of units of the whole text, without a terminator.
 std::size_t DecodeUtf8(std::string_view text, wchar_t* target, std::size_t capacity);
 
 /// Little-endian UTF-16 bytes, units as they stand, lone surrogates included.

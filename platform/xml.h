@@ -65,17 +65,19 @@ struct IXMLDOMDocument2 : IXMLDOMNode {
 
   /// Replaces the content by that of `xml`, well-formed XML 1.0 with namespaces; an encoding named
   /// in it has no effect. VARIANT_TRUE and S_OK; VARIANT_FALSE, S_FALSE and no content otherwise,
-  /// also for a document type declaration or elements more than 256 deep.
+  /// also for a document type declaration or elements more than 256 deep. Linux alone also refuses
+  /// a text of more than 16 MiB of UTF-8 and a document of more than 1,000,000 elements, attributes
+  /// and texts.
   virtual HRESULT loadXML(BSTR xml, VARIANT_BOOL* isSuccessful) = 0;
 
-  /// What was wrong with the last text loaded.
+  /// Returns the error of the last text loaded.
   virtual HRESULT get_parseError(IXMLDOMParseError** error) = 0;
 
  protected:
   ~IXMLDOMDocument2() = default;
 };
 
-/// Nothing wrong: code 0, line 0, an empty reason, and S_FALSE.
+/// Without an error: code 0, line 0, an empty reason, and S_FALSE.
 struct IXMLDOMParseError : IUnknown {
   virtual HRESULT get_errorCode(LONG* code) = 0;
   virtual HRESULT get_reason(BSTR* reason) = 0;

@@ -22,8 +22,8 @@ constexpr auto kCloseStream = [](std::FILE* stream) { std::fclose(stream); };
 constexpr auto kReleaseProvider = [](HCRYPTPROV provider) { CryptReleaseContext(provider, 0); };
 constexpr auto kDestroyHash = [](HCRYPTHASH hash) { CryptDestroyHash(hash); };
 
-/// Fills the chunk from its start. Gives the number of bytes read, which is less than a chunk only
-/// at the end of the file.
+/// Fills the chunk from its start. Returns the number of bytes read, which is less than a chunk
+/// only at the end of the file.
 INT_PTR ReadChunk(std::FILE* file, CByteArray& chunk) {
   BYTE* const bytes = chunk.GetData();
   INT_PTR count = 0;
@@ -35,7 +35,8 @@ INT_PTR ReadChunk(std::FILE* file, CByteArray& chunk) {
   return count;
 }
 
-/// The MD5 digest (RFC 1321) of the bytes, by the cryptographic service; false when it gives none.
+/// Computes the MD5 digest (RFC 1321) of the bytes. Returns false when the cryptographic service
+/// fails.
 bool Digest(const BYTE* bytes, DWORD count, BYTE (&digest)[kDigestSize]) {
   Owner<HCRYPTPROV, kReleaseProvider> provider;
   Owner<HCRYPTHASH, kDestroyHash> hash;
@@ -79,7 +80,7 @@ int CPolicyFileCipher::DecryptFile(const CString& path, CString& text) const {
     chunk.SetSize(kChunkSize);
     const INT_PTR count = ReadChunk(file.Get(), chunk);
     if (count == 0) break;
-    // The chunk goes in at its full size. What the file does not fill is zero and is decrypted too.
+    // The last chunk is filled with zeros, which are decrypted too.
     text += DecryptChunk(chunk);
     ended = count < kChunkSize;
   }

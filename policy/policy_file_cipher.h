@@ -34,7 +34,7 @@ class CPolicyFileCipher {
   void BuildKeyMaterial(CByteArray& material) const;
 
   /// Copies `source` to the start of `target`. The key is folded this way: where `source` is the
-  /// longer, its byte i is combined by XOR with what stands at i modulo the length of `target`.
+  /// longer, its byte i is combined by XOR with byte i modulo the length of `target`.
   static void FoldBytes(const CByteArray& source, CByteArray& target);
 
   /// The MD5 digest (RFC 1321) of the text's ANSI form, as 32 upper-case hexadecimal digits; empty

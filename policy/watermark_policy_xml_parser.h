@@ -1,10 +1,9 @@
 #pragma once
 
-// The reader of a policy document. One object, made by GetInstance and ended by DeleteInstance,
-// lives for one pass on the pass's thread, under the system-wide mutex: it has no lock of its own.
-// Order of use: GetInstance, SetXmlData, the queries, DeleteInstance; also DeleteInstance after a
-// refused document. Nothing is cached, and each query is relative to the document's root,
-// QuietMIMOSA/HLE.
+// The reader of a policy document. One object serves one pass on the pass's thread, under the
+// system-wide mutex, because it has no lock. Order of use: GetInstance, SetXmlData, the queries,
+// DeleteInstance, which also follows a refused document. Nothing is cached. Each query is relative
+// to the document's root, QuietMIMOSA/HLE.
 
 #include <string>
 #include <vector>
@@ -24,28 +23,28 @@ class CWatermarkPolicyXMLParser {
   CWatermarkPolicyXMLParser(const CWatermarkPolicyXMLParser&) = delete;
   CWatermarkPolicyXMLParser& operator=(const CWatermarkPolicyXMLParser&) = delete;
 
-  /// The object, made first if there is none; throws what the constructor throws.
+  /// Returns the object, which it makes if there is none. Throws like the constructor.
   static CWatermarkPolicyXMLParser* GetInstance();
   static void DeleteInstance();
 
-  // The operations below throw nothing: an exception is logged and ends in the outcome stated.
+  // The operations below throw nothing. They log an exception and return as stated.
 
   /// Loads the document. 0; -1 `xml` is empty; -10 not well-formed; -11 no root; -101 a COM error;
   /// -102 another exception.
   int SetXmlData(CString xml);
 
-  /// The value of an attribute, its name compared without regard to case; empty when it is missing.
+  /// Returns the value of an attribute, empty when it is missing. The case of `name` is ignored.
   CString GetAttributeValue(IXMLDOMNodePtr node, const CString& name);
 
-  /// Appends the element IDs of a policy in document order. 0; -12 the policy has none or does not
-  /// exist; -101, -102 with those before the exception appended.
+  /// Appends the element IDs of a policy in document order. Returns 0; -12 when the policy has none
+  /// or does not exist; -101 or -102 after an exception, with the IDs before it appended.
   int GetPolicyInfo(int policyId, std::vector<CString>& elementIds);
 
-  /// The text of a policy's scope; empty when it is missing.
+  /// Returns the text of a policy's scope, empty when it is missing.
   CString GetPrinterScope(int policyId);
 
-  /// The text of child `name` of the watermark element; empty when it is missing. The ID goes into
-  /// the query as it stands.
+  /// Returns the text of child `name` of the watermark element, empty when it is missing. The ID
+  /// goes into the query as it stands.
   CString GetWatermarkElement(const CString& elementId, const CString& name);
 
  private:

@@ -93,9 +93,12 @@ void RequireReadable(const fs::path& file) {
 
 /// A table, an index or anything else that is not the component's own could mean anything.
 void RequireSchema(Database& database) {
-  if (database.Number("PRAGMA application_id") != kApplicationId ||
-      database.Number("PRAGMA user_version") != kVersion)
+  if (database.Number("PRAGMA application_id") != kApplicationId)
     throw DatabaseError("not a setting file");
+  const std::int64_t version = database.Number("PRAGMA user_version");
+  if (version != kVersion)
+    throw DatabaseError("it has version " + std::to_string(version) + "; only " +
+                        std::to_string(kVersion) + " is known here");
   std::multiset<std::string> expected(std::begin(kTables), std::end(kTables));
   expected.insert(kSequence);
   std::multiset<std::string> found;

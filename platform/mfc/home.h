@@ -1,6 +1,6 @@
 #pragma once
 
-// What the types of MFC need of the home that they run in.
+// The parts of the MFC types that differ by home.
 
 #include <cstdio>
 #include <optional>
@@ -9,7 +9,7 @@
 
 namespace platform {
 
-/// Whether two texts are the same but for the case of their letters, in every locale.
+/// Returns whether two texts differ at most in the case of their letters, in every locale.
 bool IsSameText(LPCWSTR left, LPCWSTR right);
 
 /// Opens a file for reading, as it is. Null on failure, and for a folder.

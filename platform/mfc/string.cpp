@@ -80,7 +80,7 @@ struct Conversion {
   wchar_t type = 0;  ///< 0 when the text ends first.
 };
 
-/// Reads what follows a percent sign; `at` ends behind it.
+/// Reads the conversion behind a percent sign; `at` ends behind it.
 Conversion TakeConversion(LPCWSTR& at) {
   constexpr std::size_t kMostWidth = 0xFFFF;
   Conversion conversion;

@@ -11,7 +11,7 @@ namespace platform {
 /// Ill-formed bytes become U+30FB.
 std::wstring FromAnsi(std::string_view bytes);
 
-/// What the code page lacks becomes '?'.
+/// A character that the code page lacks becomes '?'.
 std::string ToAnsi(std::wstring_view text);
 
 }  // namespace platform

@@ -16,7 +16,7 @@ namespace platform {
 
 namespace {
 
-constexpr wchar_t kNoCharacter = 0x30FB;  // what Windows reads for bytes that 932 has nothing for
+constexpr wchar_t kNoCharacter = 0x30FB;  // Windows' character for bytes that 932 leaves free
 
 /// One direction of the C library's conversion, a character at a time. Locked by its user.
 class Converter {

@@ -74,7 +74,7 @@ HRESULT CoInitialize(LPVOID) {
 }
 
 void CoUninitialize() {
-  platform::TakeFault("CoUninitialize");  // cannot fail; an observer is told
+  platform::TakeFault("CoUninitialize");  // cannot fail; for the observer
   if (t_openings > 0) --t_openings;
 }
 

@@ -78,12 +78,12 @@ mode_t ModeOf(LPCWSTR path) {
   return status.st_mode;
 }
 
-/// What parts the pieces: a path that begins with `/` is one of Linux.
+/// The separator of pieces: a path that begins with `/` is one of Linux.
 wchar_t SeparatorOf(std::wstring_view path) {
   return path.starts_with(L'/') ? L'/' : L'\\';
 }
 
-/// The length of what no piece is taken off: `C:`, `C:\`, `\` or the two of a server's name.
+/// Returns the length of the root, which stays: `C:`, `C:\`, `\` or the two of a server's name.
 std::size_t RootLength(std::wstring_view path) {
   const wchar_t separator = SeparatorOf(path);
   const std::size_t drive = path.size() >= 2 && path[1] == L':' ? 2 : 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-// What stands behind a HANDLE, and what the operations on them share.
+// The objects behind handles, and helpers of the operations on them.
 
 #include <cstdio>
 #include <memory>
@@ -10,7 +10,7 @@
 
 namespace platform {
 
-/// What CloseHandle gives back.
+/// An object that CloseHandle ends.
 class Object {
  public:
   virtual ~Object() = default;
@@ -35,7 +35,7 @@ inline BOOL FailWith(DWORD error) {
   return FALSE;
 }
 
-/// Whether a test wants this call of `operation` to fail; the last error is set then.
+/// Returns true when a test makes this call of `operation` fail, and sets the last error.
 inline bool IsToFail(const char* operation) {
   const auto fault = TakeFault(operation);
   if (fault) SetLastError(*fault);
@@ -45,8 +45,8 @@ inline bool IsToFail(const char* operation) {
 /// The Windows error for a number of <cerrno>.
 DWORD ErrorOf(int number);
 
-/// Opens a file for reading, as machine_file.h tells. Null and errno on failure, EFBIG for a file
-/// that is larger than kLargestFile.
+/// Opens a file for reading by the rules of machine_file.h. Returns null and errno on failure,
+/// EFBIG for a file that is larger than kLargestFile.
 std::FILE* OpenToRead(const char* path);
 
 }  // namespace platform

@@ -9,9 +9,11 @@
 #include <fstream>
 #include <map>
 #include <mutex>
+#include <new>
 #include <string>
 #include <string_view>
 
+#include "platform/owner.h"
 #include "platform/posix/handle.h"
 #include "platform/posix/module_refusal.h"
 #include "platform/shell.h"
@@ -74,6 +76,9 @@ bool HasRefused(const void* handle) {
   return true;
 }
 
+constexpr auto kClose = [](void* handle) { dlclose(handle); };
+using Opened = Owner<void*, kClose>;
+
 HMODULE CountUse(HMODULE module, std::wstring fileName) {
   const std::lock_guard lock(g_guard);
   Module& entry = Modules()[module];
@@ -86,15 +91,17 @@ HMODULE CountUse(HMODULE module, std::wstring fileName) {
 HMODULE LoadFile(std::wstring_view path) {
   if (!path.starts_with(L'/')) return Nothing(ERROR_ACCESS_DENIED);
   const fs::path file = ToUtf8(path);
-  void* const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (handle == nullptr) return Nothing(LoadError(file));
-  if (!HasRefused(handle)) return CountUse(static_cast<HMODULE>(handle), file.filename().wstring());
-  dlclose(handle);
-  return Nothing(ERROR_DLL_INIT_FAILED);
+  Opened handle(dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL));
+  if (!handle) return Nothing(LoadError(file));
+  if (HasRefused(handle.Get())) return Nothing(ERROR_DLL_INIT_FAILED);
+  const HMODULE module =
+      CountUse(static_cast<HMODULE>(handle.Get()), FromUtf8(file.filename().native()));
+  handle.Release();
+  return module;
 }
 
-/// The address of what the module itself exports: the dynamic linker also looks into the libraries
-/// that it uses.
+/// Returns the address of the module's own export, else null; the dynamic linker alone would also
+/// search the libraries that the module uses.
 void* FindInFile(HMODULE module, const char* name) {
   void* const address = dlsym(module, name);
   link_map* own = nullptr;
@@ -115,9 +122,13 @@ using platform::Nothing;
 
 HMODULE LoadLibraryW(LPCWSTR path) {
   if (IsToFail("LoadLibraryW")) return nullptr;
-  if (std::wstring_view(path) == platform::kShell)
-    return platform::CountUse(platform::ShellModule(), path);
-  return platform::LoadFile(path);
+  try {
+    if (std::wstring_view(path) == platform::kShell)
+      return platform::CountUse(platform::ShellModule(), path);
+    return platform::LoadFile(path);
+  } catch (const std::bad_alloc&) {
+    return Nothing(ERROR_NOT_ENOUGH_MEMORY);
+  }
 }
 
 BOOL FreeLibrary(HMODULE module) {
@@ -149,11 +160,16 @@ HMODULE GetModuleHandleW(LPCWSTR name) {
 
 DWORD GetModuleFileNameW(HMODULE, LPWSTR path, DWORD capacity) {
   if (IsToFail("GetModuleFileNameW")) return 0;
-  std::error_code error;
-  const std::wstring name =
-      platform::FromUtf8(std::filesystem::read_symlink("/proc/self/exe", error).string());
-  const bool isFitting = name.size() < capacity;
-  path[name.copy(path, capacity - 1)] = L'\0';
-  SetLastError(isFitting ? ERROR_SUCCESS : ERROR_INSUFFICIENT_BUFFER);
-  return isFitting ? static_cast<DWORD>(name.size()) : capacity;
+  try {
+    std::error_code error;
+    const std::wstring name =
+        platform::FromUtf8(std::filesystem::read_symlink("/proc/self/exe", error).native());
+    const bool isFitting = name.size() < capacity;
+    path[name.copy(path, capacity - 1)] = L'\0';
+    SetLastError(isFitting ? ERROR_SUCCESS : ERROR_INSUFFICIENT_BUFFER);
+    return isFitting ? static_cast<DWORD>(name.size()) : capacity;
+  } catch (const std::bad_alloc&) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return 0;
+  }
 }

@@ -1,5 +1,5 @@
-// What makes a shared library with a DllMain one whose DllMain is called: at its load and before
-// its end. Linked into such a library alone; the entry point is not called for threads.
+// Linked into a shared library that has a DllMain. Calls it when the library is loaded and before
+// it is unloaded, not for threads.
 
 #include <dlfcn.h>
 #include <stdlib.h>

@@ -1,7 +1,7 @@
 #pragma once
 
-// How an entry point that refuses the load is told to LoadLibraryW: by an environment variable, as
-// the library shows nothing but its own exports and the dynamic linker takes no refusal.
+// An entry point refuses the load by an environment variable, which LoadLibraryW reads, because the
+// dynamic linker takes no refusal and the library shows only its own exports.
 
 #include <cstdint>
 #include <string>

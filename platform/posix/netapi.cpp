@@ -40,7 +40,8 @@ NET_API_STATUS HandOutText(std::wstring_view text, LPWSTR* buffer) {
   return NERR_Success;
 }
 
-/// What the operations begin with and end in. `work` gives the result.
+/// Runs `work`, which returns the result, unless the operation is to fail. Memory that ends is a
+/// result too.
 template <typename Buffer, typename Work>
 NET_API_STATUS Answer(Buffer** out, Work work) {
   *out = nullptr;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr auto kAnsi = IniFile::Encoding::kAnsi;
 
-/// What cannot be read is like a missing file, but for the last error.
+/// Returns an empty file for one that cannot be read, and sets the last error.
 std::optional<IniFile> Read(LPCWSTR name) {
   try {
     const auto bytes = ReadWholeFile(HostPath(name));

@@ -27,7 +27,7 @@ HLOCAL LocalAlloc(UINT, SIZE_T bytes) {
 }
 
 HLOCAL LocalFree(HLOCAL block) {
-  platform::TakeFault("LocalFree");  // never fails; an observer is told
+  platform::TakeFault("LocalFree");  // never fails; for the observer
   std::free(block);
   return nullptr;
 }

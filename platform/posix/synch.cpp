@@ -21,10 +21,10 @@
 #include "platform/utf.h"
 
 // A named mutex is a file below the root with a robust pthread mutex in it, which every process of
-// the machine's account maps; whoever could write to it would have a say in their memory. Each open
-// handle holds a shared lock on the file, and the system takes the locks of dead processes back. So
-// a file that can be locked exclusively is a left-over: nobody has the mutex, and the next one to
-// ask gets a new one, in a new file, since the old may still be mapped somewhere.
+// the machine's account maps; no other account may write to it, because that would change their
+// memory. Each open handle holds a shared lock on the file, and the system releases the locks of
+// dead processes. A file that can be locked exclusively is therefore a left-over: nobody has the
+// mutex open. The next caller makes a new file, because the old one may still be mapped.
 
 namespace platform {
 
@@ -43,7 +43,8 @@ class Mutex : public Object {
  public:
   Mutex(Descriptor file, SharedMutex* shared) : m_file(std::move(file)), m_shared(shared) {}
   ~Mutex() override {
-    // A mutex that is owned hangs in its owner's list of robust mutexes: its memory has to stay.
+    // The memory of an owned mutex stays mapped, because its owner's list of robust mutexes leads
+    // to it.
     if (m_shared->ownerProcess != getpid()) munmap(m_shared, sizeof(SharedMutex));
   }
 
@@ -70,14 +71,14 @@ class Mutex : public Object {
       m_shared->ownerThread = 0;
       m_shared->ownerProcess = 0;
     }
-    // Fails when the number is that of an owner that died and this thread got it anew.
+    // Fails when this thread has the number of an owner that died.
     if (pthread_mutex_unlock(&m_shared->mutex) != 0) return FailWith(ERROR_NOT_OWNER);
     return TRUE;
   }
 
  private:
-  /// Nobody sleeps longer than kNap. An unlock wakes one sleeper; if that one is killed before it
-  /// runs, while a newcomer has the mutex, then nobody wakes the others any more.
+  /// Sleeps kNap at most, then tries again. An unlock wakes one sleeper; if that one is killed
+  /// before it runs, nobody wakes the others.
   int Lock(DWORD milliseconds) {
     constexpr std::chrono::milliseconds kNap(100);
     const auto begin = std::chrono::steady_clock::now();
@@ -116,8 +117,8 @@ bool IsAt(const Descriptor& file, const fs::path& path) {
          opened.st_ino == named.st_ino && opened.st_dev == named.st_dev;
 }
 
-/// The file of a mutex that somebody has, locked. Nothing when there is none; a left-over is
-/// removed.
+/// Returns the file of a mutex that somebody has open, locked; nothing when there is none. Removes
+/// a left-over.
 Descriptor OpenInUse(const fs::path& path) {
   for (;;) {
     Descriptor file = Open(path, O_RDWR);
@@ -132,7 +133,7 @@ Descriptor OpenInUse(const fs::path& path) {
   }
 }
 
-/// By an opening of its own: a mapping that has to stay would keep the lock of the other.
+/// Maps the file by a second opening, because a mapping that stays keeps the locks of its opening.
 SharedMutex* Map(const Descriptor& file) {
   const std::string path = "/proc/self/fd/" + std::to_string(file.Get());
   const Descriptor opened(open(path.c_str(), O_RDWR | O_CLOEXEC));
@@ -143,7 +144,7 @@ SharedMutex* Map(const Descriptor& file) {
   return static_cast<SharedMutex*>(memory);
 }
 
-/// A file that others can open is none, as they could cut it under the feet of all.
+/// Throws for a file that other accounts can open, because they could truncate it.
 std::shared_ptr<Mutex> OpenMutex(Descriptor file) {
   struct stat status = {};
   Check(fstat(file.Get(), &status) == 0);
@@ -153,14 +154,13 @@ std::shared_ptr<Mutex> OpenMutex(Descriptor file) {
   return std::make_shared<Mutex>(std::move(file), shared);
 }
 
-/// Takes the room on the disk at once: on a full one, touching memory that has none yet would end
-/// the process.
+/// Reserves the room on the disk, because touching mapped memory without room ends the process.
 void TakeRoom(const Descriptor& file, off_t size) {
   const int error = posix_fallocate(file.Get(), 0, size);
   if (error != 0) throw std::system_error(error, std::generic_category());
 }
 
-/// Null when another process was faster.
+/// Returns null when another process made the file first.
 std::shared_ptr<Mutex> MakeMutex(const fs::path& path) {
   Draft draft(path);
   Check(Lock(draft.File(), LOCK_SH, {}));
@@ -179,8 +179,8 @@ std::shared_ptr<Mutex> MakeMutex(const fs::path& path) {
   return isLinked ? mutex : nullptr;
 }
 
-/// One file name for each mutex name, which has letters, digits, `_` and `-` behind `Global\`.
-/// Empty for any other.
+/// Returns the file name of a mutex, whose name has letters, digits, `_` and `-` behind `Global\`;
+/// empty for any other name.
 std::string FileName(std::wstring_view name) {
   constexpr std::wstring_view kGlobal = L"Global\\";
   const bool isGlobal = name.starts_with(kGlobal);

@@ -3,13 +3,13 @@
 // The guard. A C++ exception of the platform's usual compiler is a structured exception, which
 // looks for its handler along the chain of frames that starts at fs:0, while GCC's unwinder follows
 // tables and knows nothing of that chain. So a guarded call puts a frame into the chain and notes
-// there what its caller's registers were. When the exception comes, the module's own frames are
-// unwound, the registers are set back, and it looks as if the caller had called ThrowForeign
-// instead of the module; from there GCC's unwinder finds its way.
+// its caller's registers there. When the exception comes, the module's own frames are unwound and
+// the registers restored, as if the caller had called ThrowForeign instead of the module; from
+// there GCC's unwinder finds its way.
 //
-// What is called may take its arguments off the stack (an operation does, a function does not). The
-// guard does not know how many there are: it hands on a copy of as many as there can be, and
-// afterwards takes off what was taken off the copy.
+// An operation takes its arguments off the stack, a function does not, and the guard does not know
+// how many there are. It passes a copy of the greatest number, and takes off as many as were taken
+// off the copy.
 
 extern "C" [[noreturn]] void ThrowForeign() {
   throw ForeignException();

@@ -21,28 +21,30 @@ TEST(HostPath, DISABLED_HasNone) {
   EXPECT_FALSE(OperationSigilSettings().CreateInstance());
 }
 
-TEST(HostPath, IsNoneWhenItWouldBeCut) {
+TEST(HostPath, IsCutAt260Characters) {
   std::string name = (fs::temp_directory_path() / "sigil-test-XXXXXX").string();
   const fs::path root = mkdtemp(name.data());
   const fs::path own = fs::read_symlink("/proc/self/exe").parent_path();
-  // Each folder on the way has the component, so that one further up would be found.
-  fs::path folder = root;
-  while (folder.native().size() < 200) {
-    folder /= std::string(20, 'f');
-    fs::create_directory(folder);
-    fs::create_symlink(own / "SigilUtil_x86.dll", folder / "SigilUtil_x86.dll");
-  }
-  const auto run = [&](std::size_t length, const std::string& test) {
-    const fs::path host = folder / std::string(length - folder.native().size() - 1, 'h');
+  const fs::path folder = root / std::string(220 - root.native().size(), 'f');
+  const fs::path longFolder = folder / std::string(60, 'g');
+  fs::create_directories(longFolder);
+  const auto run = [&](const fs::path& place, std::size_t length, const std::string& test) {
+    const fs::path host = place / std::string(length - place.native().size() - 1, 'h');
     fs::copy_file("/proc/self/exe", host);
     const std::string command = "LD_LIBRARY_PATH='" + own.string() + "' '" + host.string() +
                                 "' --gtest_also_run_disabled_tests --gtest_brief=1" +
                                 " --gtest_filter=HostPath.DISABLED_" + test;
     return std::system(command.c_str());
   };
-  EXPECT_EQ(run(259, "HasTheComponent"), 0);
-  EXPECT_EQ(run(260, "HasNone"), 0);
-  EXPECT_EQ(run(300, "HasNone"), 0);
+  const auto put = [&](const fs::path& place) {
+    fs::create_symlink(own / "SigilUtil_x86.dll", place / "SigilUtil_x86.dll");
+  };
+  put(longFolder);
+  EXPECT_EQ(run(longFolder, 300, "HasNone"), 0) << "its folder is cut off";
+  put(folder);
+  for (const std::size_t length : {259U, 260U, 300U})
+    EXPECT_EQ(run(folder, length, "HasTheComponent"), 0) << "only the executable's name is cut";
+  EXPECT_EQ(run(longFolder, 299, "HasTheComponent"), 0) << "it is found in the folder above";
   fs::remove_all(root);
 }
 

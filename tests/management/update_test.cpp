@@ -92,7 +92,7 @@ TEST_F(UpdatePass, ADocumentThatIsNotAllThereHasItsRecord) {
   }
 }
 
-TEST_F(UpdatePass, AGuidThatIsNotWrittenIsNone) {
+TEST_F(UpdatePass, TheResultAloneDecidesWhichGuidsAreTaken) {
   TestMachine machine;
   machine.RememberFullName(L"山田 花子");
   RecorderSetState(L"watermarks *", L"2");
@@ -101,8 +101,12 @@ TEST_F(UpdatePass, AGuidThatIsNotWrittenIsNone) {
   ExpectLinesWith({"GetWatermarkInfo(", "DeleteWatermark(", "SetWatermarks(", "SetEnable("}, R"(
 PrinterSettings[*]::GetWatermarkInfo(0, guid, buffer, 255)
 PrinterSettings[*]::GetWatermarkInfo(1, guid, buffer, 255)
-CustomSetting[*]::SetEnable(0)
-LastSetting[*]::SetEnable(0)
+PrinterSettings[*]::DeleteWatermark(a GUID of nobody)
+PrinterSettings[*]::DeleteWatermark(a GUID of nobody)
+CustomSetting[*]::SetWatermarks(a GUID of nobody, 1)
+CustomSetting[*]::SetEnable(1)
+LastSetting[*]::SetWatermarks(a GUID of nobody, 1)
+LastSetting[*]::SetEnable(1)
 )");
 }
 

@@ -214,6 +214,29 @@ TEST(SettingsComponent, AddsNothingToAListThatCouldNotBeRead) {
   EXPECT_EQ(Show(), "excluded old\nexcluded new\n");
 }
 
+TEST(SettingsComponent, LeavesAFileOfALaterVersionAsItIs) {
+  tests::TestMachine machine;
+  GUID id{};
+  auto settings = Open();
+  settings->AddExcludePrinter(L"old", &id);
+  EXPECT_EQ(Keep(*settings), 0);
+  settings.reset();
+  Sql("ALTER TABLE switch ADD COLUMN later; PRAGMA user_version = 2");
+  const std::string bytes = machine.Read(kFile);
+  EXPECT_THAT([] { peers::ReadSettingFile(File()); },
+              testing::ThrowsMessage<std::runtime_error>(testing::HasSubstr("version 2")));
+  settings = Open();
+  Sigil::PrinterSettings* entry = nullptr;
+  EXPECT_LT(settings->GetExcludePrinterCount(), 0);
+  EXPECT_LT(settings->GetPrinterSettings(L"*", &entry), 0);
+  EXPECT_LT(settings->DeletePrinterSetting(kFile.c_str(), L"p"), 0);
+  EXPECT_LT(settings->DeleteExcludePrinter(&id), 0);
+  settings->AddExcludePrinter(L"new", &id);
+  settings->SetUseContentLog(1);
+  EXPECT_LT(Keep(*settings), 0);
+  EXPECT_EQ(machine.Read(kFile), bytes);
+}
+
 TEST(SettingsComponent, WritesAgainToWhatWasReadOnlyForAWhile) {
   const tests::TestMachine machine;
   EXPECT_EQ(Keep(*Open()), 0);

@@ -108,7 +108,6 @@ class Xml : public testing::Test {
     EXPECT_EQ(result, loaded == VARIANT_FALSE ? S_FALSE : S_OK);
     IXMLDOMParseErrorPtr error;
     LONG code = 1;
-    _bstr_t reason;
     EXPECT_EQ(document->get_parseError(&error), S_OK);
     EXPECT_EQ(error->get_errorCode(&code), result == S_OK ? S_FALSE : S_OK);
     EXPECT_EQ(error->get_reason(reason.GetAddress()), result == S_OK ? S_FALSE : S_OK);
@@ -120,6 +119,7 @@ class Xml : public testing::Test {
 
   IXMLDOMDocument2Ptr document;
   LONG line = 0;  // of the last error
+  _bstr_t reason;
 };
 
 TEST_F(Xml, TextLosesOuterWhiteSpaceAndKeepsTheRest) {
@@ -163,6 +163,21 @@ TEST_F(Xml, RefusesWhatIsNotAndHoldsNothingThen) {
   EXPECT_FALSE(Load(L"<a>\n\n<b>\n</c></a>"));
   EXPECT_EQ(line, tests::IsWine() ? 0 : 4);  // Wine tells none
 }
+
+#ifndef _WIN32
+TEST_F(Xml, IsBoundInBytesAndNodes) {
+  constexpr std::size_t kMostBytes = std::size_t{16} << 20, kMostNodes = 1'000'000;
+  EXPECT_TRUE(Load(L"<a>" + std::wstring(kMostBytes - 7, L'x') + L"</a>"));
+  EXPECT_FALSE(Load(L"<a>" + std::wstring(kMostBytes - 9, L'x') + L"あ</a>"));
+  EXPECT_STREQ(reason, L"The text has more than 16 MiB.");
+  // The document, the element, and pairs of an element or attribute and a text.
+  for (const wchar_t* pair : {L"<b/>x", L"<b c='' />"}) {
+    EXPECT_TRUE(Load(L"<a>" + Repeat(pair, kMostNodes / 2 - 1) + L"</a>"));
+    EXPECT_FALSE(Load(L"<a>" + Repeat(pair, kMostNodes / 2 - 1) + L"<b/></a>"));
+    EXPECT_STREQ(reason, L"The document has more than 1,000,000 nodes.");
+  }
+}
+#endif
 
 TEST_F(Xml, FailsForWhatIsNoQuery) {
   ASSERT_TRUE(Load(L"<R><E ID='1'><K>one</K></E></R>"));

@@ -35,6 +35,15 @@ struct Recorder {
 };
 
 std::atomic_flag theBusyFlag;
+std::atomic<int> theWork = 0;
+
+/// Marks the time in which the recorder allocates.
+struct Work {
+  Work() { ++theWork; }
+  Work(const Work&) = delete;
+  Work& operator=(const Work&) = delete;
+  ~Work() { --theWork; }
+};
 std::atomic<logging::Watcher> theWatcher;
 
 /// The recorder, for its taker alone. Taken for moments only: not every home's C++ library has a
@@ -83,6 +92,10 @@ void SigilWatchLog(logging::Watcher watcher) {
   theWatcher = watcher;
 }
 
+bool RecorderIsWorking() {
+  return theWork > 0;
+}
+
 void RecorderReset() {
   const auto recorder = Take();
   recorder->lines.clear();
@@ -92,16 +105,19 @@ void RecorderReset() {
 }
 
 const wchar_t* RecorderText(const RecorderPart* parts, std::size_t count, const wchar_t* between) {
+  const Work work;
   return Take()->Keep(Joined(parts, count, between));
 }
 
 void RecorderAdd(const wchar_t* line) {
+  const Work work;
   const auto recorder = Take();
   recorder->lines.push_back(recorder->Keep(line));
 }
 
 void RecorderAddLog(int level, int number, const wchar_t* function, int line,
                     const RecorderPart* parts, std::size_t count) {
+  const Work work;
   if (const logging::Watcher watcher = theWatcher)
     watcher(level, number, function, Told(parts, count).c_str());
   std::wostringstream text;
@@ -120,6 +136,7 @@ const wchar_t* RecorderLine(std::size_t index) {
 
 bool RecorderCall(const wchar_t* kind, const wchar_t* name, const char* operation,
                   const RecorderPart* arguments, std::size_t count, std::int32_t* result) {
+  const Work work;
   const std::wstring plain(operation, operation + std::strlen(operation));
   const std::wstring before = *kind == L'\0' ? L"" : L"::";
   const std::wstring shownName = *name == L'\0' ? L"" : L"[" + std::wstring(name) + L"]";
@@ -152,6 +169,7 @@ void RecorderSetState(const wchar_t* name, const wchar_t* value) {
 }
 
 const wchar_t* RecorderState(const wchar_t* name) {
+  const Work work;
   const auto recorder = Take();
   return recorder->Keep(recorder->state[name]);
 }
@@ -161,6 +179,7 @@ std::int32_t RecorderStateNumber(const wchar_t* name) {
 }
 
 const wchar_t* RecorderStateLine(const wchar_t* name, int index) {
+  const Work work;
   std::wistringstream lines(RecorderState(name));
   std::wstring line;
   while (std::getline(lines, line) && index-- > 0) line.clear();
@@ -168,6 +187,7 @@ const wchar_t* RecorderStateLine(const wchar_t* name, int index) {
 }
 
 unsigned RecorderNextNumber(const wchar_t* kind) {
+  const Work work;
   return ++Take()->numbers[kind];
 }
 

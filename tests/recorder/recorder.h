@@ -28,6 +28,9 @@ extern "C" {
 /// Forgets lines, script, state and numbering. The live count stays: it tells what is still held.
 RECORDER_API void RecorderReset();
 
+/// True while the recorder itself allocates, for a test in which memory ends for all others.
+RECORDER_API bool RecorderIsWorking();
+
 /// The parts as they stand in lines, with `between` between them.
 RECORDER_API const wchar_t* RecorderText(const RecorderPart* parts, std::size_t count,
                                          const wchar_t* between);

@@ -41,11 +41,15 @@ TestMachine::TestMachine() {
 TestMachine::~TestMachine() {
   platform::ClearFaults();
   EXPECT_EQ(platform::TakeUnmetFaults(), "") << "these faults failed no call";
+  ExpectNothingHeld();
+  Close();
+}
+
+void TestMachine::ExpectNothingHeld() const {
   EXPECT_EQ(RecorderLive(), 0) << "component objects and libraries are still there";
   HANDLE mutex = nullptr;
   EXPECT_EQ(TakeMutex(mutex, true), WAIT_OBJECT_0) << "the mutex is still held";
   CloseHandle(mutex);
-  Close();
 }
 
 void TestMachine::Write(std::wstring_view path, std::string_view bytes) {

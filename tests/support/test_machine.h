@@ -39,11 +39,13 @@ struct TestPrinter {
 class TestMachine {
  public:
   TestMachine();
-  /// Ends the faults and expects that nothing is held any more: no component object, no library, no
-  /// mutex.
+  /// Ends the faults and expects that nothing is held.
   ~TestMachine();
   TestMachine(const TestMachine&) = delete;
   TestMachine& operator=(const TestMachine&) = delete;
+
+  /// Expects that no component object, no library and no mutex is held.
+  void ExpectNothingHeld() const;
 
   void SetPrinters(const std::vector<TestPrinter>& printers);
 

@@ -1,5 +1,6 @@
 #include "platform/posix/machine/machine.h"
 
+#include <dirent.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <set>
 #include <system_error>
 
+#include "platform/owner.h"
 #include "platform/posix/machine/ini_file.h"
 #include "platform/posix/machine/letter_case.h"
 #include "platform/posix/machine/password_database.h"
@@ -28,6 +30,9 @@ constexpr std::wstring_view kAccounts = L"Accounts";
 constexpr std::wstring_view kSections[] = {kOwn, kAccounts, L"Printer"};
 constexpr std::wstring_view kOwnKeys[] = {L"User", L"Domain", L"Joined", L"Controller"};
 constexpr std::wstring_view kPrinterKeys[] = {L"Driver", L"Comment"};
+
+constexpr auto kCloseFolder = [](DIR* folder) { closedir(folder); };
+using Folder = Owner<DIR*, kCloseFolder>;
 
 /// Empty when the variable is not set.
 fs::path Variable(const char* name) {
@@ -184,14 +189,13 @@ fs::path FindName(const fs::path& folder, std::wstring_view name) {
   fs::path exact = folder / ToUtf8(name);
   std::error_code error;
   if (fs::exists(fs::symlink_status(exact, error))) return exact;
-  fs::path best;
-  for (fs::directory_iterator each(folder, error), end; !error && each != end;
-       each.increment(error)) {
-    const fs::path& found = each->path();
-    if (SameName(FromUtf8(found.filename().native()), name) && (best.empty() || found < best))
-      best = found;
-  }
-  return best.empty() ? exact : best;
+  std::string best;
+  // The iterator of <filesystem> would end the process when memory ends.
+  const Folder opened(opendir(folder.c_str()));
+  while (const dirent* const found = opened ? readdir(opened.Get()) : nullptr)
+    if (SameName(FromUtf8(found->d_name), name) && (best.empty() || found->d_name < best))
+      best = found->d_name;
+  return best.empty() ? exact : folder / best;
 }
 
 fs::path HostPath(std::wstring_view windowsPath) {

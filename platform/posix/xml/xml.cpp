@@ -45,7 +45,7 @@ class Object : public Interface {
   ULONG m_references = 1;
 };
 
-/// Makes a result of what an operation throws.
+/// Turns the exception of an operation into its result.
 template <typename Action>
 HRESULT Do(Action action) {
   try {

@@ -82,8 +82,8 @@ std::vector<XmlContent::Attribute> XmlContent::SortedAttributes() const {
   return all;
 }
 
-/// Follows the steps of a query. A node is reached on one way only, so that a query costs at most
-/// what going through the whole document does.
+/// Follows the steps of a query. Each node is reached once at most, so a query costs no more than a
+/// walk through the whole document.
 class XmlContent::Search {
  public:
   Search(XmlContent& content, std::size_t most) : m_content(content), m_most(most) {}

@@ -2,11 +2,11 @@
 
 // Queries on a loaded document. They have one form, that of the reader's: `./`, which may be left
 // out, then steps parted by `/`, each the name of a child element or NAME[@NAME="TEXT"], which also
-// compares one of its attributes. Names are of ASCII letters and without a prefix. Such queries
-// mean what they mean in XPath; what XPath knows beyond them is refused.
+// compares one of its attributes. Names are of ASCII letters and without a prefix. The meaning is
+// that of XPath; every other query of XPath is refused.
 //
-// An ID of a policy goes into a query as it stands, so a query may come from hostile hands. What
-// all queries on a document together may cost is bounded: those that would go beyond are refused.
+// An ID of a policy goes into a query as it stands, so a query may come from hostile hands. The
+// queries on a document have a common bound of steps; a query beyond it is refused.
 
 #include <optional>
 #include <string_view>
@@ -31,13 +31,13 @@ class XmlContent {
 
   const XmlTree& Tree() const { return m_tree; }
 
-  /// The first `most` elements that the query gives, in document order. Throws QueryError.
+  /// Returns the first `most` elements of the query, in document order. Throws QueryError.
   std::vector<NodeId> Select(NodeId context, std::wstring_view query, std::size_t most);
 
  private:
   class Search;
 
-  /// An attribute, by what it is found by.
+  /// An attribute, with the keys of the index.
   struct Attribute {
     NodeId parent;  // of its element
     XmlName name;

@@ -1,4 +1,4 @@
-// What MSXML gives as a node's `text`: the texts and CDATA sections below it, one after the other.
+// MSXML's `text` of a node: the texts and CDATA sections below it, one after the other.
 // Unless xml:space="preserve" holds for the node, white space at both ends goes, as far as it is
 // not part of a section, and white space that was dropped between two parts stands as one blank.
 

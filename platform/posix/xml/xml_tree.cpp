@@ -4,7 +4,6 @@
 #include <libxml/xmlerror.h>
 
 #include <algorithm>
-#include <climits>
 #include <exception>
 #include <memory>
 #include <new>
@@ -17,8 +16,12 @@ namespace {
 
 constexpr int kMaxDepth = 256;  // MSXML 6.0's
 
-// The parser's work grows with the square of these. MSXML knows no limit, but no document needs as
-// many.
+// Limits that MSXML does not have and no policy needs. Text and nodes bound the memory that a
+// document takes.
+constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
+constexpr NodeId kMaxNodes = 1'000'000;
+
+// The parser's work grows with the square of these.
 constexpr int kMaxAttributes = 1000;
 constexpr int kMaxDeclarationsInScope = 1000;
 constexpr int kMaxStrings = 10'000;  // names, prefixes and namespaces
@@ -33,9 +36,9 @@ XmlError ErrorAt(const Text& text, std::size_t at, const wchar_t* reason) {
   return {static_cast<std::int32_t>(1 + lines), reason};
 }
 
-/// What the parser must not meet, since it would not come back for long: an element with so many
-/// attributes that it compares them with each other for minutes, and two hyphens in a comment,
-/// after which it goes on. Other faults may be misjudged; what has one is refused in any case.
+/// Rejects two inputs on which libxml2 is quadratic: an element with very many attributes, and two
+/// hyphens in a comment, after which it reads on. Text with another fault may be misjudged, but the
+/// parser refuses it in any case.
 XmlError FindTrap(std::string_view xml) {
   std::size_t at = 0;
   const auto skipTo = [&](std::string_view mark) { return (at = xml.find(mark, at)) != xml.npos; };
@@ -75,24 +78,41 @@ void FreeParser(xmlParserCtxt* parser) {
   xmlFreeParserCtxt(parser);
 }
 
+/// Takes this thread's errors of the parser to `handler` while it lives: those of its beginning,
+/// which the parser would print, and those that a handler of the host process would take away.
+class ErrorsTo {
+ public:
+  ErrorsTo(void* self, xmlStructuredErrorFunc handler) { xmlSetStructuredErrorFunc(self, handler); }
+  ErrorsTo(const ErrorsTo&) = delete;
+  ErrorsTo& operator=(const ErrorsTo&) = delete;
+  ~ErrorsTo() { xmlSetStructuredErrorFunc(m_self, m_handler); }
+
+ private:
+  void* m_self = xmlStructuredErrorContext;
+  xmlStructuredErrorFunc m_handler = xmlStructuredError;
+};
+
 }  // namespace
 
 XmlTree::XmlTree() {
   m_nodes.push_back({.firstChild = 1, .end = 1});
 }
 
-/// Takes the parser's events. What one throws is kept until the parser has returned.
+/// Takes the parser's events. Their exceptions are kept until the parser has returned.
 class XmlTreeBuilder {
  public:
   explicit XmlTreeBuilder(XmlError& error) : m_error(error) {}
 
   XmlTree Build(const std::string& xml) {
+    const ErrorsTo errors(this, [](void* self, xmlErrorPtr error) {
+      Guard(self, [&](XmlTreeBuilder& builder) { builder.TakeError(*error); });
+    });
     const Owner<xmlParserCtxt*, FreeParser> parser(
         xmlCreateMemoryParserCtxt(xml.data(), static_cast<int>(xml.size())));
     if (!parser) throw std::bad_alloc();
     m_parser = parser.Get();
-    // XML_PARSE_NOENT only has the parser hand over `&amp;` as what it stands for: no entity can be
-    // declared. XML_PARSE_OLD10 makes it know version 1.0 alone.
+    // XML_PARSE_NOENT replaces `&amp;` and its like; no other entity can be declared.
+    // XML_PARSE_OLD10 restricts the version to 1.0.
     xmlCtxtUseOptions(m_parser, XML_PARSE_NOENT | XML_PARSE_NONET | XML_PARSE_HUGE |
                                     XML_PARSE_OLD10 | XML_PARSE_IGNORE_ENC);
     *m_parser->sax = Handler();
@@ -142,9 +162,6 @@ class XmlTreeBuilder {
     handler.processingInstruction = [](void* self, const xmlChar*, const xmlChar*) {
       Guard(self, [](XmlTreeBuilder& builder) { builder.EndText(); });
     };
-    handler.serror = [](void* self, xmlErrorPtr error) {
-      Guard(self, [&](XmlTreeBuilder& builder) { builder.TakeError(*error); });
-    };
     return handler;
   }
 
@@ -160,13 +177,14 @@ class XmlTreeBuilder {
   }
 
   void TakeError(const xmlError& error) {
+    if (error.code == XML_ERR_NO_MEMORY) throw std::bad_alloc();
     // That a namespace's name is no URI troubles nobody.
     if (error.level < XML_ERR_ERROR || error.code == XML_WAR_NS_URI ||
         error.code == XML_WAR_NS_URI_RELATIVE || m_error.line != 0)
       return;
     m_error = {std::max(error.line, 1), FromUtf8(error.message == nullptr ? "" : error.message)};
-    // The parser would go on to look for more. What xmlStopParser does besides this would take the
-    // text away from the function that reports.
+    // Stops the parser. xmlStopParser would also free the text, from which the caller still
+    // reports.
     m_parser->instate = XML_PARSER_EOF;
     m_parser->disableSAX = 1;
   }
@@ -186,6 +204,7 @@ class XmlTreeBuilder {
 
   NodeId Add(NodeKind kind) {
     const NodeId id = m_tree.Size();
+    if (id == kMaxNodes) Refuse("The document has more than 1,000,000 nodes.");
     m_tree.m_nodes.push_back({.parent = m_open,
                               .firstChild = id + 1,
                               .end = id + 1,
@@ -317,8 +336,8 @@ XmlTree ParseXml(std::wstring_view xml, XmlError& error) {
     error = {1, L"Invalid at the top level of the document."};
   } else if (const std::size_t at = FindHalfCharacter(xml); at < xml.size()) {
     error = ErrorAt(xml, at, L"An invalid character was found in text content.");
-  } else if (const std::string utf8 = ToUtf8(xml); utf8.size() > INT_MAX) {
-    error = {1, L"The text is too large."};
+  } else if (const std::string utf8 = ToUtf8(xml); utf8.size() > kMaxBytes) {
+    error = {1, L"The text has more than 16 MiB."};
   } else if (error = FindTrap(utf8); error.line == 0) {
     return XmlTreeBuilder(error).Build(utf8);
   }

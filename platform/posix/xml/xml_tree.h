@@ -3,7 +3,7 @@
 // The content of an XML document: its elements, attributes and texts in document order in one
 // array, so that a node's descendants are the range behind it. Names and texts are UTF-8. Comments
 // and processing instructions are not kept, nor is the white space that MSXML drops while it loads;
-// marks tell where that was.
+// marks keep its places.
 
 #include <libxml/parser.h>
 
@@ -20,8 +20,8 @@ using NodeId = std::uint32_t;
 constexpr NodeId kDocumentNode = 0;
 constexpr NodeId kNoNode = static_cast<NodeId>(-1);
 
-/// A name in the parser's dictionary, which has each only once, so that its address tells it. Null
-/// for what the document does not name.
+/// A name in the parser's dictionary. Equal names have one address. Null for a name that does not
+/// occur in the document.
 using XmlName = const xmlChar*;
 
 enum class NodeKind : std::uint8_t { kDocument, kElement, kAttribute, kText, kSection };  // CDATA
@@ -71,14 +71,15 @@ class XmlTree {
   std::string m_texts;
 };
 
-/// Where `text` has its first half of a surrogate pair, or unit beyond Unicode; its size if none.
+/// Returns the place of the first lone surrogate or unit beyond Unicode; the size of `text` if
+/// none.
 std::size_t FindHalfCharacter(std::wstring_view text);
 
 /// Reads XML 1.0 with namespaces as MSXML 6.0 does; without content and with `error` set when it is
 /// refused. Throws std::bad_alloc.
 XmlTree ParseXml(std::wstring_view xml, XmlError& error);
 
-/// What MSXML's `text` gives for a node while white space is not preserved.
+/// Returns MSXML's `text` of a node while white space is not preserved.
 std::wstring TextOf(const XmlTree& tree, NodeId id);
 
 }  // namespace platform
