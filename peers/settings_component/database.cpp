@@ -40,6 +40,13 @@ Database::Database(const std::filesystem::path& file, AsItLies) {
   Open("file:" + Encoded(file.string()) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
 }
 
+/// The last connection to a file writes its log file back.
+Database::~Database() {
+  const platform::NoSizeSignal guard;
+  m_statements.clear();
+  m_connection.Reset();
+}
+
 void Database::Open(const std::string& name, int flags) {
   const int result = sqlite3_open_v2(name.c_str(), m_connection.Out(),
                                      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
@@ -88,10 +95,12 @@ std::int64_t Database::Number(const char* sql) {
 
 void Database::Execute(const char* sql) {
   m_spent = 0;
+  const platform::NoSizeSignal guard;
   Check(sqlite3_exec(m_connection.Get(), sql, nullptr, nullptr, nullptr));
 }
 
 void Database::Checkpoint() {
+  const platform::NoSizeSignal guard;
   const int result = sqlite3_wal_checkpoint_v2(m_connection.Get(), nullptr,
                                                SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
   if (result != SQLITE_BUSY) Check(result);

@@ -18,6 +18,7 @@
 #include <string_view>
 
 #include "platform/owner.h"
+#include "platform/posix/machine/size_signal.h"
 
 namespace peers {
 
@@ -50,6 +51,7 @@ class Database {
   /// and what a log file beside it holds is passed over.
   struct AsItLies {};
   Database(const std::filesystem::path& file, AsItLies);
+  ~Database();
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
@@ -98,6 +100,7 @@ class Database {
     Use& operator=(const Use&) = delete;
     Database& database;
     sqlite3_stmt* statement;
+    platform::NoSizeSignal guard;
   };
 
   void Open(const std::string& name, int flags);

@@ -180,18 +180,27 @@ fs::path MachineRoot() {
   return root.has_filename() ? root : root.parent_path();
 }
 
-fs::path FindName(const fs::path& folder, std::wstring_view name) {
-  fs::path exact = folder / ToUtf8(name);
+namespace {
+
+/// Returns null when there is no such name.
+std::optional<fs::path> FindExisting(const fs::path& folder, std::wstring_view name) {
+  const fs::path exact = folder / ToUtf8(name);
   std::error_code error;
   if (fs::exists(fs::symlink_status(exact, error))) return exact;
-  fs::path best;
+  std::optional<fs::path> best;
   for (fs::directory_iterator each(folder, error), end; !error && each != end;
        each.increment(error)) {
     const fs::path& found = each->path();
-    if (SameName(FromUtf8(found.filename().native()), name) && (best.empty() || found < best))
+    if (SameName(FromUtf8(found.filename().native()), name) && (!best || found < *best))
       best = found;
   }
-  return best.empty() ? exact : best;
+  return best;
+}
+
+}  // namespace
+
+fs::path FindName(const fs::path& folder, std::wstring_view name) {
+  return FindExisting(folder, name).value_or(folder / ToUtf8(name));
 }
 
 fs::path HostPath(std::wstring_view windowsPath) {
@@ -215,7 +224,11 @@ fs::path HostPath(std::wstring_view windowsPath) {
     if (!piece.empty() && piece != L"." && piece != L"..") pieces.push_back(piece);
   }
   fs::path path = MachineRoot() / drive;
-  for (const std::wstring_view piece : pieces) path = FindName(path, piece);
+  auto found = std::optional(path);
+  for (const std::wstring_view piece : pieces) {
+    if (found) found = FindExisting(path, piece);  // below a missing folder nothing is looked for
+    path = found ? *found : path / ToUtf8(piece);
+  }
   return path;
 }
 
