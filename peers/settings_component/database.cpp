@@ -40,13 +40,6 @@ Database::Database(const std::filesystem::path& file, AsItLies) {
   Open("file:" + Encoded(file.string()) + "?immutable=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
 }
 
-/// The last connection to a file writes its log file back.
-Database::~Database() {
-  const platform::NoSizeSignal guard;
-  m_statements.clear();
-  m_connection.Reset();
-}
-
 void Database::Open(const std::string& name, int flags) {
   const int result = sqlite3_open_v2(name.c_str(), m_connection.Out(),
                                      flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);

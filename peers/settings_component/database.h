@@ -51,7 +51,6 @@ class Database {
   /// and what a log file beside it holds is passed over.
   struct AsItLies {};
   Database(const std::filesystem::path& file, AsItLies);
-  ~Database();
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
@@ -67,6 +66,7 @@ class Database {
   /// Calls `action` with each row that the statement gives.
   template <class Action, class... Values>
   void Query(const char* sql, Action action, const Values&... values) {
+    const platform::NoSizeSignal guard;
     const Use use(*this, Prepare(sql));
     int place = 0;
     (Bind(use.statement, ++place, values), ...);
@@ -100,9 +100,13 @@ class Database {
     Use& operator=(const Use&) = delete;
     Database& database;
     sqlite3_stmt* statement;
-    platform::NoSizeSignal guard;
   };
 
+  /// The last connection to a file writes the log file back.
+  static void Close(sqlite3* connection) {
+    const platform::NoSizeSignal guard;
+    sqlite3_close(connection);
+  }
   void Open(const std::string& name, int flags);
   void Restrain();
   /// Takes bytes, or steps of the database's machine, out of the budget; false when it is spent.
@@ -124,7 +128,7 @@ class Database {
   std::int64_t m_budget = 0;
   std::int64_t m_spent = 0;
   int m_uses = 0;
-  Owner<sqlite3*, sqlite3_close> m_connection;
+  Owner<sqlite3*, Close> m_connection;
   std::map<const char*, Owner<sqlite3_stmt*, sqlite3_finalize>> m_statements;
 };
 
