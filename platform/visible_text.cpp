@@ -26,15 +26,16 @@ bool IsControl(char32_t character) {
   return false;
 }
 
-void AppendEscaped(std::wstring& line, wchar_t unit) {
+void AppendEscaped(std::wstring& line, char32_t unit) {
   constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
   line += L'\\';
-  if (unit == L'\n' || unit == L'\r' || unit == L'\t') {
-    line += unit == L'\n' ? L'n' : unit == L'\r' ? L'r' : L't';
+  if (unit == U'\n' || unit == U'\r' || unit == U'\t') {
+    line += unit == U'\n' ? L'n' : unit == U'\r' ? L'r' : L't';
     return;
   }
   line += L'u';
-  for (int shift = 12; shift >= 0; shift -= 4) line += kDigits[(unit >> shift) & 15];
+  for (int shift = unit > 0xFFFF ? 20 : 12; shift >= 0; shift -= 4)
+    line += kDigits[(unit >> shift) & 15];
 }
 
 bool IsSurrogate(char32_t unit, char32_t first) {
@@ -59,7 +60,7 @@ std::wstring Visible(std::wstring_view text) {
     const bool isControl = IsControl(character);
     const std::size_t units = character == static_cast<char32_t>(text[0]) ? 1 : 2;
     for (const wchar_t unit : text.substr(0, units))
-      isControl ? AppendEscaped(line, unit) : line.push_back(unit);
+      isControl ? AppendEscaped(line, static_cast<char32_t>(unit)) : line.push_back(unit);
     text.remove_prefix(units);
   }
   return line;
