@@ -6,6 +6,7 @@
 
 #include "app/text/errors.h"
 #include "platform/utf.h"
+#include "platform/visible_text.h"
 
 namespace app {
 namespace {
@@ -80,7 +81,7 @@ std::wstring ReadTextFile(const std::string& file) {
 }
 
 std::string NameOf(const std::string& file) {
-  return file == kStandardInput ? "standard input" : file;
+  return file == kStandardInput ? "standard input" : platform::Visible(file);
 }
 
 }  // namespace app

@@ -34,7 +34,7 @@ std::optional<std::wstring> DecodeText(std::string_view bytes);
 /// UsageError for any other.
 std::wstring ReadTextFile(const std::string& file);
 
-/// How such a file is named to people.
+/// Returns the name of such a file as it may be printed.
 std::string NameOf(const std::string& file);
 
 }  // namespace app

@@ -262,6 +262,7 @@ Descriptor Open(const fs::path& path, int flags, mode_t type) {
 Descriptor OpenFolder(const fs::path& path, Missing missing) {
   constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
   const auto rest = path == MachineRoot() ? std::string() : BelowRoot(path);
+  if (!rest && missing == Missing::kIsMade) Find(path / ".", missing);  // shows when it is opened
   if (!rest) return Descriptor(open(path.c_str(), kFlags));
   const Descriptor folder = Reach(*rest, missing);
   return folder ? Descriptor(openat(folder.Get(), ".", kFlags)) : Descriptor();
