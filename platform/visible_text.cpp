@@ -6,40 +6,62 @@ namespace platform {
 namespace {
 
 struct Range {
-  wchar_t first;
-  wchar_t last;
+  char32_t first;
+  char32_t last;
 };
 
-constexpr Range kControls[] = {{0x00, 0x1F},     {0x7F, 0x9F},     {0x2028, 0x2029},
-                               {0x202A, 0x202E}, {0x2066, 0x2069}, {0xFEFF, 0xFEFF}};
+/// The controls of C0 and C1 with DEL, the separators of lines and paragraphs, the marks of
+/// annotations, and Unicode's Default_Ignorable_Code_Point without the variation selectors, which
+/// Japanese names need.
+constexpr Range kControls[] = {
+    {0x00, 0x1F},       {0x7F, 0x9F},       {0xAD, 0xAD},       {0x034F, 0x034F},  {0x061C, 0x061C},
+    {0x115F, 0x1160},   {0x17B4, 0x17B5},   {0x180B, 0x180F},   {0x200B, 0x200F},  {0x2028, 0x202E},
+    {0x2060, 0x206F},   {0x3164, 0x3164},   {0xFEFF, 0xFEFF},   {0xFFA0, 0xFFA0},  {0xFFF0, 0xFFFB},
+    {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A}, {0xE0000, 0xE00FF}, {0xE01F0, 0xE0FFF}};
 
-void AppendEscaped(std::wstring& line, wchar_t unit) {
+bool IsControl(char32_t character) {
+  if (character >= 0x20 && character < 0x7F) return false;  // most of all text
+  for (const Range& range : kControls)
+    if (range.first <= character && character <= range.last) return true;
+  return false;
+}
+
+void AppendEscaped(std::wstring& line, char32_t unit) {
   constexpr wchar_t kDigits[] = L"0123456789ABCDEF";
   line += L'\\';
-  if (unit == L'\n' || unit == L'\r' || unit == L'\t') {
-    line += unit == L'\n' ? L'n' : unit == L'\r' ? L'r' : L't';
+  if (unit == U'\n' || unit == U'\r' || unit == U'\t') {
+    line += unit == U'\n' ? L'n' : unit == U'\r' ? L'r' : L't';
     return;
   }
   line += L'u';
-  for (int shift = 12; shift >= 0; shift -= 4) line += kDigits[(unit >> shift) & 15];
+  for (int shift = unit > 0xFFFF ? 20 : 12; shift >= 0; shift -= 4)
+    line += kDigits[(unit >> shift) & 15];
+}
+
+bool IsSurrogate(char32_t unit, char32_t first) {
+  return first <= unit && unit < first + 0x400;
+}
+
+/// Returns the first character, of one unit or two.
+char32_t FirstOf(std::wstring_view text) {
+  const auto first = static_cast<char32_t>(text[0]);
+  const auto second = static_cast<char32_t>(text.size() > 1 ? text[1] : 0);
+  if (!IsSurrogate(first, 0xD800) || !IsSurrogate(second, 0xDC00)) return first;
+  return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
 }
 
 }  // namespace
 
-bool IsControl(wchar_t unit) {
-  for (const Range& range : kControls)
-    if (range.first <= unit && unit <= range.last) return true;
-  return false;
-}
-
 std::wstring Visible(std::wstring_view text) {
   std::wstring line;
   line.reserve(text.size());
-  for (const wchar_t unit : text) {
-    if (IsControl(unit))
-      AppendEscaped(line, unit);
-    else
-      line += unit;
+  while (!text.empty()) {
+    const char32_t character = FirstOf(text);
+    const bool isControl = IsControl(character);
+    const std::size_t units = character == static_cast<char32_t>(text[0]) ? 1 : 2;
+    for (const wchar_t unit : text.substr(0, units))
+      isControl ? AppendEscaped(line, static_cast<char32_t>(unit)) : line.push_back(unit);
+    text.remove_prefix(units);
   }
   return line;
 }

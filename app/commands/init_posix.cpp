@@ -27,7 +27,7 @@ constexpr char kSystemSetting[] = "63,1\r\n500,0\r\n";
 /// The folder is made, or is there, empty and the caller's own. Nobody else may have laid it out.
 void TakeRoom(const fs::path& root) {
   std::error_code error;
-  fs::create_directories(root.parent_path(), error);  // shows at the next step
+  platform::OpenFolder(root.parent_path(), platform::Missing::kIsMade);  // shows at the next step
   if (mkdir(root.c_str(), 0700) != 0 && errno != EEXIST)
     throw UsageError(root.string() + ": " + std::system_category().message(errno));
   struct stat status = {};
@@ -40,9 +40,9 @@ void TakeRoom(const fs::path& root) {
     throw std::system_error(errno, std::generic_category(), root.string());
 }
 
-void Write(const fs::path& file, std::string bytes) {
+void Write(const fs::path& file, std::string_view bytes) {
   platform::OpenFolder(file.parent_path(), platform::Missing::kIsMade);
-  platform::ChangeWholeFile(file, [&](const auto&) { return bytes; });
+  platform::ReplaceWholeFile(file, bytes);
 }
 
 /// Lays out the machine and its client in `folder`, and a policy beside them. Throws UsageError

@@ -3,6 +3,8 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <optional>
+#include <string_view>
 
 #include "app/commands/commands.h"
 #include "app/machine/settings.h"
@@ -143,21 +145,24 @@ void ShowEntry(const peers::EntryRecord& entry, bool isBrief) {
 
 // --- JSON
 
-/// The watermarks that a setting lists: by their IDs, or by their names, null where one is gone.
-Json ListedMarks(const peers::ActiveRecord& setting, const peers::EntryRecord& entry, bool hasIds) {
-  if (hasIds) return setting.watermarks;
-  Json names = Json::array();
+/// The name of each watermark of an entry, by its ID; null: a setting lists IDs.
+using Names = std::optional<std::map<std::string_view, std::string_view>>;
+
+/// Returns the watermarks that a setting lists: by ID, or by name, null where one is gone.
+Json ListedMarks(const peers::ActiveRecord& setting, const Names& names) {
+  if (!names) return setting.watermarks;
+  Json listed = Json::array();
   for (const std::string& id : setting.watermarks) {
-    const auto mark = std::ranges::find(entry.watermarks, id, &peers::WatermarkRecord::id);
-    names.push_back(mark == entry.watermarks.end() ? Json() : Json(mark->name));
+    const auto mark = names->find(id);
+    listed.push_back(mark == names->end() ? Json() : Json(mark->second));
   }
-  return names;
+  return listed;
 }
 
-Json ToJson(const peers::ActiveRecord& setting, const peers::EntryRecord& entry, bool hasIds) {
+Json ToJson(const peers::ActiveRecord& setting, const Names& names) {
   return {{"name", setting.name},
           {"enabled", setting.enabled},
-          {"watermarks", ListedMarks(setting, entry, hasIds)}};
+          {"watermarks", ListedMarks(setting, names)}};
 }
 
 Json ToJson(const peers::WatermarkRecord& mark, bool hasId) {
@@ -167,14 +172,18 @@ Json ToJson(const peers::WatermarkRecord& mark, bool hasId) {
 }
 
 Json ToJson(const peers::EntryRecord& entry, bool hasIds) {
+  Names names;
+  if (!hasIds) names.emplace();
+  for (const peers::WatermarkRecord& mark : entry.watermarks)
+    if (names) names->emplace(mark.id, mark.name);
   Json customSettings = Json::array();
   for (const peers::ActiveRecord& custom : entry.customSettings)
-    customSettings.push_back(ToJson(custom, entry, hasIds));
+    customSettings.push_back(ToJson(custom, names));
   Json watermarks = Json::array();
   for (const peers::WatermarkRecord& mark : entry.watermarks)
     watermarks.push_back(ToJson(mark, hasIds));
   return {{"printer", entry.printer},
-          {"lastSetting", ToJson(entry.lastSetting, entry, hasIds)},
+          {"lastSetting", ToJson(entry.lastSetting, names)},
           {"customSettings", customSettings},
           {"watermarks", watermarks}};
 }

@@ -13,8 +13,7 @@ void WriteOutput(const fs::path& file, std::string_view bytes) {
   const fs::file_status status = fs::status(file, error);
   if (fs::exists(status) && !fs::is_regular_file(status))
     throw UsageError(file.string() + ": not a regular file");
-  const fs::path whole = fs::absolute(file);
-  platform::ChangeWholeFile(whole, [&](const auto&) { return std::string(bytes); });
+  platform::ReplaceWholeFile(fs::absolute(file), bytes);
 }
 
 }  // namespace app

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <set>
 #include <stdexcept>
 #include <system_error>
 
@@ -38,8 +39,9 @@ std::string NameOf(const peers::EntryRecord& entry) {
 }
 
 std::ptrdiff_t CountActive(const peers::ActiveRecord& setting, const peers::EntryRecord& entry) {
+  const std::set<std::string_view> listed(setting.watermarks.begin(), setting.watermarks.end());
   return std::ranges::count_if(entry.watermarks, [&](const peers::WatermarkRecord& mark) {
-    return std::ranges::find(setting.watermarks, mark.id) != setting.watermarks.end();
+    return listed.contains(mark.id);
   });
 }
 

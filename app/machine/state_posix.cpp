@@ -1,4 +1,7 @@
+#include <fcntl.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <iterator>
 #include <set>
@@ -11,6 +14,7 @@
 #include "peers/settings_component/setting_file.h"
 #include "platform/file.h"
 #include "platform/posix/machine/machine.h"
+#include "platform/posix/machine/machine_file.h"
 #include "platform/profile.h"
 #include "platform/utf.h"
 
@@ -132,10 +136,12 @@ std::string WhatIsUnread() {
 }
 
 std::string WhyLogLost() {
-  const fs::path file = logging::LogFile();
+  const fs::path file = fs::absolute(logging::LogFile());
   std::error_code error;
   std::string why = WhyRefused(file);
-  if (why.empty() && fs::exists(file, error)) why = WhyNotWritten(file);
+  const bool isThere = fs::exists(fs::symlink_status(file, error));
+  if (why.empty() && isThere && !platform::Open(file, O_WRONLY | O_APPEND))
+    why = "cannot be written: " + std::generic_category().message(errno);
   if (!why.empty()) return "it " + why;
   return WhyNotMade(file.parent_path());
 }

@@ -56,9 +56,21 @@ PangoLayout* NewLayout() {
   return pango_layout_new(Typesetting::Get().Context());
 }
 
-/// UTF-8, whatever the bytes are: a file that others wrote may hold ill-formed text.
+/// Returns text that can be drawn, whatever the bytes are: each ill-formed part and each
+/// noncharacter, which Cairo refuses in a PDF, becomes U+FFFD.
 std::string Sound(const std::string& text) {
-  return platform::ToUtf8(platform::FromUtf8(text));
+  std::wstring sound;
+  for (const wchar_t unit : platform::FromUtf8(text)) {
+    const bool isNoncharacter = (unit >= 0xFDD0 && unit <= 0xFDEF) || unit >= 0xFFFE;
+    // The last two characters of a plane above the first: xxxx FFFE and FFFF.
+    const bool isLastPair =
+        unit >= 0xDFFE && unit <= 0xDFFF && !sound.empty() && (sound.back() & 0xFC3F) == 0xD83F;
+    if (isLastPair)
+      sound.back() = L'\xFFFD';
+    else
+      sound += isNoncharacter ? L'\xFFFD' : unit;
+  }
+  return platform::ToUtf8(sound);
 }
 
 void SetWords(PangoLayout* layout, const std::string& text) {

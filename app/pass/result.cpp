@@ -83,7 +83,7 @@ void TellRefusedPlaces() {
     std::cerr << "sigilctl: warning: " << OneLine(place.path.string()) << " " << place.why
               << ", so it is not opened.\n  Take it away.\n";
   if (const std::string lost = WhyLogLost(); !lost.empty())
-    std::cerr << "sigilctl: warning: lines of the log got lost: " << lost << ".\n";
+    std::cerr << "sigilctl: warning: lines of the log got lost: " << OneLine(lost) << ".\n";
 }
 
 }  // namespace

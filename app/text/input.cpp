@@ -7,6 +7,7 @@
 
 #include "app/text/errors.h"
 #include "platform/utf.h"
+#include "platform/visible_text.h"
 
 namespace app {
 namespace {
@@ -101,7 +102,7 @@ std::string WhyNoText(std::string_view bytes) {
 }
 
 std::string NameOf(const std::string& file) {
-  return file == kStandardInput ? "standard input" : file;
+  return file == kStandardInput ? "standard input" : platform::Visible(file);
 }
 
 }  // namespace app

@@ -40,7 +40,7 @@ std::wstring ReadTextFile(const std::string& file);
 /// Names the first byte that is wrong, where DecodeText gives nothing.
 std::string WhyNoText(std::string_view bytes);
 
-/// How such a file is named to people.
+/// Returns the name of such a file as it may be printed.
 std::string NameOf(const std::string& file);
 
 }  // namespace app

@@ -41,15 +41,15 @@ std::size_t Total(const std::vector<std::size_t>& widths, std::size_t limit) {
   return total;
 }
 
-/// The bytes of the whole characters that `width` places have room for, from the first on.
+/// Returns the size in bytes of the first characters that fit into `width` places.
 std::size_t BytesIn(std::string_view text, std::size_t width) {
   std::size_t end = 0;
-  for (const char32_t character : Characters(text)) {
-    const std::size_t places = CharacterWidth(character);
+  for (std::size_t next = 0; end < text.size(); end = next) {
+    do ++next;
+    while (next < text.size() && (text[next] & 0xC0) == 0x80);  // the rest of the character
+    const std::size_t places = DisplayWidth(text.substr(end, next - end));
     if (places > width) break;
     width -= places;
-    do ++end;
-    while (end < text.size() && (text[end] & 0xC0) == 0x80);  // what belongs to the character
   }
   return end;
 }
@@ -151,20 +151,27 @@ std::vector<std::string> Wrapped(std::string_view text, std::size_t width) {
   const std::string visible = OneLine(text);
   if (DisplayWidth(visible) <= width) return {visible};
   std::vector<std::string> lines(1);
+  std::size_t left = width;  // in the last line
   for (std::string_view rest = visible; !rest.empty();) {
     std::string_view word = rest.substr(0, rest.find(' '));
     rest.remove_prefix(std::min(word.size() + 1, rest.size()));
-    const std::string gap = lines.back().empty() ? "" : " ";
-    if (DisplayWidth(lines.back()) + gap.size() + DisplayWidth(word) <= width) {
-      lines.back() += gap + std::string(word);
-      continue;
+    std::size_t places = DisplayWidth(word);
+    if (!lines.back().empty() && 1 + places <= left) {
+      lines.back() += ' ';
+      --left;
+    } else if (!lines.back().empty()) {
+      lines.emplace_back();
+      left = width;
     }
-    if (!gap.empty()) lines.emplace_back();
-    for (; DisplayWidth(word) > width; lines.emplace_back()) {
-      lines.back() = word.substr(0, BytesIn(word, width));
-      word.remove_prefix(lines.back().size());
+    for (; places > left; left = width) {
+      const std::string_view part = word.substr(0, BytesIn(word, width));
+      lines.back() = part;
+      lines.emplace_back();
+      word.remove_prefix(part.size());
+      places -= DisplayWidth(part);
     }
-    lines.back() = word;
+    lines.back() += word;
+    left -= places;
   }
   return lines;
 }
@@ -192,7 +199,9 @@ void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_vie
     for (std::size_t i = 0; i < row.size(); ++i)
       widths[i] = std::max(widths[i], DisplayWidth(OneLine(row[i])));
   }
-  const std::size_t width = TerminalWidth();
+  // One name of a megabyte must not make each row as long.
+  constexpr std::size_t kWidest = 4096;
+  const std::size_t width = std::min(TerminalWidth(), kWidest);
   const std::size_t taken = indent.size() + kGap * (widths.size() - 1);
   if (Fit(widths, width - std::min(width, taken)))
     PrintColumns(out, rows, indent, widths);

@@ -88,10 +88,12 @@ std::int64_t Database::Number(const char* sql) {
 
 void Database::Execute(const char* sql) {
   m_spent = 0;
+  const platform::NoSizeSignal guard;
   Check(sqlite3_exec(m_connection.Get(), sql, nullptr, nullptr, nullptr));
 }
 
 void Database::Checkpoint() {
+  const platform::NoSizeSignal guard;
   const int result = sqlite3_wal_checkpoint_v2(m_connection.Get(), nullptr,
                                                SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
   if (result != SQLITE_BUSY) Check(result);

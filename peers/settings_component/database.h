@@ -18,6 +18,7 @@
 #include <string_view>
 
 #include "platform/owner.h"
+#include "platform/posix/machine/size_signal.h"
 
 namespace peers {
 
@@ -65,6 +66,7 @@ class Database {
   /// Calls `action` with each row that the statement gives.
   template <class Action, class... Values>
   void Query(const char* sql, Action action, const Values&... values) {
+    const platform::NoSizeSignal guard;
     const Use use(*this, Prepare(sql));
     int place = 0;
     (Bind(use.statement, ++place, values), ...);
@@ -100,6 +102,11 @@ class Database {
     sqlite3_stmt* statement;
   };
 
+  /// The last connection to a file writes the log file back.
+  static void Close(sqlite3* connection) {
+    const platform::NoSizeSignal guard;
+    sqlite3_close(connection);
+  }
   void Open(const std::string& name, int flags);
   void Restrain();
   /// Takes bytes, or steps of the database's machine, out of the budget; false when it is spent.
@@ -121,7 +128,7 @@ class Database {
   std::int64_t m_budget = 0;
   std::int64_t m_spent = 0;
   int m_uses = 0;
-  Owner<sqlite3*, sqlite3_close> m_connection;
+  Owner<sqlite3*, Close> m_connection;
   std::map<const char*, Owner<sqlite3_stmt*, sqlite3_finalize>> m_statements;
 };
 

@@ -64,10 +64,10 @@ fs::path RealPath(const fs::path& file) {
 /// Built beside its place and linked to it when complete; where two do so at once, one file stays.
 /// No descriptor but SQLite's is open on it: closing one would end this process's locks on it.
 void Create(const fs::path& file) {
-  platform::Draft draft(RealPath(file));
+  platform::Draft draft(file);
   draft.File().Reset();
   {
-    Database database(draft.Name(), SQLITE_OPEN_READWRITE);
+    Database database(RealPath(draft.Path()), SQLITE_OPEN_READWRITE);
     database.Execute("PRAGMA journal_mode = WAL");
     Transaction transaction(database);
     for (const char* table : kTables) database.Execute(table);
@@ -76,8 +76,7 @@ void Create(const fs::path& file) {
         "PRAGMA application_id = 0x5349474C; PRAGMA user_version = 1");
     transaction.Commit();
   }
-  if (link(draft.Name().c_str(), file.c_str()) != 0 && errno != EEXIST)
-    ThrowSystemError(file.string());
+  draft.Link();
 }
 
 /// By a descriptor whose end, unlike another's, leaves this process's locks on the database alone.

@@ -12,7 +12,8 @@ namespace platform {
 
 namespace {
 
-/// The failure that a test wants of `operation`, as HRESULT_FROM_WIN32 makes it; null: none.
+/// Returns the failure that a test wants of `operation`, as HRESULT_FROM_WIN32 makes it; null:
+/// none.
 std::optional<HRESULT> TakeFailure(const char* operation) {
   const auto fault = TakeFault(operation);
   if (!fault) return std::nullopt;
@@ -20,24 +21,25 @@ std::optional<HRESULT> TakeFailure(const char* operation) {
   return result <= 0 ? result : static_cast<HRESULT>((*fault & 0xFFFF) | 0x80070000U);
 }
 
-std::wstring UserFolder(std::wstring_view below) {
-  return LR"(C:\Users\)" + LoadMachine().user + std::wstring(below);
-}
-
-/// The folder's path; null when it is unknown or too long for a caller's buffer. It need not be
-/// there: the folders of a Windows machine always are, those of this one come with their files.
-std::optional<std::wstring> FolderOf(int csidl) {
-  std::wstring path;
+/// Returns the path of a folder in the user's folder; null when machine.ini cannot be read or when
+/// the path has more than MAX_PATH units with its NUL, which no user's folder on Windows has. The
+/// folder need not exist: it is made with the first file in it.
+std::optional<std::wstring> UserFolder(std::wstring_view below) {
   try {
-    if (csidl == CSIDL_COMMON_APPDATA) path = LR"(C:\ProgramData)";
-    if (csidl == CSIDL_LOCAL_APPDATA) path = UserFolder(LR"(\AppData\Local)");
+    std::wstring path = LR"(C:\Users\)" + LoadMachine().user + std::wstring(below);
+    if (path.size() < MAX_PATH) return path;
   } catch (const std::system_error&) {
   }
-  if (path.empty() || path.size() >= MAX_PATH) return std::nullopt;
-  return path;
+  return std::nullopt;
 }
 
-/// A copy with the NUL, for CoTaskMemFree; null: no memory.
+std::optional<std::wstring> FolderOf(int csidl) {
+  if (csidl == CSIDL_COMMON_APPDATA) return LR"(C:\ProgramData)";
+  if (csidl == CSIDL_LOCAL_APPDATA) return UserFolder(LR"(\AppData\Local)");
+  return std::nullopt;
+}
+
+/// Returns a copy with the NUL, for CoTaskMemFree; null: no memory.
 LPWSTR CopyOf(std::wstring_view text) {
   auto* copy = static_cast<wchar_t*>(CoTaskMemAlloc((text.size() + 1) * sizeof(wchar_t)));
   if (copy != nullptr) copy[text.copy(copy, text.size())] = L'\0';
@@ -85,10 +87,8 @@ HRESULT SHGetKnownFolderPath(REFKNOWNFOLDERID folder, DWORD, HANDLE, LPWSTR* pat
   *path = nullptr;
   if (const auto failure = platform::TakeFailure("SHGetKnownFolderPath")) return *failure;
   if (!(folder == FOLDERID_LocalAppDataLow)) return kNotFound;
-  try {
-    *path = platform::CopyOf(platform::UserFolder(LR"(\AppData\LocalLow)"));
-  } catch (const std::system_error&) {
-    return E_FAIL;
-  }
+  const auto low = platform::UserFolder(LR"(\AppData\LocalLow)");
+  if (!low) return E_FAIL;
+  *path = platform::CopyOf(*low);
   return *path == nullptr ? E_OUTOFMEMORY : S_OK;
 }

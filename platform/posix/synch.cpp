@@ -18,6 +18,7 @@
 #include "platform/posix/handle.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/machine_file.h"
+#include "platform/posix/machine/size_signal.h"
 #include "platform/utf.h"
 
 // A named mutex is a file below the root with a robust pthread mutex in it, which every process of
@@ -156,6 +157,7 @@ std::shared_ptr<Mutex> OpenMutex(Descriptor file) {
 
 /// Reserves the room on the disk, because touching mapped memory without room ends the process.
 void TakeRoom(const Descriptor& file, off_t size) {
+  const NoSizeSignal guard;
   const int error = posix_fallocate(file.Get(), 0, size);
   if (error != 0) throw std::system_error(error, std::generic_category());
 }
@@ -174,9 +176,7 @@ std::shared_ptr<Mutex> MakeMutex(const fs::path& path) {
   pthread_mutex_init(&shared->mutex, &attributes);
   pthread_mutexattr_destroy(&attributes);
   auto mutex = std::make_shared<Mutex>(std::move(draft.File()), shared);
-  const bool isLinked = link(draft.Name().c_str(), path.c_str()) == 0;
-  Check(isLinked || errno == EEXIST);
-  return isLinked ? mutex : nullptr;
+  return draft.Link() ? mutex : nullptr;
 }
 
 /// Returns the file name of a mutex, whose name has letters, digits, `_` and `-` behind `Global\`;

@@ -50,12 +50,18 @@ TEST_F(Component, APathTooLongDeletesNothing) {
   if (!platform::kHasFaults) GTEST_SKIP() << "the user's folder is the machine's own";
   const std::string begin = R"(C:\Users\)";
   const std::string end = R"(\AppData\LocalLow\KBR-LTD\HarborLedge!\HarborLedge!.cfg)";
-  for (const std::size_t length : {259U, 260U}) {
+  const struct {
+    std::size_t length;
+    const char* section;
+  } rows[] = {{259, "all"}, {260, "path too long"}, {4000, "all where no folder is known"}};
+  for (const auto& [length, section] : rows) {
     TestMachine machine;
-    const std::string user(length - begin.size() - end.size(), 'u');
+    std::string user(length - begin.size() - end.size(), '\\');
+    for (std::size_t i = 0; i < user.size(); i += 2) user[i] = 'u';
+    if (user.ends_with('\\')) user.back() = 'u';
     std::ofstream(std::string(getenv("SIGIL_ROOT")) + "/machine.ini")
         << "[Machine]\nUser=" << user << "\n";
-    ExpectClearing(length == 259 ? "all" : "path too long", begin + user + end);
+    ExpectClearing(section, begin + user + end);
   }
 }
 

@@ -1,7 +1,6 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -61,14 +60,18 @@ TEST_F(Log, KeepsEachCallInOneLineAndTellsAWatcherAlsoWhatTheFileDoesNotGet) {
   plain(3, 153100270, L"A::B", 87, L"設定処理完了 {} %s \U0001F600");
   withCode(5, 153100420, L"A::C", 9, -2, L"パイプ");
   withLabel(0, 0, L"A::D", 1, L"500", L"1");
-  plain(9, -1, nullptr, -3, L"1\r\n2\t\x1B[2J\x7F\x85\x2028\x202E\x2066\xFEFF\xD83D \\n");
+  plain(9, -1, nullptr, -3,
+        L"1\r\n2\t\x1B[2J\x7F\x85\x2028\x202E\x2066\xFEFF\xD83D \\n\x200B\x200E\x061C");
+  plain(0, 0, L"A::E", 1, L"\xDB40\xDC41\U000E0100\U0001F600\xFE0F\x200C\x2060\xFDD0");
   EXPECT_EQ(Lines(),
             "STAMP 3 153100270 A::B(87) 設定処理完了 {} %s \U0001F600\n"
             "STAMP 5 153100420 A::C(9) パイプ (code -2)\n"
             "STAMP 0 0 A::D(1) 500=1\n"
             "STAMP 9 -1 (null)(-3) "
             "1\\r\\n2\\t\\u001B[2J\\u007F\\u0085\\u2028\\u202E\\u2066\\uFEFF\xEF\xBF\xBD "
-            "\\n\n");
+            "\\n\\u200B\\u200E\\u061C\n"
+            "STAMP 0 0 A::E(1) "
+            "\\uDB40\\uDC41\U000E0100\U0001F600\uFE0F\\u200C\\u2060\xEF\xB7\x90\n");
 
   setenv("SIGIL_LOG_LEVEL", "9", 1);
   const std::string before = Lines();
@@ -106,25 +109,34 @@ TEST_F(Log, TakesItsFileAndLevelFromTheEnvironmentAndDropsWhatItCannotWrite) {
   close(reader);
 }
 
-TEST_F(Log, TakesAwayWhatAKilledProcessLeftOfItsLine) {
-  for (const std::string before : {"", "whole\n"}) {
-    machine.Write(kLogFile, before + "2025-03-31 09:12:45.678 4711 3 153");
-    plain(1, 2, L"Function", 3, L"text");
-    EXPECT_EQ(Lines(), before + "STAMP 1 2 Function(3) text\n");
+TEST_F(Log, TakesAwayWhatAKilledProcessLeftOfItsLineAndNoOtherText) {
+  const struct {
+    std::string before, kept;
+  } cases[] = {{"2025-03-31 09:12:45.678 4711 3 153", ""},
+               {"whole\n2025-03", "whole\n"},
+               {"notes\nlast line", "notes\nlast line\n"},
+               {std::string(2 << 20, 'x'), std::string(2 << 20, 'x') + "\n"}};
+  for (const auto& [before, kept] : cases) {
+    machine.Write(kLogFile, before);
+    for (int i = 0; i < 2; ++i) plain(1, 2, L"Function", 3, L"text");
+    EXPECT_TRUE(Lines() == kept + "STAMP 1 2 Function(3) text\nSTAMP 1 2 Function(3) text\n")
+        << before.substr(0, 99);
   }
+  const auto file = platform::HostPath(kLogFile);
+  std::filesystem::resize_file(file, std::uintmax_t{1} << 40);
+  plain(1, 2, L"Function", 3, L"a file without end");
+  EXPECT_GT(std::filesystem::file_size(file), std::uintmax_t{1} << 40);
 }
 
 TEST_F(Log, WritesALineWholeOrNotAtAllWhereRoomEnds) {
   constexpr rlim_t kRoom = 0x4000;
   rlimit before = {};
   getrlimit(RLIMIT_FSIZE, &before);
-  const auto action = signal(SIGXFSZ, SIG_IGN);
   const rlimit less = {kRoom, before.rlim_max};
   setrlimit(RLIMIT_FSIZE, &less);
   const std::wstring text(90, L'x');
   for (int i = 0; i < 500; ++i) plain(1, 1, L"F", 1, text.c_str());
   setrlimit(RLIMIT_FSIZE, &before);
-  signal(SIGXFSZ, action);
   plain(1, 1, L"F", 1, L"again");
   EXPECT_GT(machine.Read(kLogFile).size(), kRoom / 4);
   EXPECT_TRUE(std::regex_match(Lines(), std::regex("(STAMP 1 1 F\\(1\\) x{90}\n)+"

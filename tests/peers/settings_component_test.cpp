@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <fstream>
@@ -247,6 +248,27 @@ TEST(SettingsComponent, WritesAgainToWhatWasReadOnlyForAWhile) {
   const auto settings = Open();
   EXPECT_EQ(settings->GetExcludePrinterCount(), 0);
   EXPECT_EQ(fs::status(shared).permissions(), fs::status(File()).permissions());
+}
+
+TEST(SettingsComponent, EndsNoProcessWhereTheSizeOfFilesIsLimited) {
+  tests::TestMachine machine;
+  EXPECT_EQ(Keep(*Entry(*Open(), L"甲")), 0);
+  rlimit before = {};
+  getrlimit(RLIMIT_FSIZE, &before);
+  int failures = 0;
+  for (rlim_t size = 0; size < 0x20000; size += 0x1000) {
+    const rlimit less = {size, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &less);
+    const auto settings = Open();
+    Sigil::PrinterSettings* entry = nullptr;
+    const std::int32_t got = settings->GetPrinterSettings(L"乙", &entry);
+    const Held<Sigil::PrinterSettings> held(entry);
+    if (got < 0 || Keep(*held) < 0) ++failures;
+    setrlimit(RLIMIT_FSIZE, &before);
+  }
+  EXPECT_GT(failures, 2);
+  EXPECT_EQ(Keep(*Entry(*Open(), L"丙")), 0);
+  EXPECT_EQ(Open()->GetPrinterSettingCount(), 3);
 }
 
 TEST(SettingsComponent, LocksOutOthers) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <fstream>
@@ -94,6 +95,84 @@ TEST_F(MachineFile, IsARegularOneOfItsOwnerAndNeverALink) {
   ASSERT_EQ(mkfifo((outside + "/fifo").c_str(), 0600), 0);
   EXPECT_EQ(_wfopen_s(&stream, platform::FromUtf8(outside + "/fifo").c_str(), L"rb"), EACCES);
   fs::remove_all(outside);
+}
+
+/// The kernel's guards of links and files in sticky folders, whatever its own settings are.
+TEST_F(MachineFile, IsNotGotAtByALinkThatAnotherAccountPlanted) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can be two accounts";
+  constexpr mode_t kSticky = 01777, kShared = 0777, kClosed = 0755;
+  const struct {
+    mode_t folder;
+    uid_t owner;
+    const char* way;  ///< From the folder.
+    bool isFollowed;
+  } cases[] = {{kSticky, kOther, "link", false},       {kSticky, 0, "link", true},
+               {kShared, kOther, "link", false},       {kClosed, kOther, "link", true},
+               {kSticky, kOther, "folder/new", false}, {kSticky, 0, "folder/new", true},
+               {kSticky, kOther, "file", false},       {kShared, kOther, "file", true}};
+  const auto replace = [](const fs::path& file) { platform::ReplaceWholeFile(file, "new"); };
+  const auto append = [](const fs::path& file) {
+    if (!platform::Open(file, O_WRONLY | O_APPEND | O_CREAT)) throw std::errc{errno};
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(std::string(test.way) + " " + std::to_string(test.folder + test.owner));
+    std::string root = (fs::temp_directory_path() / "sigil-test-XXXXXX").string();
+    ASSERT_NE(mkdtemp(root.data()), nullptr);
+    const fs::path folder = fs::path(root) / "shared", victim = fs::path(root) / "victim";
+    fs::create_directory(folder);
+    fs::permissions(folder, fs::perms(test.folder));
+    std::ofstream(victim) << "old";
+    std::ofstream(folder / "file") << "old";
+    fs::permissions(folder / "file", fs::perms(0666));
+    fs::create_symlink(victim, folder / "link");
+    fs::create_symlink(root, folder / "folder");
+    for (const char* name : {"file", "link", "folder"})
+      ASSERT_EQ(lchown((folder / name).c_str(), test.owner, test.owner), 0);
+    const auto refuses = [&](const auto& write) {
+      try {
+        write(folder / test.way);
+        return false;
+      } catch (...) {
+        return true;
+      }
+    };
+    EXPECT_EQ(refuses(append), !test.isFollowed);
+    EXPECT_EQ(refuses(replace), !test.isFollowed);
+    const bool isLink = std::string_view(test.way) == "link";
+    EXPECT_EQ(platform::ReadWholeFile(victim), test.isFollowed && isLink ? "new" : "old");
+    EXPECT_EQ(fs::exists(fs::path(root) / "new"),
+              test.isFollowed && std::string_view(test.way) == "folder/new");
+    if (test.folder == kShared && !isLink) {
+      EXPECT_EQ(fs::status(folder / "file").permissions() & fs::perms(022), fs::perms::none);
+    }
+    fs::remove_all(root);
+  }
+}
+
+TEST_F(MachineFile, IsNoStandardStreamOfAHostThatHasNone) {
+  const pid_t child = fork();
+  if (child == 0) {
+    for (int stream = 0; stream <= 2; ++stream) close(stream);
+    const platform::Descriptor file = platform::Open(m_path, O_RDWR);
+    const platform::Descriptor folder = platform::OpenFolder(m_root, platform::Missing::kFails);
+    _exit(file.Get() > 2 && folder.Get() > 2 && fcntl(file.Get(), F_GETFD) == FD_CLOEXEC ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+}
+
+TEST_F(MachineFile, IsAsItWasWhereTheSizeOfFilesIsLimited) {
+  rlimit before = {};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit less = {4, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &less);
+  const DWORD error = ErrorOf(WritePrivateProfileStringW(L"User", L"A", L"2", kFile));
+  const HANDLE mutex = CreateMutexW(nullptr, FALSE, L"Global\\TEST");
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(error, ERROR_DISK_FULL);
+  EXPECT_EQ(mutex, nullptr);
+  EXPECT_EQ(m_machine.Read(kFile), "[User]\nA=1\n");
 }
 
 TEST_F(MachineFile, HasAGreatestSize) {

@@ -185,8 +185,11 @@ fs::path MachineRoot() {
   return root.has_filename() ? root : root.parent_path();
 }
 
-fs::path FindName(const fs::path& folder, std::wstring_view name) {
-  fs::path exact = folder / ToUtf8(name);
+namespace {
+
+/// Returns null when there is no such name.
+std::optional<fs::path> FindExisting(const fs::path& folder, std::wstring_view name) {
+  const fs::path exact = folder / ToUtf8(name);
   std::error_code error;
   if (fs::exists(fs::symlink_status(exact, error))) return exact;
   std::string best;
@@ -195,7 +198,14 @@ fs::path FindName(const fs::path& folder, std::wstring_view name) {
   while (const dirent* const found = opened ? readdir(opened.Get()) : nullptr)
     if (SameName(FromUtf8(found->d_name), name) && (best.empty() || found->d_name < best))
       best = found->d_name;
-  return best.empty() ? exact : folder / best;
+  if (best.empty()) return std::nullopt;
+  return folder / best;
+}
+
+}  // namespace
+
+fs::path FindName(const fs::path& folder, std::wstring_view name) {
+  return FindExisting(folder, name).value_or(folder / ToUtf8(name));
 }
 
 fs::path HostPath(std::wstring_view windowsPath) {
@@ -219,7 +229,11 @@ fs::path HostPath(std::wstring_view windowsPath) {
     if (!piece.empty() && piece != L"." && piece != L"..") pieces.push_back(piece);
   }
   fs::path path = MachineRoot() / drive;
-  for (const std::wstring_view piece : pieces) path = FindName(path, piece);
+  auto found = std::optional(path);
+  for (const std::wstring_view piece : pieces) {
+    if (found) found = FindExisting(path, piece);  // below a missing folder nothing is looked for
+    path = found ? *found : path / ToUtf8(piece);
+  }
   return path;
 }
 

@@ -3,10 +3,10 @@
 #include <fcntl.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <system_error>
 
 #include "platform/posix/machine/machine_file.h"
+#include "platform/posix/machine/size_signal.h"
 
 namespace platform {
 
@@ -24,13 +24,6 @@ void WriteAll(int file, std::string_view bytes, const fs::path& path) {
     if (step < 0 && errno != EINTR) Throw(path);
     if (step > 0) bytes.remove_prefix(static_cast<std::size_t>(step));
   }
-}
-
-void Replace(const fs::path& path, std::string_view bytes) {
-  Draft draft(path);
-  WriteAll(draft.File().Get(), bytes, path);
-  if (fsync(draft.File().Get()) != 0 || std::rename(draft.Name().c_str(), path.c_str()) != 0)
-    Throw(path);
 }
 
 }  // namespace
@@ -53,16 +46,21 @@ std::optional<std::string> ReadWholeFile(const fs::path& path) {
   }
 }
 
+void ReplaceWholeFile(const fs::path& path, std::string_view bytes) {
+  const NoSizeSignal guard;
+  Draft draft(path);
+  WriteAll(draft.File().Get(), bytes, path);
+  if (fsync(draft.File().Get()) != 0) Throw(path);
+  draft.Replace();
+}
+
 void ChangeWholeFile(const fs::path& path,
                      const std::function<std::string(const std::optional<std::string>&)>& change) {
-  std::error_code ignored;
-  const bool isLink = !IsInMachine(path) && fs::is_symlink(path, ignored);
-  const fs::path target = isLink ? fs::canonical(path) : path;
-  const Descriptor folder = OpenFolder(target.parent_path(), Missing::kFails);
+  const Descriptor folder = OpenFolder(path.parent_path(), Missing::kFails);
   if (!folder || !Lock(folder, LOCK_EX, kLockPatience)) Throw(path);
-  const auto before = ReadWholeFile(target);
+  const auto before = ReadWholeFile(path);
   const std::string after = change(before);
-  if (after != before) Replace(target, after);
+  if (after != before) ReplaceWholeFile(path, after);
 }
 
 }  // namespace platform

@@ -1,0 +1,37 @@
+#include "platform/posix/machine/size_signal.h"
+
+#include <cerrno>
+#include <ctime>
+
+namespace platform {
+
+namespace {
+
+sigset_t SizeSignal() {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGXFSZ);
+  return set;
+}
+
+}  // namespace
+
+NoSizeSignal::NoSizeSignal() {
+  const sigset_t set = SizeSignal();
+  sigset_t pending;
+  sigpending(&pending);
+  m_wasPending = sigismember(&pending, SIGXFSZ) == 1;
+  pthread_sigmask(SIG_BLOCK, &set, &m_before);
+}
+
+NoSizeSignal::~NoSizeSignal() {
+  const int error = errno;
+  const sigset_t set = SizeSignal();
+  const timespec now = {};
+  // One that was pending before is the host's own.
+  if (!m_wasPending) sigtimedwait(&set, nullptr, &now);
+  pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+  errno = error;
+}
+
+}  // namespace platform
