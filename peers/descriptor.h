@@ -1,6 +1,6 @@
 #pragma once
 
-// The owner of a file descriptor, and how a failed system call is told.
+// The owner of a file descriptor, and the exception for a failed system call.
 
 #include <cerrno>
 #include <string>

@@ -1,8 +1,7 @@
 #pragma once
 
-// A lock on a file of the machine that only one owner has at a time, be it in another process or
-// another thread. The system takes it back from an owner that dies. The file is made when it is
-// missing and stays.
+// An exclusive lock on a file of the machine, between processes and between threads. The kernel
+// releases it when its owner dies. A missing file is made, and stays.
 
 #include <fcntl.h>
 
@@ -16,8 +15,7 @@ namespace peers {
 
 class FileLock {
  public:
-  /// Waits for its turn without limit, for callers that are promised to be alone afterwards.
-  /// std::system_error when the file cannot be had.
+  /// Waits for the lock without limit. Throws std::system_error when the file cannot be opened.
   static FileLock Take(const std::filesystem::path& file) {
     Descriptor descriptor = Open(file);
     while (flock(descriptor.Get(), LOCK_EX) != 0)
@@ -25,7 +23,7 @@ class FileLock {
     return FileLock(std::move(descriptor));
   }
 
-  /// Nothing when the lock has not become free within `patience`.
+  /// Returns null when the lock has not become free within `patience`. Throws like Take.
   static std::optional<FileLock> TryFor(const std::filesystem::path& file,
                                         std::chrono::milliseconds patience) {
     Descriptor descriptor = Open(file);

@@ -18,23 +18,23 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kMessageSize = 16;
 constexpr int kBacklog = 16;
-/// More than a socket holds at once, so that one round takes all that was there when it began, but
-/// no endless sender keeps the others waiting.
+/// More than a socket holds at once: one round takes all messages that were there when it began,
+/// but an endless sender does not keep the others waiting.
 constexpr int kMessagesARound = 1024;
 
 fs::path PipePath() {
   return platform::MachineRoot() / "pipe" / "hlwatermark";
 }
 
-/// Held as long as the pipe, so that whoever has it may take a left-over socket away.
+/// Takes the lock that is held as long as the pipe. Its owner may remove a left-over socket.
 FileLock TakePipe(const fs::path& path) {
   auto turn = FileLock::TryFor(fs::path(path) += ".lock", std::chrono::milliseconds(0));
   if (!turn) ThrowSystemError(path.string() + " is served by another process", EADDRINUSE);
   return std::move(*turn);
 }
 
-/// Binds by way of the folder's descriptor: a socket's address is short, a machine's path may not
-/// be. The socket's mode before is what its name then has.
+/// Binds through the folder's descriptor, because a socket's address is shorter than a path may be.
+/// The mode is set first, because the name gets the mode that the socket has then.
 Descriptor Listen(const fs::path& path) {
   const Descriptor folder = platform::OpenFolder(path.parent_path(), platform::Missing::kFails);
   if (!folder) ThrowSystemError(path.string());
@@ -59,7 +59,7 @@ std::optional<std::wstring> Text(std::string_view bytes) {
   return text;
 }
 
-/// Tells what `client` has sent. False when it is gone.
+/// Reports the messages of `client`. Returns false when it has disconnected.
 bool Receive(const Descriptor& client, const ControlService::OnEvent& onEvent) {
   for (int i = 0; i < kMessagesARound; ++i) {
     char bytes[kMessageSize];
@@ -75,7 +75,7 @@ bool Receive(const Descriptor& client, const ControlService::OnEvent& onEvent) {
   return true;
 }
 
-/// Waits until something happens on one of these.
+/// Waits until one of the descriptors is readable.
 void Wait(const Descriptor& wake, const Descriptor& listener,
           const std::vector<Descriptor>& clients) {
   std::vector<pollfd> waits = {{wake.Get(), POLLIN, 0}, {listener.Get(), POLLIN, 0}};
@@ -83,8 +83,8 @@ void Wait(const Descriptor& wake, const Descriptor& listener,
   if (poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) ThrowSystemError("poll");
 }
 
-/// Takes in who waits at the door. Where the process has no descriptor left for a new client, the
-/// first one's is given up.
+/// Accepts the waiting clients. If the process has no descriptor left for a new client, the oldest
+/// one is disconnected.
 void Accept(const Descriptor& listener, std::vector<Descriptor>& clients,
             const ControlService::OnEvent& onEvent) {
   for (std::size_t i = 0; i < ControlService::kMaxClients; ++i) {
@@ -117,7 +117,7 @@ void ControlService::Serve(const OnEvent& onEvent, const std::stop_token& stop) 
 
   for (bool last = false; !last;) {
     Wait(wake, m_listener, m_clients);
-    last = stop.stop_requested();  // before the round, which then finds what was sent by now
+    last = stop.stop_requested();  // first, so that the last round finds every message sent before
     Accept(m_listener, m_clients, onEvent);
     std::erase_if(m_clients, [&](const Descriptor& client) { return !Receive(client, onEvent); });
   }

@@ -5,9 +5,8 @@
 // event. A client connects, sends and goes; the service never answers.
 //
 // A message is 16 bytes: seven UTF-16LE characters ("Release" or "Setting") and a terminating 0.
-// What else arrives is told as malformed and does no harm; an empty message ends its client's
-// connection. At most `kMaxClients` are connected at once: when one more comes, the one that came
-// first is let go.
+// Any other message is reported as malformed; an empty one ends its client's connection. At most
+// `kMaxClients` are connected at once: one more disconnects the oldest.
 
 #include <chrono>
 #include <cstddef>
@@ -25,9 +24,9 @@ namespace peers {
 
 struct PipeEvent {
   std::chrono::system_clock::time_point time;
-  /// The size of the message in bytes, also of what was longer than could be taken.
+  /// The size of the message in bytes, also when it was longer than 16.
   std::size_t size;
-  /// Without its terminator; nothing when the message is malformed.
+  /// Without the terminating 0; null when the message is malformed.
   std::optional<std::wstring> text;
 };
 
@@ -35,18 +34,17 @@ class ControlService {
  public:
   static constexpr std::size_t kMaxClients = 64;
 
-  /// Takes the pipe of the current machine; from here on clients can connect. What a dead server
-  /// left behind is replaced. std::system_error: EADDRINUSE when another server holds the pipe, or
-  /// the error of its folder or socket.
+  /// Takes the pipe of the current machine; clients can connect as soon as it returns. The socket
+  /// of a dead server is replaced. Throws std::system_error: EADDRINUSE when another server has the
+  /// pipe, or the error of its folder or socket.
   ControlService();
   /// Removes the pipe.
   ~ControlService();
   ControlService(const ControlService&) = delete;
   ControlService& operator=(const ControlService&) = delete;
 
-  /// Calls `onEvent`, on this thread, with each message, until `stop` is requested; what has been
-  /// sent before that is still told. Returns then, or with what `onEvent` throws. It may be called
-  /// again.
+  /// Calls `onEvent` on this thread with each message, until `stop` is requested. Messages sent
+  /// before the request are still reported. Throws what `onEvent` throws. May be called again.
   ///
   /// A program that wants to end with a signal blocks it in all threads, waits for it with sigwait
   /// in one, and requests the stop from there.

@@ -4,8 +4,8 @@
 //   LEVEL NUMBER FUNCTION(LINE) TEXT (code CODE)
 //   LEVEL NUMBER FUNCTION(LINE) LABEL=VALUE
 //
-// Each text stands as platform/visible_text.h shows it, so that one call stays one line. Lines
-// below logging::LowestLevel are left out.
+// Texts are made visible (platform/visible_text.h), so that one call is one line. Lines below
+// logging::LowestLevel are not written.
 
 #include "logging/log4cxx_mgr.h"
 
@@ -26,7 +26,7 @@ const wchar_t* OrNull(const wchar_t* text) {
   return text == nullptr ? L"(null)" : text;
 }
 
-/// `rest` gives the end of the line; it is asked only for a line that somebody gets.
+/// `rest` returns the text; it is called only for a message that is watched or written.
 template <class Rest>
 void Log(int level, int number, const wchar_t* function, int line, Rest rest) noexcept {
   try {
@@ -41,7 +41,7 @@ void Log(int level, int number, const wchar_t* function, int line, Rest rest) no
                                      L'(' + std::to_wstring(line) + L") " +
                                      platform::Visible(text)));
   } catch (...) {
-    // A log is never the reason for a failure.
+    // A failing log must not make a pass fail.
   }
 }
 

@@ -127,7 +127,7 @@ class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
   LogPath m_path;
 };
 
-/// Never destroyed: there may be lines to the very end of the process.
+/// Never destroyed, because lines may be logged until the process ends.
 spdlog::logger& Logger() {
   static spdlog::logger* const logger = [] {
     auto made = std::make_unique<spdlog::logger>("SigilSetting", std::make_shared<AppendSink>());

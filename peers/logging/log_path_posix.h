@@ -8,7 +8,7 @@
 
 namespace logging {
 
-/// Where lines go at this moment, as log_file.h tells.
+/// Returns the path of the log file at this moment (see log_file.h).
 inline std::filesystem::path LogFile() {
   const char* const named = std::getenv("SIGIL_LOG");
   return named == nullptr || *named == '\0' ? platform::HostPath(kLogFile)

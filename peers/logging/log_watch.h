@@ -1,20 +1,20 @@
 #pragma once
 
-// How a host sees what is logged in its own process, whatever becomes of the file: a level that is
-// left out and a full disk keep lines from the file, but not from here.
+// Lets a host watch the messages of its own process, including those that do not reach the file
+// because of their level or a full disk.
 
 #include "logging/log4cxx_mgr.h"
 
 namespace logging {
 
-/// One message, before it becomes a line. The texts are read during the call only; `text` has its
-/// values in it.
+/// Receives one message. The texts are valid during the call only; `text` is complete with its
+/// values.
 using Watcher = void (*)(int level, int number, const wchar_t* function, const wchar_t* text);
 
 }  // namespace logging
 
-/// Has every message from now on told to `watcher` too, on the thread that logs it; null ends that.
-/// A watcher must not throw. Found by its name in the loaded log.
+/// Passes every further message to `watcher`, on the thread that logs it; null ends that. A watcher
+/// must not throw. Hosts find this function by its name in the loaded log.
 extern "C" LOG4CXX_MGR_API void SigilWatchLog(logging::Watcher watcher);
 
 using SigilWatchLogFunction = decltype(SigilWatchLog);

@@ -6,15 +6,15 @@ namespace peers {
 
 namespace {
 
-/// Work of one query beside that for the file's size: lists that have just been made are read too.
+/// Budget of a query on an empty file, because the entries of this transaction are read too.
 constexpr std::int64_t kFreeWork = 64'000'000;
-/// Work for each byte of the file. The component's own records take less than two.
+/// Budget for each byte of the file. The component's own records need less than two.
 constexpr std::int64_t kWorkOfByte = 8;
-/// A row costs this beside its text and the steps to it, which stands for the memory it takes.
+/// Work for each row of a result, for the memory that it takes.
 constexpr std::int64_t kWorkOfRow = 256;
 constexpr int kStepsBetweenLooks = 1000;
 
-/// A name as it stands in a URI (RFC 3986).
+/// Returns a file name as the path of a URI (RFC 3986).
 std::string Encoded(const std::string& name) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   std::string encoded;
@@ -147,7 +147,7 @@ Transaction::~Transaction() {
   try {
     m_open->Run("ROLLBACK");
   } catch (const DatabaseError&) {
-    // A failed statement may have undone the whole already.
+    // A failed statement may have rolled back already.
   }
 }
 

@@ -1,11 +1,12 @@
 #pragma once
 
-// A SQLite database in the few words that the setting file needs. Every failure is a DatabaseError.
+// The few operations of a SQLite database that the setting file needs. Every failure throws
+// DatabaseError.
 //
-// The file is data, whoever has made it: triggers and views in it never run, its schema calls no
-// function that reaches outside, and no text, row or statement is longer than 16 MiB, 16 MiB and
-// 10,000 bytes. Each query has a budget of work that rises with the size of the file and that one
-// of the component never spends; a file that is built to be read without end fails on it.
+// The file may be hostile. Triggers and views in it never run, and its schema calls no function
+// that reaches outside. A text and a row have at most 16 MiB, a statement 10,000 bytes. Each query
+// has a budget of work in proportion to the size of the file. The component's own files never use
+// it up; a file that is built to be read without end fails on it.
 
 #include <sqlite3.h>
 
@@ -45,17 +46,17 @@ class Database {
     sqlite3_stmt* m_statement;
   };
 
-  /// `flags` are those of sqlite3_open_v2. A busy database is waited for up to `kBusyMilliseconds`.
+  /// `flags` are those of sqlite3_open_v2. Waits up to `kBusyMilliseconds` for a busy database.
   Database(const std::filesystem::path& file, int flags);
-  /// To read a file that nobody changes meanwhile, without any write: no file is made beside it,
-  /// and what a log file beside it holds is passed over.
+  /// Opens a file that nobody changes meanwhile to be read. Writes nothing: no file is made beside
+  /// it. Changes that are still in a log file beside it are not seen.
   struct AsItLies {};
   Database(const std::filesystem::path& file, AsItLies);
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
-  /// Runs one statement and gives the number of rows that it changed. `sql` must be a literal: its
-  /// prepared form is kept.
+  /// Runs one statement and returns the number of rows that it changed. `sql` must be a literal,
+  /// because its address is the key of the prepared statement.
   template <class... Values>
   int Run(const char* sql, const Values&... values) {
     Query(
@@ -63,7 +64,7 @@ class Database {
     return sqlite3_changes(m_connection.Get());
   }
 
-  /// Calls `action` with each row that the statement gives.
+  /// Calls `action` with each row of the result.
   template <class Action, class... Values>
   void Query(const char* sql, Action action, const Values&... values) {
     const platform::NoSizeSignal guard;
@@ -75,18 +76,17 @@ class Database {
 
   std::int64_t Number(const char* sql);
 
-  /// Runs several statements that give nothing back and are needed once.
+  /// Runs several statements without a result, once.
   void Execute(const char* sql);
 
-  /// Brings what the log file holds into the database file, on the disk for good, unless another
-  /// connection is just about to.
+  /// Moves the changes from the log file to the database file and syncs it, unless another
+  /// connection is doing so.
   void Checkpoint();
 
  private:
   static constexpr int kBusyMilliseconds = 10000;
 
-  /// A prepared statement is ready for its next use when this one ends. The queries within a query
-  /// share its budget.
+  /// Resets a prepared statement at the end. Queries inside a query share its budget.
   struct Use {
     Use(Database& owner, sqlite3_stmt* prepared) : database(owner), statement(prepared) {
       if (database.m_uses++ == 0) database.m_spent = 0;
@@ -109,7 +109,8 @@ class Database {
   }
   void Open(const std::string& name, int flags);
   void Restrain();
-  /// Takes bytes, or steps of the database's machine, out of the budget; false when it is spent.
+  /// Takes bytes, or steps of SQLite's virtual machine, off the budget. Returns false when it is
+  /// used up.
   bool Spend(std::int64_t work) {
     m_spent += work;
     return m_spent <= m_budget;
@@ -132,10 +133,10 @@ class Database {
   std::map<const char*, Owner<sqlite3_stmt*, sqlite3_finalize>> m_statements;
 };
 
-/// Undone at its end unless committed.
+/// Rolls back at its end unless committed.
 class Transaction {
  public:
-  /// One view of the whole for several reads.
+  /// For several reads of one state.
   struct Reading {};
   explicit Transaction(Database& database);
   Transaction(Database& database, Reading);

@@ -28,12 +28,12 @@ COMPONENT_EXPORT std::int32_t SigilCreateInstance(const GUID* first, const GUID*
   });
 }
 
-/// There is one store, so there is nothing to merge.
+/// Does nothing, because there is one store only.
 COMPONENT_EXPORT std::int32_t SigilMergeUserStoreWatermarks() {
   return Sigil::kSuccess;
 }
 
-/// The date of the interfaces, as the decimal number YYYYMMDD.
+/// Returns the date of the interfaces as the decimal number YYYYMMDD.
 COMPONENT_EXPORT std::int32_t SigilGetVersionDate() {
   return 20241124;
 }

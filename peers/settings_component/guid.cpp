@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kTextSize = 36;
 
-/// The pairs of hexadecimal digits stand for these bytes of the record, in this order.
+/// The byte of the record that each pair of hexadecimal digits stands for.
 constexpr std::size_t kByteOrder[] = {3, 2, 1, 0, 5, 4, 7, 6, 8, 9, 10, 11, 12, 13, 14, 15};
 
 constexpr bool HyphenBefore(std::size_t pair) {

@@ -8,13 +8,13 @@
 
 namespace peers {
 
-/// A random GUID (RFC 4122, version 4), as text.
+/// Returns a random GUID (RFC 4122, version 4) as text.
 std::string NewGuid();
 
-/// "01234567-89ab-cdef-0123-456789abcdef".
+/// Returns "01234567-89ab-cdef-0123-456789abcdef".
 std::string GuidText(const GUID& guid);
 
-/// Nothing for a text that is no such form.
+/// Returns null for a text of another form.
 std::optional<GUID> ParseGuid(std::string_view text);
 
 }  // namespace peers

@@ -1,6 +1,6 @@
 #pragma once
 
-// What all objects of the component have in common.
+// The common parts of the component's objects.
 
 #include <algorithm>
 #include <cwchar>
@@ -15,7 +15,7 @@ namespace peers {
 
 using Result = std::int32_t;
 
-/// An object of `Interface` that lives as long as references to it.
+/// An object of `Interface` that lives until its last reference is released.
 template <class Interface>
 class Counted : public Interface {
  public:
@@ -35,7 +35,7 @@ class Counted : public Interface {
   std::uint32_t m_references = 1;
 };
 
-/// The result of `action`; nothing that it throws gets out of the component.
+/// Returns the result of `action`, or kFailed if it throws: no exception leaves the component.
 template <class Action>
 Result Guarded(Action action) noexcept {
   try {
@@ -45,16 +45,15 @@ Result Guarded(Action action) noexcept {
   }
 }
 
-/// The element at `index`, or null.
+/// Returns the element at `index`, or null.
 template <class Item>
 Item* At(std::vector<Item>& list, std::int32_t index) {
   const auto place = static_cast<std::size_t>(index);
   return index >= 0 && place < list.size() ? &list[place] : nullptr;
 }
 
-/// `text` with its terminator to a buffer of `*length` characters, which a longer text leaves
-/// alone.
-/// `*length` becomes the length of the text. With a null buffer that is all.
+/// Copies `text` with its terminator to a buffer of `*length` characters; a longer text is not
+/// copied. `*length` becomes the length with the terminator. `buffer` may be null.
 inline Result GiveText(const std::wstring& text, wchar_t* buffer, std::uint32_t* length) {
   const auto needed = static_cast<std::uint32_t>(text.size() + 1);
   const std::uint32_t capacity = std::exchange(*length, needed);

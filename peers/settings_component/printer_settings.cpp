@@ -12,7 +12,7 @@ namespace {
 using Text = const wchar_t*;
 using Flag = std::int32_t;
 
-/// A watermark's object shares the record with its entry, so it does no harm when it outlives it.
+/// Shares the record with its entry, and so may outlive the entry.
 class WatermarkObject : public Counted<Sigil::Watermark> {
  public:
   explicit WatermarkObject(std::shared_ptr<WatermarkRecord> record) : m_record(std::move(record)) {}
@@ -159,8 +159,7 @@ class PrinterSettingsObject : public Counted<Sigil::PrinterSettings> {
     });
   }
 
-  /// A longer name is cut: the buffer is there to tell watermarks apart, not to keep one of them
-  /// from being listed.
+  /// Cuts a longer name, because a watermark that is not listed would never be deleted.
   Result GetWatermarkInfo(std::int32_t index, GUID* guid, wchar_t* buffer,
                           std::uint32_t capacity) override {
     const auto* mark = At(m_watermarks, index);

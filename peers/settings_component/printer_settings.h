@@ -7,7 +7,7 @@
 
 namespace peers {
 
-/// The object of `entry`, with one reference.
+/// Returns the object of `entry`, with one reference.
 Sigil::PrinterSettings* CreatePrinterSettings(std::shared_ptr<Store> store, EntryRecord entry);
 
 }  // namespace peers

@@ -13,6 +13,7 @@
 
 #include "peers/descriptor.h"
 #include "peers/settings_component/database.h"
+#include "platform/posix/machine/draft.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/machine_file.h"
 #include "platform/shell.h"
@@ -26,7 +27,7 @@ constexpr char kDefaultEntry[] = "*";
 constexpr std::int64_t kApplicationId = 0x5349474C;
 constexpr std::int64_t kVersion = 1;
 
-/// The file holds these and nothing else, to the letter: a change here is another version.
+/// The file holds exactly these: a change here needs another version number.
 constexpr const char* kTables[] = {
     R"(CREATE TABLE entry(id INTEGER PRIMARY KEY AUTOINCREMENT, printer TEXT NOT NULL UNIQUE))",
     R"(CREATE TABLE watermark(
@@ -54,15 +55,17 @@ constexpr char kSequence[] = "CREATE TABLE sqlite_sequence(name,seq)";
 
 constexpr std::uintmax_t kGreatestFile = 256 * 1024 * 1024;
 
-/// No link is left below the root, where this refuses one; SQLite would refuse one above it too.
+/// Returns the path without links. Throws for a link below the root. Links above it are resolved
+/// here, because SQLite refuses any link.
 fs::path RealPath(const fs::path& file) {
   const fs::path folder = file.parent_path();
   if (!platform::OpenFolder(folder, platform::Missing::kFails)) ThrowSystemError(folder.string());
   return fs::canonical(folder) / file.filename();
 }
 
-/// Built beside its place and linked to it when complete; where two do so at once, one file stays.
-/// No descriptor but SQLite's is open on it: closing one would end this process's locks on it.
+/// Builds the file beside its place and links it there when complete; if two processes do so at
+/// once, one file stays. Only SQLite has a descriptor of it, because closing another one would
+/// release this process's locks on the file.
 void Create(const fs::path& file) {
   platform::Draft draft(file);
   draft.File().Reset();
@@ -79,18 +82,19 @@ void Create(const fs::path& file) {
   draft.Link();
 }
 
-/// By a descriptor whose end, unlike another's, leaves this process's locks on the database alone.
+/// Uses an O_PATH descriptor, because closing any other would release this process's locks on the
+/// database.
 void RequireOrdinaryFile(const fs::path& file) {
   if (!platform::Open(file, O_PATH)) ThrowSystemError(file.string());
   if (fs::file_size(file) > kGreatestFile) throw DatabaseError("more than 256 MiB");
 }
 
-/// So that a refusal of the system is told as one.
+/// Throws the system's own error, where SQLite would only say that it cannot open the file.
 void RequireReadable(const fs::path& file) {
   if (faccessat(AT_FDCWD, file.c_str(), R_OK, AT_EACCESS) != 0) ThrowSystemError(file.string());
 }
 
-/// A table, an index or anything else that is not the component's own could mean anything.
+/// Throws DatabaseError for a file with other tables, indexes, views or triggers.
 void RequireSchema(Database& database) {
   if (database.Number("PRAGMA application_id") != kApplicationId)
     throw DatabaseError("not a setting file");
@@ -102,7 +106,7 @@ void RequireSchema(Database& database) {
   expected.insert(kSequence);
   std::multiset<std::string> found;
   database.Query("SELECT type, name, sql FROM sqlite_schema", [&](const Database::Row& row) {
-    // An index without a text is that of a table's own key.
+    // SQLite makes an index without SQL for each key.
     const bool isKey = row.Text(0) == "index" && row.Text(2).empty();
     if (isKey) return;
     if (!expected.contains(row.Text(2)))
@@ -121,9 +125,8 @@ std::unique_ptr<Database> Checked(std::unique_ptr<Database> database) {
   return database;
 }
 
-/// To write, where that can be had: only a writer takes the files beside the file away again. Where
-/// it can't, or the disk has no room for them, a file without changes in a log file beside it is
-/// read alone.
+/// Opens read-write if possible: only a writer removes -wal and -shm. If that fails, also for want
+/// of room on the disk, a file without changes in its -wal is read as it lies.
 std::unique_ptr<Database> OpenToRead(const fs::path& file) {
   std::error_code missing;
   const auto waiting = fs::file_size(fs::path(file) += "-wal", missing);
@@ -139,8 +142,8 @@ std::unique_ptr<Database> OpenToRead(const fs::path& file) {
   return Checked(std::make_unique<Database>(file, SQLITE_OPEN_READONLY));
 }
 
-/// The files that SQLite makes beside the setting file get its mode. Those made while it was
-/// read-only would keep everybody from writing after it is writable again, so their mode follows.
+/// Gives -wal and -shm the mode of the setting file: if they were made while it was read-only,
+/// nobody could write after it is writable again.
 void LetModesFollow(const fs::path& file) {
   struct stat own = {};
   if (lstat(file.c_str(), &own) != 0) return;
@@ -201,8 +204,8 @@ void WriteActive(Database& database, std::int64_t entry, std::size_t setting,
     database.Run("INSERT INTO active VALUES(?,?,?,?)", entry, setting, i, record.watermarks[i]);
 }
 
-/// What tells one machine, and one state of it, from another. Asking a machine with many printers
-/// for its user takes long, and each handle on the component asks.
+/// Identifies one state of machine.ini. The place is kept as long as the state is the same, because
+/// each handle on the component asks for it, and reading a machine with many printers takes long.
 using MachineState = std::tuple<fs::path, fs::file_time_type, std::uintmax_t>;
 
 MachineState CurrentMachine() {

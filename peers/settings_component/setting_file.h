@@ -1,6 +1,6 @@
 #pragma once
 
-// The setting file: what the Settings component keeps, as plain records, and the operations on it.
+// The setting file of the Settings component, as plain records.
 // Text is UTF-8; an `id` is a GUID in its hyphenated text form, lower case.
 //
 // The file is a SQLite database in WAL mode (application_id 0x5349474C, user_version 1):
@@ -17,15 +17,15 @@
 //   switch         content_log              one row
 //
 // Each operation that changes something is one transaction: after a crash of the process the file
-// holds it whole or not at all. Only Apply also waits for the disk, and with that for everything
-// before it; a power failure may take back what came after the last Apply, in whole transactions.
+// holds the change whole or not at all. Only Apply waits for the disk: after a power failure, whole
+// transactions since the last Apply may be lost.
 //
-// The file is read as data: with a table, an index, a view or a trigger in it that is not one of
-// these, to the letter, or with more than 256 MiB, it is no setting file. Neither is one whose
-// reading takes more work than a sound file of its size (see database.h).
+// The file may be hostile. It is refused if it has more than 256 MiB, if its tables are not exactly
+// these, if it has an index, a view or a trigger, and if reading it takes more work than a sound
+// file of its size (see database.h).
 //
-// All failures are thrown: DatabaseError, or std::system_error for the file itself. A file that is
-// no setting file is left as it is.
+// Failures throw DatabaseError, or std::system_error for the file itself. A refused file is not
+// changed.
 
 #include <compare>
 #include <cstdint>
@@ -92,7 +92,7 @@ struct SettingFileContent {
   bool contentLog = false;
 };
 
-/// The changes that an entry has no part in.
+/// Changes outside the entries.
 struct AddExclude {
   ExcludeRecord entry;
 };
@@ -112,7 +112,7 @@ class SettingFile {
   enum class Access {
     kRead,
     kWrite,
-    kCreate,  ///< To write; a missing file is made, and is whole when others first see it.
+    kCreate,  ///< As kWrite; a missing file is made, complete when others first see it.
   };
 
   SettingFile(const std::filesystem::path& file, Access access);
@@ -120,17 +120,17 @@ class SettingFile {
 
   SettingFileContent ReadAll();
 
-  /// Printers with settings of their own, without the default entry, in the order of their making.
+  /// Returns the printers with settings of their own, oldest first, without the default entry.
   std::vector<std::string> PrinterNames();
   std::vector<std::string> DriverNames();
   std::vector<ExcludeRecord> Excluded();
   std::vector<ExcludeRecord> SecondExcluded();
 
-  /// An entry that is not there reads as an empty one.
+  /// Returns an empty entry if there is none.
   EntryRecord ReadEntry(std::string_view printer);
   /// Replaces the entry of that name, or adds it.
   void WriteEntry(const EntryRecord& entry);
-  /// False when there is no such setting. The default entry cannot be deleted.
+  /// Returns false when there is no such setting, and for the default entry, which stays.
   bool DeletePrinter(std::string_view name);
   bool DeleteDriver(std::string_view name);
 
@@ -143,19 +143,19 @@ class SettingFile {
   std::unique_ptr<Database> m_database;
 };
 
-/// Where the current machine has its setting file.
+/// The place of the current machine's setting file.
 struct SettingPlace {
   std::wstring folder;         ///< A Windows path without a backslash at its end.
   std::filesystem::path file;  ///< The file itself, on the host.
 };
 SettingPlace FindSettingPlace();
 
-/// Everything in the setting file `file`, without changing it; a missing file reads as empty. It
-/// takes no right to write.
+/// Returns the contents of the setting file `file`, which may be read-only and is not changed; a
+/// missing file is empty.
 SettingFileContent ReadSettingFile(const std::filesystem::path& file);
 
-/// Throws what the component would fail on with this file, as far as its head and its tables tell.
-/// Makes no file beside it.
+/// Throws if the component would refuse this file because of its header or its tables. Makes no
+/// file beside it.
 void CheckSettingFile(const std::filesystem::path& file);
 
 }  // namespace peers

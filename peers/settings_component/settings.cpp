@@ -11,8 +11,8 @@ namespace {
 
 using Text = const wchar_t*;
 
-/// A list of the file as an enumeration sees it: read anew by each count. One that could not be
-/// read at the last count is unknown.
+/// A list of the file for enumeration, read anew by each count. It is unknown if the last count
+/// failed.
 template <class Item>
 class Listing {
  public:
@@ -28,7 +28,7 @@ class Listing {
   }
   bool IsUnknown() const { return m_isUnknown; }
 
-  /// What the last count found, or what one would find now.
+  /// Returns the items of the last count; reads them if there was none.
   std::vector<Item>& Items() {
     if (!m_items) m_items = m_load();
     return *m_items;
@@ -44,7 +44,8 @@ class SettingsObject : public Counted<Sigil::Settings> {
  public:
   Result Save(std::int32_t mode) override {
     if (mode != 0) return kBadArgument;
-    // Who was told of no entries has not deleted them: what it adds would come on top of them.
+    // A failed count looked like an empty list, so nothing was deleted; saving would duplicate
+    // entries.
     if (m_excluded.IsUnknown() || m_secondExcluded.IsUnknown()) return kFailed;
     return Guarded([&]() -> Result {
       const auto end = m_changes.begin() + static_cast<std::ptrdiff_t>(m_settled);
@@ -135,7 +136,7 @@ class SettingsObject : public Counted<Sigil::Settings> {
   }
 
  private:
-  /// The list of the file as it will be when the changes of this object are saved.
+  /// Returns the list with the unsaved changes of this object.
   template <class Remove>
   std::vector<ExcludeRecord> WithChanges(std::vector<ExcludeRecord> list) const {
     for (const ListChange& change : m_changes) {
@@ -216,7 +217,7 @@ class StringObject : public Counted<Sigil::String> {
   Result SetText(Text text) override {
     if (text == nullptr) return kBadArgument;
     return Guarded([&] {
-      m_text = std::wstring(text);  // `text` may be this object's own
+      m_text = std::wstring(text);  // a copy first, because `text` may be this object's own
       return Sigil::kSuccess;
     });
   }

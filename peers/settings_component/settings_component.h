@@ -1,24 +1,24 @@
 #pragma once
 
-// The Settings component over a setting file (setting_file.h), and what the interfaces leave open:
+// The Settings component over a setting file (setting_file.h). The interfaces leave some points
+// open; here they are settled so:
 //
-// - A Settings object belongs to the machine and user of the moment at which it first needs the
-//   file. It opens the file then, not before; a missing file is made, with its folder.
-// - Changes live in the object. Commit settles them, Save(0) writes what is settled; changes after
-//   the last Commit are not written, and what is not saved goes with the object. A Save that failed
-//   can be repeated. Any other mode is refused.
+// - A Settings object opens the file when it first needs it, and then belongs to the machine and
+// user
+//   of that moment. A missing file is made, with its folder.
+// - Changes stay in the object. Save(0) writes those that were made before the last Commit; the
+//   others are lost with the object. A failed Save can be repeated. Any other mode is refused.
 // - An entry's last setting is the one in effect: whether its printer prints watermarks, and which.
 //   A custom setting has no effect of its own; it keeps a choice under its name.
 // - PrinterSettings::Save replaces that one entry, in one transaction. Settings::Save writes the
-//   exclude lists and the content-log switch, each change for itself, so that what others have
-//   saved in between stays.
-// - The index of an enumeration refers to the list as the last count found it, less what has been
-//   deleted from it since.
-// - Lock holds a file lock beside the setting file, however long it has to wait for it, and nests.
-//   The end of its owner frees it. Whatever is saved or deleted without it waits up to 10 seconds
-//   for those who hold it, and then fails. Reading never waits for it.
-// - Text that is no valid UTF-16 is kept with U+FFFD in the place of each fault. A number that is
-//   not finite is refused.
+//   exclude lists and the content-log switch, each change by itself, so that changes which others
+//   have saved meanwhile stay.
+// - The index of an enumeration refers to the list of the last count, without the entries deleted
+//   since.
+// - Lock takes a lock on a file beside the setting file, waits for it without limit, and nests. The
+//   kernel releases it when its owner dies. Saving or deleting without the lock waits up to 10
+//   seconds for it and then fails. Reading never waits.
+// - Ill-formed UTF-16 is kept with U+FFFD in its place. A number that is not finite is refused.
 // - A null pointer where one is needed, an index or a name that is not there, and every failure of
 //   the file give a negative result and change nothing.
 // - Objects of one Settings may outlive it; they and it belong to one thread at a time.
@@ -34,7 +34,7 @@ enum ComponentResult : std::int32_t {
   kNotFound = static_cast<std::int32_t>(0x80000004U),
 };
 
-/// New objects with one reference. std::bad_alloc is the only failure.
+/// Returns a new object with one reference. Throws std::bad_alloc only.
 Sigil::Settings* CreateSettings();
 Sigil::String* CreateString();
 

@@ -11,7 +11,7 @@ constexpr std::chrono::seconds kPatience(10);
 const SettingPlace& Store::Place() {
   if (!m_place) {
     m_place = FindSettingPlace();
-    // A failure shows as soon as the folder is used.
+    // A failure shows when the folder is used.
     platform::OpenFolder(m_place->file.parent_path(), platform::Missing::kIsMade);
   }
   return *m_place;

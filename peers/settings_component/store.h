@@ -1,6 +1,6 @@
 #pragma once
 
-// What the objects of one Settings share: the setting file and the lock on it.
+// The setting file and the lock on it, which the objects of one Settings share.
 
 #include <filesystem>
 #include <memory>
@@ -16,20 +16,20 @@ namespace peers {
 
 class Store {
  public:
-  /// As a Windows path.
+  /// Returns the folder of the setting file, as a Windows path.
   const std::wstring& Folder() { return Place().folder; }
 
-  /// To read.
+  /// Returns the setting file, to read.
   SettingFile& File();
 
-  /// Calls `action` with the setting file to write to, in this store's turn.
+  /// Calls `action` with the setting file, to write. Takes the lock for the time of the call.
   template <class Action>
   auto Write(Action action) {
     const auto turn = TakeTurn();
     return action(File());
   }
 
-  /// The same with the setting file at the Windows path `path`, which must be there.
+  /// As Write, with the existing setting file at the Windows path `path`.
   template <class Action>
   auto WriteAt(std::wstring_view path, Action action) {
     const std::filesystem::path file = platform::HostPath(path);
@@ -40,14 +40,14 @@ class Store {
   }
 
   void Lock();
-  /// False when it is not locked.
+  /// Returns false when it is not locked.
   bool UnLock();
 
  private:
-  /// The folder is there afterwards, if it can be made.
+  /// Returns the place of the setting file. Makes its folder, if possible.
   const SettingPlace& Place();
   std::filesystem::path LockFile();
-  /// Nothing when the lock is held anyway.
+  /// Takes the lock; returns null when this store has it already.
   std::optional<FileLock> TakeTurn();
 
   std::optional<SettingPlace> m_place;

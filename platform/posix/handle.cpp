@@ -77,9 +77,13 @@ std::FILE* OpenToRead(const char* path) {
   Descriptor file = Open(path, O_RDONLY);
   struct stat status = {};
   if (!file || fstat(file.Get(), &status) != 0) return nullptr;
-  if (static_cast<std::size_t>(status.st_size) <= kLargestFile) return fdopen(file.Release(), "rb");
-  errno = EFBIG;
-  return nullptr;
+  if (static_cast<std::size_t>(status.st_size) > kLargestFile) {
+    errno = EFBIG;
+    return nullptr;
+  }
+  std::FILE* const stream = fdopen(file.Get(), "rb");
+  if (stream != nullptr) file.Release();
+  return stream;
 }
 
 }  // namespace platform

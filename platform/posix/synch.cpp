@@ -16,6 +16,7 @@
 #include <system_error>
 
 #include "platform/posix/handle.h"
+#include "platform/posix/machine/draft.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/machine_file.h"
 #include "platform/posix/machine/size_signal.h"

@@ -18,7 +18,7 @@ constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 /// Space, the controls that move the print position, and the end-of-file character of old.
 constexpr std::wstring_view kBlanks = L" \t\n\v\f\r\x1A";
 
-/// The size of the first line with its end: CR, LF or both.
+/// Returns the size of the first line with its end: CR, LF or both.
 std::size_t FirstLineSize(std::string_view bytes, std::size_t unitSize) {
   const auto holds = [=](std::size_t at, char unit) {
     return at + unitSize <= bytes.size() && bytes[at] == unit &&
@@ -37,7 +37,7 @@ std::wstring_view WithoutQuotes(std::wstring_view text) {
   return quoted ? text.substr(1, text.size() - 2) : text;
 }
 
-/// The name in a section's header; null for another line.
+/// Returns the name in a section's header, or null for any other line.
 std::optional<std::wstring_view> HeaderName(std::wstring_view text) {
   const std::size_t end = text.rfind(L']');
   if (!text.starts_with(L'[') || end == text.npos) return std::nullopt;
@@ -134,7 +134,7 @@ void IniFile::Set(std::wstring_view section, std::wstring_view key, std::wstring
     *found = MakeEntry(found->key, value);
     return;
   }
-  // Blank lines at the section's end part it from the next one, and so they stay behind.
+  // A new entry goes before the blank lines that separate the section from the next one.
   const auto last = std::find_if(lines.rbegin(), lines.rend(), [this](const Line& line) {
                       return line.isEntry || !Trim(Decode(line.bytes)).empty();
                     }).base();
@@ -162,8 +162,8 @@ IniFile::Line IniFile::MakeEntry(std::wstring_view key, std::wstring_view value)
   return line;
 }
 
-/// Ends a last line that has no end. A file cut in the middle of a unit gets the other half, so
-/// that what follows stays readable.
+/// Adds a missing line end. If the file was cut in the middle of a UTF-16 unit, U+FFFD takes the
+/// place of the half, because everything behind it would be read shifted.
 void IniFile::EndLine(std::string& bytes) const {
   if (bytes.empty()) return;
   if (bytes.size() % UnitSize() != 0) bytes.replace(bytes.size() - 1, 1, Encode(L"\xFFFD"));

@@ -1,7 +1,7 @@
 #pragma once
 
-// The text of an INI file, kept line by line: a change touches its own lines, and all others leave
-// as they came, byte by byte. Any bytes are such a text; parsing takes linear time.
+// The text of an INI file, kept line by line: a change touches its own line, and all others keep
+// their bytes. Any bytes can be parsed, in linear time.
 
 #include <optional>
 #include <string>
@@ -15,8 +15,8 @@ class IniFile {
   enum class Encoding { kAnsi, kUtf8, kUtf16 };
 
   struct Line {
-    std::size_t number = 0;  ///< From 1 on; 0 for a line that was set.
-    std::string bytes;       ///< With the line's end.
+    std::size_t number = 0;  ///< From 1 on; 0 for a new line.
+    std::string bytes;       ///< With the line end.
     bool isEntry = false;
     std::wstring key;
     std::optional<std::wstring> value;  ///< Null for a key without '='.
@@ -27,19 +27,19 @@ class IniFile {
     Line header;
     std::vector<Line> lines;  ///< Without the header.
 
-    /// The first of them with this key; null: none.
+    /// Returns the first line with this key, or null.
     const Line* Find(std::wstring_view key) const;
   };
 
-  /// `encoding` is that of a text without byte order mark.
+  /// `encoding` is used for a text without byte order mark.
   IniFile(std::string_view bytes, Encoding encoding);
 
   const std::vector<Section>& Sections() const { return m_sections; }
-  /// The lines before the first section, which belong to none.
+  /// Returns the lines before the first section.
   const std::vector<Line>& Head() const { return m_head.lines; }
-  /// Whether the line is well-formed in the file's encoding and has no NUL.
+  /// Returns whether the line is well-formed in the file's encoding and has no NUL.
   bool IsText(const Line& line) const;
-  /// The first section of this name; null: none.
+  /// Returns the first section of this name, or null.
   const Section* Find(std::wstring_view section) const;
 
   void Set(std::wstring_view section, std::wstring_view key, std::wstring_view value);
@@ -56,12 +56,12 @@ class IniFile {
 
   Encoding m_encoding;
   std::string m_mark;
-  std::size_t m_lines = 0;  ///< So many have been read.
+  std::size_t m_lines = 0;  ///< Lines read so far.
   Section m_head;           ///< Without a header.
   std::vector<Section> m_sections;
 };
 
-/// `text` without the blanks around it.
+/// Returns `text` without the blanks around it.
 std::wstring_view Trim(std::wstring_view text);
 
 }  // namespace platform

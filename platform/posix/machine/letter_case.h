@@ -9,7 +9,7 @@ namespace platform {
 
 bool SameName(std::wstring_view left, std::wstring_view right);
 bool StartsWithName(std::wstring_view text, std::wstring_view start);
-/// The same text for all that are one name, to be kept in a set.
+/// Returns one text for all spellings of a name, as a key of a set.
 std::wstring Folded(std::wstring_view name);
 
 }  // namespace platform

@@ -26,7 +26,7 @@ constexpr std::wstring_view kOwn = L"Machine";
 constexpr std::wstring_view kPrinterPrefix = L"Printer ";
 constexpr std::wstring_view kAccounts = L"Accounts";
 
-// The names that are read, to be told in place of another.
+// The known names, for UnreadLine::readHere.
 constexpr std::wstring_view kSections[] = {kOwn, kAccounts, L"Printer"};
 constexpr std::wstring_view kOwnKeys[] = {L"User", L"Domain", L"Joined", L"Controller"};
 constexpr std::wstring_view kPrinterKeys[] = {L"Driver", L"Comment"};
@@ -34,7 +34,7 @@ constexpr std::wstring_view kPrinterKeys[] = {L"Driver", L"Comment"};
 constexpr auto kCloseFolder = [](DIR* folder) { closedir(folder); };
 using Folder = Owner<DIR*, kCloseFolder>;
 
-/// Empty when the variable is not set.
+/// Returns an empty path when the variable is not set.
 fs::path Variable(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? fs::path() : fs::path(value);
@@ -59,8 +59,7 @@ std::wstring_view WithoutBackslashes(std::wstring_view server) {
   return server.substr(server.starts_with(LR"(\\)") ? 2 : 0);
 }
 
-/// Makes a machine of a file and remembers the lines that it has made something of, so that it can
-/// tell the others.
+/// Builds a machine from a file and remembers the lines that had an effect.
 class Reader {
  public:
   explicit Reader(const IniFile& file) : m_file(file) {}
@@ -86,7 +85,7 @@ class Reader {
     return machine;
   }
 
-  /// By their numbers.
+  /// Returns the lines without effect, by line number.
   std::vector<UnreadLine> Unread() const {
     std::vector<UnreadLine> unread;
     for (const IniFile::Line& line : m_file.Head()) {
@@ -107,7 +106,7 @@ class Reader {
     return line.value;
   }
 
-  /// A missing value and an empty one are alike.
+  /// Returns `fallback` for a missing value and for an empty one.
   std::wstring ValueOf(const IniFile::Section* section, std::wstring_view key,
                        std::wstring_view fallback) {
     const IniFile::Line* line = section == nullptr ? nullptr : section->Find(key);
@@ -124,7 +123,7 @@ class Reader {
     return printer;
   }
 
-  /// Of two accounts of one login on a server the first counts.
+  /// Of two accounts with one login on a server the first counts.
   AccountList AccountsOf(const IniFile::Section& section) {
     AccountList list;
     list.server = Trim(std::wstring_view(section.name).substr(kAccounts.size()));
@@ -211,7 +210,7 @@ fs::path FindName(const fs::path& folder, std::wstring_view name) {
 fs::path HostPath(std::wstring_view windowsPath) {
   std::wstring_view rest = windowsPath.substr(0, windowsPath.find(L'\0'));
   if (rest.empty() || rest.starts_with(L'/')) {
-    // A file's name in a folder is joined to it as on Windows.
+    // Callers append file names with a backslash, as on Windows.
     std::string path = ToUtf8(rest);
     std::ranges::replace(path, '\\', '/');
     return path;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The Linux machine: a folder that holds what a Windows machine has, and a file in it, machine.ini,
-// that tells what a Windows machine knows by itself.
+// The Linux machine: a folder with the files of a Windows machine. The file machine.ini in it holds
+// the facts that Windows would be asked for: printers, the user, the domain, accounts.
 
 #include <filesystem>
 #include <optional>
@@ -12,18 +12,17 @@
 
 namespace platform {
 
-/// The folder of the machine: the environment variable SIGIL_ROOT, else `sigil/machine` in the
-/// user's data folder.
+/// Returns the folder of the machine: the environment variable SIGIL_ROOT, else `sigil/machine` in
+/// the user's data folder.
 std::filesystem::path MachineRoot();
 
-/// Where the file of a Windows path lies: `C:\a\b` in `<root>/C/a/b`. Both `\` and `/` part pieces,
-/// but a path that begins with `/` is one of Linux and needs no root. A path without a drive is one
-/// of `C:\`; `..` never leaves a drive. Pieces that exist only in other upper and lower case are
-/// found as Windows finds them.
+/// Returns the Linux path of a Windows path: `<root>/C/a/b` for `C:\a\b`. Both `\` and `/` separate
+/// names, but a path that begins with `/` is a Linux path already. A path without a drive is on C.
+/// `..` never leaves a drive. Names are found without regard to case.
 std::filesystem::path HostPath(std::wstring_view windowsPath);
 
-/// The path of the name in `folder` that Windows would find: without regard to case, but as it is
-/// when there is none.
+/// Returns the path of the name in `folder`, found without regard to case. A name that does not
+/// exist keeps its case.
 std::filesystem::path FindName(const std::filesystem::path& folder, std::wstring_view name);
 
 struct Printer {
@@ -37,7 +36,7 @@ struct Account {
   std::optional<std::wstring> fullName;
 };
 
-/// The accounts of one server; those of the machine itself have no server name.
+/// The accounts of one server. The machine itself has an empty server name.
 struct AccountList {
   std::wstring server;
   std::vector<Account> accounts;
@@ -45,37 +44,36 @@ struct AccountList {
 
 struct Machine {
   std::wstring user;
-  std::wstring domain;  ///< Or the workgroup.
+  std::wstring domain;  ///< The domain or the workgroup.
   bool joined = false;
-  std::wstring controller;  ///< Empty: none answers.
+  std::wstring controller;  ///< Empty if no controller answers.
   std::vector<AccountList> accountLists;
   std::vector<Printer> printers;
 };
 
-/// A line of machine.ini that is not read as it stands.
+/// A line of machine.ini that has no effect.
 struct UnreadLine {
   enum class Reason {
-    kNoText,          ///< It is ill-formed in the file's encoding, or has a NUL.
-    kNoSection,       ///< It stands before the first section.
-    kUnknownSection,  ///< The header of a section that nobody reads, with all its lines.
-    kSecondSection,   ///< The same of a section of which the first counts.
-    kUnknownKey,      ///< Nobody reads an entry of this name.
-    kSecondKey,       ///< An entry of which the first counts.
-    kNoValue,         ///< There is no '=', where a value is read.
+    kNoText,          ///< Ill-formed in the file's encoding, or with a NUL.
+    kNoSection,       ///< Before the first section.
+    kUnknownSection,  ///< The header of an unknown section; its lines have no effect.
+    kSecondSection,   ///< The header of a section that occurs twice; the first counts.
+    kUnknownKey,      ///< An entry with an unknown name.
+    kSecondKey,       ///< An entry that occurs twice; the first counts.
+    kNoValue,         ///< An entry without '=' that needs a value.
   };
   std::size_t number;  ///< From 1 on.
-  std::wstring name;   ///< Of the entry, or "[...]" of the section.
+  std::wstring name;   ///< The entry's name, or "[...]" for a section.
   Reason reason;
-  /// The names that are read in the place of one that nobody reads.
+  /// The known names, where the name is unknown.
   std::span<const std::wstring_view> readHere = {};
 };
 
-/// Reads machine.ini anew, and tells the lines that the reading has made nothing of. A missing file
-/// is a machine with no printers and accounts of its own. Throws std::system_error when the file is
-/// there and cannot be read.
+/// Reads machine.ini, and puts the lines without effect into `unread`. A missing file is a machine
+/// without printers and accounts. Throws std::system_error when the file cannot be read.
 Machine LoadMachine(std::vector<UnreadLine>* unread = nullptr);
 
-/// Whether two names are of one server, with or without their leading backslashes.
+/// Returns whether two names mean one server, with or without their leading backslashes.
 bool SameServer(std::wstring_view left, std::wstring_view right);
 
 }  // namespace platform

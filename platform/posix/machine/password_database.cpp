@@ -11,7 +11,7 @@ namespace platform {
 
 namespace {
 
-/// `find` is one of the reentrant look-ups, which tells when its buffer is too small.
+/// `find` is a reentrant look-up, which fails with ERANGE when its buffer is too small.
 template <typename Find>
 std::optional<SystemUser> Look(Find find) {
   constexpr std::size_t kMost = 1 << 20;

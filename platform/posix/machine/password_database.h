@@ -15,7 +15,7 @@ struct SystemUser {
   std::wstring fullName;  ///< The comment field up to its first comma.
 };
 
-/// Null when the database has no such user, or cannot be asked.
+/// Returns null when the database has no such user or cannot be read.
 std::optional<SystemUser> FindUser(uid_t number);
 std::optional<SystemUser> FindUser(std::wstring_view login);
 

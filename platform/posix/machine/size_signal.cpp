@@ -18,10 +18,11 @@ sigset_t SizeSignal() {
 
 NoSizeSignal::NoSizeSignal() {
   const sigset_t set = SizeSignal();
+  pthread_sigmask(SIG_BLOCK, &set, &m_before);
+  if (sigismember(&m_before, SIGXFSZ) != 1) return;  // it would have been delivered
   sigset_t pending;
   sigpending(&pending);
   m_wasPending = sigismember(&pending, SIGXFSZ) == 1;
-  pthread_sigmask(SIG_BLOCK, &set, &m_before);
 }
 
 NoSizeSignal::~NoSizeSignal() {

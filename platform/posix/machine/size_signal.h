@@ -19,7 +19,7 @@ class NoSizeSignal {
 
  private:
   sigset_t m_before;
-  bool m_wasPending;
+  bool m_wasPending = false;
 };
 
 }  // namespace platform

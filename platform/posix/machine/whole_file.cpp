@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "platform/posix/machine/draft.h"
 #include "platform/posix/machine/machine_file.h"
 #include "platform/posix/machine/size_signal.h"
 
