@@ -13,6 +13,10 @@ void AddCommands(CommandLine& line);
 /// The last part of the help: exit status, environment.
 extern const char kFooter[];
 
+/// Returns whether the delivered policy is in force, in a sentence; empty in a home that cannot
+/// tell.
+std::string DeliveredForce();
+
 void AddInit(CommandLine& line);
 void AddCheck(CommandLine& line);
 void AddDiff(CommandLine& line);

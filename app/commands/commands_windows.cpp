@@ -18,6 +18,10 @@ const char kFooter[] =
     "No policy is rehearsed on Windows: update refuses what is no policy or would\n"
     "empty every entry, and applies the rest; with --force that too.\n";
 
+std::string DeliveredForce() {
+  return "";
+}
+
 void AddCommands(CommandLine& line) {
   AddUpdate(line);
   AddSwitches(line);

@@ -51,7 +51,9 @@ void PrintPage(const Json& diagnosis) {
 
 /// Returns 0 when every export would do its work, else 1.
 int RunDoctor(bool isJson) {
-  const Json diagnosis = Diagnose();
+  Json diagnosis = Diagnose();
+  if (const std::string force = DeliveredForce(); !force.empty())
+    diagnosis["parts"].push_back({{"part", "In force"}, {"state", force}, {"place", ""}});
   if (isJson)
     PrintJson(std::cout, diagnosis);
   else

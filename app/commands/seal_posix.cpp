@@ -69,7 +69,8 @@ int Seal(const Options& options) {
   if (options.output.empty()) {
     const DeliveryFolder delivery = FindDeliveryFolder();
     WriteOutput(platform::HostPath(delivery.PolicyFile()), sealed);
-    Tell(sealed.size(), platform::ToUtf8(delivery.PolicyFile()) + " (" + delivery.origin + ")");
+    Tell(sealed.size(),
+         platform::HostPath(delivery.PolicyFile()).string() + " (" + delivery.origin + ")");
   } else {
     WriteOutput(options.output, sealed);
     Tell(sealed.size(), options.output);

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "app/commands/commands.h"
+#include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/rehearsal/fields.h"
 #include "app/text/errors.h"
@@ -60,6 +61,13 @@ std::string Active(const peers::ActiveRecord& setting, const peers::EntryRecord&
          std::to_string(entry.watermarks.size());
 }
 
+/// Returns the SHA-256 of the delivered text; empty when there is none to read.
+std::string DeliveredChecksum() try {
+  return ChecksumOf(ReadPolicySource("").text);
+} catch (const UsageError&) {
+  return "";
+}
+
 void ShowLists(const peers::SettingFileContent& content) {
   std::cout << "Content log: " << OnOff(content.contentLog) << "\n";
   const auto list = [](const char* title, const std::vector<std::string>& names) {
@@ -74,6 +82,8 @@ void ShowLists(const peers::SettingFileContent& content) {
   list("Exclude list", namesOf(content.excluded));
   if (!content.secondExcluded.empty()) list("Second exclude list", namesOf(content.secondExcluded));
   if (!content.drivers.empty()) list("Drivers with settings of their own", content.drivers);
+  const std::string checksum = DeliveredChecksum();
+  std::cout << "Delivered policy: " << (checksum.empty() ? "none" : "SHA-256 " + checksum) << "\n";
 }
 
 void ShowEntries(const std::vector<const peers::EntryRecord*>& entries) {
@@ -188,15 +198,18 @@ Json ToJson(const peers::EntryRecord& entry, bool hasIds) {
           {"watermarks", watermarks}};
 }
 
-/// One JSON object: `contentLog`, `excluded` (names) and `entries`, each with `printer`,
-/// `lastSetting`, `customSettings` and `watermarks`.
+/// One JSON object: `delivered` (the SHA-256 of its text, or null), `contentLog`, `excluded`
+/// (names) and `entries`, each with `printer`, `lastSetting`, `customSettings` and `watermarks`.
 void ShowJson(const peers::SettingFileContent& content, bool hasIds) {
   Json excluded = Json::array();
   for (const peers::ExcludeRecord& printer : content.excluded) excluded.push_back(printer.name);
   Json entries = Json::array();
   for (const peers::EntryRecord& entry : content.entries) entries.push_back(ToJson(entry, hasIds));
-  PrintJson(std::cout,
-            {{"contentLog", content.contentLog}, {"excluded", excluded}, {"entries", entries}});
+  const std::string checksum = DeliveredChecksum();
+  PrintJson(std::cout, {{"delivered", checksum.empty() ? Json() : Json(checksum)},
+                        {"contentLog", content.contentLog},
+                        {"excluded", excluded},
+                        {"entries", entries}});
 }
 
 // --- One printer

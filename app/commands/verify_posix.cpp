@@ -65,6 +65,15 @@ int Verify(const Options& options) try {
 
 }  // namespace
 
+std::string DeliveredForce() try {
+  const Force force = ForceOf(ReviewPolicy({ReadPolicySource("").text}));
+  if (force.IsIn()) return "yes";
+  if (force.unknown.empty()) return "no; `sigilctl verify` names what differs";
+  return Sentence(force);
+} catch (const std::exception& error) {
+  return "cannot be told: " + CauseOf(error);
+}
+
 void AddVerify(CommandLine& line) {
   const auto options = std::make_shared<Options>();
   CLI::App& command =

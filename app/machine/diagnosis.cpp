@@ -49,11 +49,13 @@ Json Parts(const MachineState& state) {
     parts.push_back({{"part", part}, {"state", text}, {"place", place}});
   };
   add("User", state.user, "");
-  add("Delivery folder", state.delivery.origin, ToUtf8(state.delivery.path));
-  add("Key source", state.keySource, ToUtf8(KeySource()));
-  add("Policy file", state.policyFile, ToUtf8(state.delivery.PolicyFile()));
+  add("Delivery folder", state.delivery.origin, HostPath(state.delivery.path).string());
+  add("Key source", state.keySource, HostPath(KeySource()).string());
+  add("Policy file", state.policyFile, HostPath(state.delivery.PolicyFile()).string());
+  add("Its SHA-256", state.checksum.empty() ? "none" : state.checksum, "");
   add("Scope of set", ScopeState(state), "");
-  add("Function switch", state.functionSwitch.state, ToUtf8(state.delivery.SystemSetting()));
+  add("Function switch", state.functionSwitch.state,
+      HostPath(state.delivery.SystemSetting()).string());
   add("Component", state.component.empty() ? "found" : state.component,
       ToUtf8(BesideHost(kComponentFile)));
   add("Setting file", state.settingFile.state, state.settingFile.place);

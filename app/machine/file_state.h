@@ -14,7 +14,7 @@ namespace app {
 
 struct SettingState {
   std::string state;    ///< For people.
-  std::string place;    ///< Where the file is, as a Windows path; empty on Windows.
+  std::string place;    ///< Where the file is; empty on Windows.
   std::string unsaved;  ///< Why nothing would be saved; empty when all is well.
 };
 

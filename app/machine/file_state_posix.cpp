@@ -179,7 +179,7 @@ std::string WhyNotMade(const fs::path& folder) {
 SettingState ExamineSettingFile() {
   const peers::SettingPlace setting = peers::FindSettingPlace();
   SettingState state;
-  state.place = platform::ToUtf8(setting.folder) + "\\" + setting.file.filename().string();
+  state.place = setting.file.string();
   std::error_code error;
   const bool isThere = fs::exists(fs::symlink_status(setting.file, error));
   const std::string damage = isThere ? WhyDamaged(setting.file) : "";

@@ -43,6 +43,7 @@ void ExaminePolicy(MachineState& state) {
     return;
   }
   state.policyFile += ", readable";
+  state.checksum = ChecksumOf(unsealed->text);
   state.scope = _wtoi(policy.scope.value_or(L"").c_str());
   state.hasSwitchingPolicy = policy.hasPolicy;
 }

@@ -36,6 +36,7 @@ struct MachineState {
   std::string keySource;   ///< The state of the file that the key comes from.
   bool hasKey = false;     ///< A key comes of that file. If not, no policy file is opened.
   std::string policyFile;  ///< The state of the policy file.
+  std::string checksum;    ///< The SHA-256 of its text; empty when no text comes of it.
   /// The scope that set goes by; nothing when no policy is readable.
   std::optional<int> scope;
   bool hasSwitchingPolicy = false;  ///< The scope is that of policy 1, which is there.
