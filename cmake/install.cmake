@@ -20,6 +20,9 @@ endif()
 install(FILES boundary/exports.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sigil
         RENAME sigil_setting.h)
 install(FILES docs/hosting.md DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME README.md)
+if(WIN32)
+  install(FILES docs/policy.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+endif()
 install(FILES docs/windows.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(WIN32)
   # An import library that the platform's usual compiler takes too: GCC's holds objects without the
@@ -77,7 +80,8 @@ if(NOT WIN32)
                      COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/app/sigilctl.1 > ${manual})
   add_custom_target(sigilctl_manual ALL DEPENDS ${manual})
   install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  install(FILES docs/policy.md docs/machine.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install(FILES docs/policy.md docs/machine.md docs/fleet.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install(DIRECTORY contrib/ansible contrib/logrotate DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
   install(FILES app/sigilctl.bash RENAME sigilctl
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
