@@ -198,6 +198,13 @@ TEST_F(MachineFile, IsMadeForItsAccountAloneWhateverTheUmask) {
       EXPECT_EQ(fs::status(made).permissions(), fs::perms(0600)) << made;
     EXPECT_EQ(fs::status(file.parent_path()).permissions(), fs::perms(0700));
   }
+  const mode_t before = umask(0);
+  setenv("SIGIL_ROOT", (m_root / "above/its/root").c_str(), 1);
+  EXPECT_TRUE(platform::OpenFolder(platform::MachineRoot() / "C", platform::Missing::kIsMade));
+  umask(before);
+  setenv("SIGIL_ROOT", m_root.c_str(), 1);
+  for (const char* made : {"above", "above/its", "above/its/root"})
+    EXPECT_EQ(fs::status(m_root / made).permissions(), fs::perms(0700)) << made;
   // What an older version or another program left open to others is closed when it is met.
   fs::permissions(m_path.parent_path(), fs::perms(0777));
   EXPECT_EQ(Use(kFile), "0 191 0 0");

@@ -188,7 +188,7 @@ namespace {
 
 /// Returns null when there is no such name.
 std::optional<fs::path> FindExisting(const fs::path& folder, std::wstring_view name) {
-  const fs::path exact = folder / ToUtf8(name);
+  fs::path exact = folder / ToUtf8(name);
   std::error_code error;
   if (fs::exists(fs::symlink_status(exact, error))) return exact;
   std::string best;
