@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <system_error>
 
@@ -19,14 +20,16 @@ namespace fs = std::filesystem;
 constexpr mode_t kOwnFile = 0600;
 constexpr mode_t kNewFile = 0666;  // less the umask
 
-/// Makes a file with a new name, which begins with `name`.
+/// Makes a file with a new name: `name`, a dot and six digits.
 Descriptor MakeNew(const Descriptor& folder, std::string& name, mode_t mode) {
   constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
   const std::string begin = name + ".";
   for (;;) {
     std::uint32_t number = 0;
     if (getrandom(&number, sizeof number, 0) != sizeof number) return {};
-    name = begin + std::to_string(number);
+    char digits[7];
+    std::snprintf(digits, sizeof digits, "%06x", number & 0xFFFFFF);
+    name = begin + digits;
     Descriptor file(openat(folder.Get(), name.c_str(), kFlags, mode));
     if (file || errno != EEXIST) return file;
   }
