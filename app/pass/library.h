@@ -3,6 +3,7 @@
 // The library as any host has it: loaded at run time from the host's own folder, its operations
 // looked up by name; and what it tells while one of them runs.
 
+#include <compare>
 #include <functional>
 #include <string>
 #include <vector>
@@ -27,7 +28,7 @@ struct Message {
   std::string function;
   std::string text;
 
-  bool operator==(const Message&) const = default;
+  auto operator<=>(const Message&) const = default;
 };
 
 /// What came of a call: the export's result and every message on the way, also those that the log

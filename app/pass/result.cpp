@@ -136,9 +136,10 @@ int Report(const Outcome& outcome, const Work& work) {
     std::cout << "  " << work.numbers << "\n";
   for (const std::string& line : work.lines) std::cout << "  " << line << "\n";
   std::cout << std::flush;
+  const std::set<Message> told(work.told.begin(), work.told.end());
   std::erase_if(troubles, [&](const Message& message) {
     const bool isCause = cause.isForeseen && MeaningOf(message).weight == Weight::kFailure;
-    return (isCause && !work.isVerbose) || std::ranges::find(work.told, message) != work.told.end();
+    return (isCause && !work.isVerbose) || told.contains(message);
   });
   Tell(std::move(troubles), work.isVerbose);
   TellRefusedPlaces();
