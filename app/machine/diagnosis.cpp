@@ -48,12 +48,16 @@ Json Parts(const MachineState& state) {
   const auto add = [&](const char* part, const std::string& text, const std::string& place) {
     parts.push_back({{"part", part}, {"state", text}, {"place", place}});
   };
-  add("User", state.user, "");
+  const UserFile& user = state.userFile;
+  const std::string fullName = user.hasFullName ? user.fullName : "not obtained yet";
+  add("User", state.user + (user.path.empty() ? "" : ", full name " + fullName), "");
+  add("User information", user.state, ToUtf8(user.path));
   add("Delivery folder", state.delivery.origin, ToUtf8(state.delivery.path));
   add("Key source", state.keySource, ToUtf8(KeySource()));
   add("Policy file", state.policyFile, ToUtf8(state.delivery.PolicyFile()));
   add("Scope of set", ScopeState(state), "");
   add("Function switch", state.functionSwitch.state, ToUtf8(state.delivery.SystemSetting()));
+  add("Library", state.library.empty() ? "found" : state.library, ToUtf8(BesideHost(kLibrary)));
   add("Component", state.component.empty() ? "found" : state.component,
       ToUtf8(BesideHost(kComponentFile)));
   add("Setting file", state.settingFile.state, state.settingFile.place);

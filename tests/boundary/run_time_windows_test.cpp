@@ -48,8 +48,8 @@ TEST(RunTime, CatchesItsOwnThrowsBesideAnother) {
   FreeLibrary(other);
 }
 
-/// Returns the bytes that this process has for itself, as Windows keeps count of them. An emulator's
-/// own memory is not among them.
+/// Returns the bytes that this process has for itself, as Windows keeps count of them. An
+/// emulator's own memory is not among them.
 std::size_t PrivateBytes() {
   std::size_t bytes = 0;
   MEMORY_BASIC_INFORMATION region;
@@ -81,8 +81,8 @@ TEST(RunTime, LeavesNothingBehindWhenTheLibraryGoes) {
   const Holdings after;
   EXPECT_EQ(after.threadIndex, before.threadIndex);
   EXPECT_EQ(after.handle, before.handle);
-  // The recorder's notes of the passes are some hundred bytes for each; a heap or the memory kept for
-  // exceptions would be a whole page at least.
+  // The recorder's notes of the passes are some hundred bytes for each; a heap or the memory kept
+  // for exceptions would be a whole page at least.
   EXPECT_LT(after.bytes, before.bytes + kLoads * std::size_t{4096});
 }
 
