@@ -51,7 +51,7 @@ Json Parts(const MachineState& state) {
   const UserFile& user = state.userFile;
   const std::string fullName = user.hasFullName ? user.fullName : "not obtained yet";
   add("User", state.user + (user.path.empty() ? "" : ", full name " + fullName), "");
-  add("User information", user.state, ToUtf8(user.path));
+  add("User file", user.state, ToUtf8(user.path));
   add("Delivery folder", state.delivery.origin, ToUtf8(state.delivery.path));
   add("Key source", state.keySource, ToUtf8(KeySource()));
   add("Policy file", state.policyFile, ToUtf8(state.delivery.PolicyFile()));

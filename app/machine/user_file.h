@@ -12,7 +12,8 @@ namespace app {
 /// The component's folder for settings; empty when the component gives none.
 std::wstring SettingFolder();
 
-/// Lays a file of the mark alone where `file` is missing or empty. Failures are the pass's to tell.
+/// Lays a file of the mark alone, and its folder, where `file` is missing or empty. Says nothing of
+/// failures, because the pass meets them too.
 void LayUserFile(const std::wstring& file);
 
 /// The same for this machine and user.

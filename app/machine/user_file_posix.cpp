@@ -1,9 +1,11 @@
-#include <system_error>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "app/machine/home.h"
 #include "app/machine/user_file.h"
 #include "peers/settings_component/setting_file.h"
-#include "platform/posix/machine/whole_file.h"
+#include "platform/posix/machine/machine_file.h"
 
 namespace app {
 
@@ -12,15 +14,11 @@ std::wstring SettingFolder() {
 }
 
 void LayUserFile(const std::wstring& file) {
-  const std::filesystem::path path = HostPath(file);
-  try {
-    if (!platform::ReadWholeFile(path).value_or("").empty()) return;
-    platform::ChangeWholeFile(path, [](const std::optional<std::string>& before) {
-      return before.value_or("").empty() ? "\xFF\xFE" : *before;
-    });
-  } catch (const std::system_error&) {
-    // The library goes on without it too.
-  }
+  const platform::Descriptor opened = platform::Open(HostPath(file), O_WRONLY | O_CREAT);
+  struct stat status = {};
+  if (!opened || fstat(opened.Get(), &status) != 0 || status.st_size != 0) return;
+  // A failure leaves the file empty, as it was.
+  [[maybe_unused]] const ssize_t written = write(opened.Get(), "\xFF\xFE", 2);
 }
 
 }  // namespace app

@@ -1,5 +1,8 @@
 #include <windows.h>
 
+#include <filesystem>
+#include <system_error>
+
 #include "app/machine/parts.h"
 #include "app/machine/user_file.h"
 #include "component/names.h"
@@ -40,12 +43,15 @@ std::wstring SettingFolder() {
 }
 
 void LayUserFile(const std::wstring& file) {
+  std::error_code ignored;
+  std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
   // No one writes between the look at the size and the mark.
-  const Owner<HANDLE, Close, INVALID_HANDLE_VALUE> opened(CreateFileW(
-      file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!opened || GetFileSize(opened.Get(), nullptr) != 0) return;
+  const HANDLE handle = CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return;
+  const Owner<HANDLE, Close> opened(handle);
   DWORD written = 0;
-  WriteFile(opened.Get(), "\xFF\xFE", 2, &written, nullptr);
+  if (GetFileSize(handle, nullptr) == 0) WriteFile(handle, "\xFF\xFE", 2, &written, nullptr);
 }
 
 }  // namespace app
