@@ -45,7 +45,10 @@ endif()
 # What makes a fault harder to use against a host; tools/check_hardening and tools/check_dll look for
 # it. The checked forms of Linux' C library need an optimised build, and sanitizers have their own.
 target_compile_options(sigil_options INTERFACE -fstack-protector-strong)
-if(NOT WIN32)
+if(WIN32)
+  add_library(sigil_stack_guard STATIC ${PROJECT_SOURCE_DIR}/platform/windows/dll/stack_guard.cpp)
+  target_link_libraries(sigil_options INTERFACE sigil_stack_guard)
+else()
   include(CheckPIESupported)
   check_pie_supported()
   target_link_options(sigil_options INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
@@ -83,9 +86,9 @@ function(sigil_part_symbols name)
   set(file $<TARGET_FILE:${name}>)
   add_custom_command(
     TARGET ${name} POST_BUILD
-    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
-    COMMAND ${CMAKE_STRIP} ${file}
-    COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${file}.debug ${file})
+    COMMAND ${CMAKE_OBJCOPY} --preserve-dates --only-keep-debug ${file} ${file}.debug
+    COMMAND ${CMAKE_STRIP} --preserve-dates ${file}
+    COMMAND ${CMAKE_OBJCOPY} --preserve-dates --add-gnu-debuglink=${file}.debug ${file})
 endfunction()
 
 # sigil_version_resource(NAME FILE DESCRIPTION [MANIFEST]): what Windows reads of a file without loading
