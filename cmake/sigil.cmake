@@ -34,12 +34,23 @@ else()
   target_compile_options(sigil_options INTERFACE -Wno-sign-conversion)
 endif()
 
-# What makes a fault harder to use against a host, on Linux; tools/check_hardening looks for it. The
-# checked forms of the C library need an optimised build, and sanitizers have their own.
-if(NOT WIN32)
+# What is delivered has nothing of the place and the time of its build.
+if(WIN32 OR CMAKE_BUILD_TYPE STREQUAL Release)
+  target_compile_options(sigil_options INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+endif()
+if(WIN32)
+  target_link_options(sigil_options INTERFACE LINKER:--no-insert-timestamp)
+endif()
+
+# What makes a fault harder to use against a host; tools/check_hardening and tools/check_dll look for
+# it. The checked forms of Linux' C library need an optimised build, and sanitizers have their own.
+target_compile_options(sigil_options INTERFACE -fstack-protector-strong)
+if(WIN32)
+  add_library(sigil_stack_guard STATIC ${PROJECT_SOURCE_DIR}/platform/windows/dll/stack_guard.cpp)
+  target_link_libraries(sigil_options INTERFACE sigil_stack_guard)
+else()
   include(CheckPIESupported)
   check_pie_supported()
-  target_compile_options(sigil_options INTERFACE -fstack-protector-strong)
   target_link_options(sigil_options INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
   if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize=")
     target_compile_definitions(sigil_options
@@ -75,9 +86,24 @@ function(sigil_part_symbols name)
   set(file $<TARGET_FILE:${name}>)
   add_custom_command(
     TARGET ${name} POST_BUILD
-    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
-    COMMAND ${CMAKE_STRIP} ${file}
-    COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${file}.debug ${file})
+    COMMAND ${CMAKE_OBJCOPY} --preserve-dates --only-keep-debug ${file} ${file}.debug
+    COMMAND ${CMAKE_STRIP} --preserve-dates ${file}
+    COMMAND ${CMAKE_OBJCOPY} --preserve-dates --add-gnu-debuglink=${file}.debug ${file})
+endfunction()
+
+# sigil_version_resource(NAME FILE DESCRIPTION [MANIFEST]): what Windows reads of a file without loading
+# it. A program has a manifest too.
+function(sigil_version_resource name file description)
+  set(SIGIL_FILE ${file})
+  set(SIGIL_DESCRIPTION ${description})
+  set(SIGIL_FILE_TYPE VFT_DLL)
+  if(ARGN)
+    set(SIGIL_FILE_TYPE VFT_APP)
+    set(SIGIL_MANIFEST "CREATEPROCESS_MANIFEST_RESOURCE_ID RT_MANIFEST \"${ARGN}\"\n")
+    set_source_files_properties(${PROJECT_BINARY_DIR}/${file}.rc PROPERTIES OBJECT_DEPENDS ${ARGN})
+  endif()
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/version.rc.in ${PROJECT_BINARY_DIR}/${file}.rc @ONLY)
+  target_sources(${name} PRIVATE ${PROJECT_BINARY_DIR}/${file}.rc)
 endfunction()
 
 # sigil_library(NAME SHARED|MODULE SOURCE...): a library without open ends that shows nothing of the

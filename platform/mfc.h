@@ -162,7 +162,9 @@ class CFile {
   /// FALSE when the file or folder is not there or cannot be asked.
   static BOOL GetStatus(LPCWSTR path, CFileStatus& status);
 
-  /// FALSE when the file cannot be opened. `error` is null: nobody asks why.
+  /// Returns FALSE when the file cannot be opened. Without shareDenyNone the file is this object's
+  /// alone on Windows: it does not open while another has it open, and none can open it until it is
+  /// closed. `error` is null: nobody asks why.
   virtual BOOL Open(LPCWSTR path, UINT flags, CFileException* error = nullptr);
 
   /// The number of bytes read, less than `count` at the end of the file only. Raises
@@ -175,7 +177,7 @@ class CFile {
   std::FILE* Stream() const;
   /// Raises CFileException after a read error.
   void CheckStream() const;
-  bool OpenStream(LPCWSTR path);
+  bool OpenStream(LPCWSTR path, UINT flags);
 
  private:
   static void CloseStream(std::FILE* stream) { std::fclose(stream); }

@@ -160,7 +160,7 @@ void AddPolicyId(CLI::App& command, int& policyId) {
 }
 
 void AddForce(CLI::App& command, bool& isForced) {
-  command.add_flag("--force", isForced, "Also a policy that a rehearsal finds unfit");
+  command.add_flag("--force", isForced, "Also a policy that would be refused");
 }
 
 void AddJson(CLI::App& command, bool& isJson) {

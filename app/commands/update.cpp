@@ -4,6 +4,7 @@
 #include "app/commands/commands.h"
 #include "app/machine/file_state.h"
 #include "app/machine/state.h"
+#include "app/machine/user_file.h"
 #include "app/pass/messages.h"
 #include "app/pass/result.h"
 #include "app/rehearsal/refusal.h"
@@ -44,6 +45,7 @@ int Update(const Options& options) {
   const std::wstring text = ReadTextFile(options.file);
   const Verdict verdict = RefuseOrTell(text, NameOf(options.file), options.policyId, Use::kUpdate,
                                        options.isForced, options.resetName);
+  LayUserFile();
   const auto before = WatermarkIds();
   const Outcome outcome = Call(UpdateCall(text, options.policyId, options.resetName));
   const WorkDone done = WorkDoneIn(outcome);

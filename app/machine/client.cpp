@@ -82,7 +82,8 @@ std::vector<std::wstring> ClientFiles() {
 
 FunctionSwitch ReadFunctionSwitch(const std::wstring& file) {
   CStdioFile rows;
-  if (!IsReadable(file) || !rows.Open(file.c_str(), CFile::modeRead | CFile::typeText))
+  if (!IsReadable(file) ||
+      !rows.Open(file.c_str(), CFile::modeRead | CFile::shareDenyNone | CFile::typeText))
     return {std::nullopt, "unknown: the file cannot be opened"};
   std::optional<CString> value;
   std::wstring alike;

@@ -48,7 +48,10 @@ Json Parts(const MachineState& state) {
   const auto add = [&](const char* part, const std::string& text, const std::string& place) {
     parts.push_back({{"part", part}, {"state", text}, {"place", place}});
   };
-  add("User", state.user, "");
+  const UserFile& user = state.userFile;
+  const std::string fullName = user.hasFullName ? user.fullName : "not obtained yet";
+  add("User", state.user + (user.path.empty() ? "" : ", full name " + fullName), "");
+  add("User file", user.state, HostPath(user.path).string());
   add("Delivery folder", state.delivery.origin, HostPath(state.delivery.path).string());
   add("Key source", state.keySource, HostPath(KeySource()).string());
   add("Policy file", state.policyFile, HostPath(state.delivery.PolicyFile()).string());
@@ -56,6 +59,7 @@ Json Parts(const MachineState& state) {
   add("Scope of set", ScopeState(state), "");
   add("Function switch", state.functionSwitch.state,
       HostPath(state.delivery.SystemSetting()).string());
+  add("Library", state.library.empty() ? "found" : state.library, ToUtf8(BesideHost(kLibrary)));
   add("Component", state.component.empty() ? "found" : state.component,
       ToUtf8(BesideHost(kComponentFile)));
   add("Setting file", state.settingFile.state, state.settingFile.place);

@@ -32,8 +32,9 @@ std::wstring BesideHost(const std::wstring& fileName);
 extern const wchar_t kLibrary[];
 extern const wchar_t kLog[];
 
-/// What to do about trouble with the printers, the user's account, a delivered policy that is
-/// refused, of another key, or missing.
+/// The steps against trouble with the mutex, the printers, the user's account, and a delivered
+/// policy that is refused, of another key, or missing.
+extern const char kMendMutex[];
 extern const char kMendPrinters[];
 extern const char kMendAccount[];
 extern const char kMendDelivery[];

@@ -14,6 +14,7 @@ namespace fs = std::filesystem;
 const wchar_t kLibrary[] = L"libSigilSetting.so";
 const wchar_t kLog[] = L"liblog4cxx.so";
 
+const char kMendMutex[] = "`sigilctl doctor` tells why.";
 const char kMendPrinters[] = "See to machine.ini.";
 const char kMendAccount[] = "See to the account in machine.ini or the directory.";
 const char kMendDelivery[] =

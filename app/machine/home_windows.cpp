@@ -16,17 +16,38 @@ namespace app {
 const wchar_t kLibrary[] = L"SigilSetting.dll";
 const wchar_t kLog[] = L"log4cxx.dll";
 
+const char kMendMutex[] =
+    "A process of another account or of a higher integrity level has it: end that process, or run "
+    "this one as that one runs.";
 const char kMendPrinters[] = "See to the machine's printers and its spooler.";
 const char kMendAccount[] = "See to the account on this machine or in the directory.";
 const char kMendDelivery[] = "have a good one delivered";
 const char kMendKey[] = "have it delivered sealed under this machine's key source";
 const char kMendMissing[] = "have one delivered";
 
+namespace {
+
+UINT g_codePageBefore = 0;
+
+/// At Ctrl-C and its like, which end the process without its exit functions.
+BOOL WINAPI RestoreConsole(DWORD /*event*/) {
+  SetConsoleOutputCP(g_codePageBefore);
+  return FALSE;
+}
+
+/// Gives the console UTF-8 for the life of this process.
+void UseUtf8OnConsole() {
+  g_codePageBefore = GetConsoleOutputCP();
+  std::atexit([] { RestoreConsole(0); });
+  SetConsoleCtrlHandler(RestoreConsole, TRUE);
+  SetConsoleOutputCP(CP_UTF8);
+}
+
+}  // namespace
+
 std::vector<std::string> Arguments(int /*argc*/, char** /*argv*/) {
   _setmode(_fileno(stdin), _O_BINARY);
-  static const UINT before = GetConsoleOutputCP();
-  std::atexit([] { SetConsoleOutputCP(before); });
-  SetConsoleOutputCP(CP_UTF8);
+  UseUtf8OnConsole();
 
   int count = 0;
   wchar_t** const words = CommandLineToArgvW(GetCommandLineW(), &count);

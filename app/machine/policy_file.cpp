@@ -1,5 +1,6 @@
 #include "app/machine/policy_file.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 
@@ -27,6 +28,9 @@ KeyState ExamineKey() {
     const auto source = ReadInput(HostPath(KeySource()), kGreatestKeySource);
     state.isThere = source && !source->empty();
     state.source = source ? std::to_string(source->size()) + " bytes" : "missing";
+    const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+    if (source && !kMachineIsFolder && !std::ranges::all_of(*source, isAscii))
+      state.source += "; not all ASCII, so a host with another ANSI code page makes another key";
   } catch (const std::runtime_error& error) {
     state.source = std::string("unreadable: ") + error.what();
   }

@@ -1,17 +1,15 @@
 #include "app/machine/state.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <stdexcept>
-#include <system_error>
 
 #include "app/machine/client.h"
 #include "app/machine/home.h"
+#include "app/machine/parts.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/policy_text.h"
 #include "component/names.h"
 #include "platform/crt.h"
-#include "platform/module.h"
 
 namespace app {
 namespace {
@@ -49,14 +47,9 @@ void ExaminePolicy(MachineState& state) {
 }
 
 std::string ExamineComponent() {
-  const std::wstring path = BesideHost(kComponentFile);
-  std::error_code error;
-  if (!std::filesystem::exists(HostPath(path), error)) return "is missing; put it beside sigilctl";
-  const HMODULE component = LoadLibraryW(path.c_str());
-  if (component == nullptr)
-    return "is there, but cannot be loaded (error " + std::to_string(GetLastError()) + ")";
-  const bool hasEntry = GetProcAddress(component, kCreateInstanceName) != nullptr;
-  FreeLibrary(component);
+  const Part component = LoadPart(kComponentFile);
+  if (!component.fault.empty()) return component.fault;
+  const bool hasEntry = GetProcAddress(component.module.Get(), kCreateInstanceName) != nullptr;
   return hasEntry ? "" : "has no SigilCreateInstance";
 }
 
@@ -81,6 +74,7 @@ Forecast Unsaved(const MachineState& state, const char* command, bool isSwitch) 
 
 Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
               bool listsPrinters) {
+  if (!state.library.empty()) return Bad(command, "none", "the library " + state.library);
   if (!state.mutex.empty()) return Bad(command, "-101", "no mutex: " + state.mutex);
   if (!state.component.empty())
     return Bad(command, "-101", "the Settings component " + state.component);
@@ -99,6 +93,7 @@ Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
 /// A switch that asks the system settings first.
 Forecast ClientSwitch(const MachineState& state, const char* command) {
   const FunctionSwitch& function = state.functionSwitch;
+  if (!state.library.empty()) return Pass(state, command, true, true);
   if (function.value.value_or(-1) < 0)
     return Bad(command, "-201", "SystemSetting.csv: " + function.state);
   if (function.value == 0) return Bad(command, "-200", "SystemSetting.csv: " + function.state);
@@ -129,7 +124,7 @@ Forecast Release(const MachineState& state) {
 
 Forecast Update(const MachineState& state) {
   Forecast update = Pass(state, "update", false, true);
-  if (update.result != "0" || state.hasFullName) return update;
+  if (update.result != "0" || state.userFile.hasFullName) return update;
   // A name that is found counts only once it is stored.
   const bool isStored = state.unstoredName.empty();
   update.result = isStored ? "0 or -99" : "-99";
@@ -147,6 +142,7 @@ MachineState Examine() {
   state.delivery = FindDeliveryFolder();
   ExaminePolicy(state);
   state.functionSwitch = ReadFunctionSwitch(state.delivery.SystemSetting());
+  state.library = LoadPart(kLibrary).fault;
   state.component = ExamineComponent();
   ExamineMachine(state);
   return state;

@@ -9,6 +9,7 @@
 
 #include "app/machine/client.h"
 #include "app/machine/file_state.h"
+#include "app/machine/user_file.h"
 #include "host/printer_kind.h"
 #include "platform/base.h"
 
@@ -44,7 +45,7 @@ struct MachineState {
   FunctionSwitch functionSwitch;
 
   std::string user;
-  bool hasFullName = false;  ///< The user information file has one.
+  UserFile userFile;
   std::string unstoredName;  ///< Why a full name that is found would not be stored; or empty.
 
   std::vector<UnreadLine> unread;
@@ -53,6 +54,7 @@ struct MachineState {
   std::optional<std::vector<PrinterState>> printers;
   std::string noPrinters;
 
+  std::string library;    ///< Empty when it can be loaded, else what is wrong.
   std::string component;  ///< Empty when it is found and has its entry, else what is wrong.
   SettingState settingFile;
   std::string mutex;    ///< Empty when the passes can have their mutex, else what is wrong.

@@ -11,11 +11,9 @@
 #include "app/text/wording.h"
 #include "host/shared_names.h"
 #include "peers/logging/log_path_posix.h"
-#include "peers/settings_component/setting_file.h"
 #include "platform/file.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/machine_file.h"
-#include "platform/profile.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -35,16 +33,6 @@ std::string WhyNotStored(const fs::path& file) {
   const std::string refused = WhyRefused(file);
   return refused.empty() ? WhyNotMade(file.parent_path())
                          : file.filename().string() + " " + refused;
-}
-
-void ExamineUser(MachineState& state, const std::wstring& settingFolder) {
-  const std::wstring file = settingFolder + kUserInformationName;
-  state.hasFullName = GetPrivateProfileIntW(kUserSection, kUserStateKey, 0, file.c_str()) != 0;
-  wchar_t name[256] = {};
-  GetPrivateProfileStringW(kUserSection, kUserFullNameKey, L"", name, 256, file.c_str());
-  state.user +=
-      state.hasFullName ? ", full name " + platform::ToUtf8(name) : ", full name not obtained yet";
-  state.unstoredName = WhyNotStored(platform::HostPath(file));
 }
 
 /// "; is Driver meant?", of a name or of a section by its first word; empty when nothing is like
@@ -95,10 +83,11 @@ void ExaminePrinters(MachineState& state) {
     state.noPrinters =
         "machine.ini " + (why.empty() ? "is unreadable: " + error.code().message() : why);
     state.user = "unknown: " + state.noPrinters;
-    state.settingFile.state = "unknown, without a user";
+    state.settingFile.state = state.userFile.state = "unknown, without a user";
     return;
   }
-  ExamineUser(state, peers::FindSettingPlace().folder);
+  state.userFile = ExamineUserFile();
+  state.unstoredName = WhyNotStored(platform::HostPath(state.userFile.path));
   state.settingFile = ExamineSettingFile();
 }
 

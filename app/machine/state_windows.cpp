@@ -1,8 +1,8 @@
 #include "app/machine/home.h"
+#include "app/machine/parts.h"
 #include "app/machine/state.h"
 #include "component/names.h"
 #include "host/shared_names.h"
-#include "platform/module.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -37,9 +37,12 @@ std::optional<std::vector<PrinterState>> ListPrinters(std::string& why) {
   return printers;
 }
 
-/// Opens the mutex alone if it is there: taking it could hold up a pass.
+/// Opens the mutex alone if it is there, with the access that a pass asks for: taking it could hold
+/// up a pass.
 std::string WhyNoMutex() {
-  const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, kSettingMutexName);
+  const HANDLE mutex = OpenMutexW(MUTEX_ALL_ACCESS, FALSE, kSettingMutexName);
+  if (mutex == nullptr && GetLastError() == ERROR_ACCESS_DENIED)
+    return WithError("this account may not open the one that is there");
   if (mutex == nullptr)
     return GetLastError() == ERROR_FILE_NOT_FOUND ? "" : WithError("cannot be opened");
   CloseHandle(mutex);
@@ -47,11 +50,10 @@ std::string WhyNoMutex() {
 }
 
 /// It may be the suite's, whose file nobody else knows.
-std::string ExamineLog(const std::wstring& path) {
-  const HMODULE log = LoadLibraryW(path.c_str());
-  if (log == nullptr) return WithError("cannot be loaded");
-  const bool canWatch = GetProcAddress(log, "SigilWatchLog") != nullptr;
-  FreeLibrary(log);
+std::string ExamineLog() {
+  const Part log = LoadPart(kLog);
+  if (!log.fault.empty()) return log.fault;
+  const bool canWatch = GetProcAddress(log.module.Get(), "SigilWatchLog") != nullptr;
   return canWatch ? "found" : "found; it cannot be watched from here";
 }
 
@@ -84,9 +86,9 @@ void ExamineMachine(MachineState& state) {
   state.printers = ListPrinters(state.noPrinters);
   state.settingFile = ExamineSettingFile();
   state.mutex = WhyNoMutex();
-  const std::wstring log = BesideHost(kLog);
-  state.log = ExamineLog(log);
-  state.logFile = platform::ToUtf8(log);
+  state.userFile = ExamineUserFile();
+  state.log = ExamineLog();
+  state.logFile = platform::ToUtf8(BesideHost(kLog));
   state.pipeError = AskControlPipe();
 }
 

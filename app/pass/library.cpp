@@ -3,37 +3,28 @@
 #include <stdexcept>
 
 #include "app/machine/home.h"
+#include "app/machine/parts.h"
 #include "peers/logging/log_watch.h"
-#include "platform/module.h"
 #include "platform/utf.h"
 
 namespace app {
 namespace {
 
-HMODULE Load(const wchar_t* fileName) {
-  const std::wstring path = BesideHost(fileName);
-  const HMODULE library = LoadLibraryW(path.c_str());
-  if (library == nullptr)
-    throw std::runtime_error(platform::ToUtf8(path) + ": the library cannot be loaded (error " +
-                             std::to_string(GetLastError()) + ")");
-  return library;
-}
-
-/// Null when the library has no such function.
-template <class Operation>
-Operation Function(HMODULE library, const char* name) {
-  // By way of the type of no function in particular, which the compiler takes as meant.
-  return reinterpret_cast<Operation>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
+Part Load(const wchar_t* fileName) {
+  Part part = LoadPart(fileName);
+  if (!part.fault.empty())
+    throw std::runtime_error(platform::ToUtf8(BesideHost(fileName)) + ": the library " + part.fault);
+  return part;
 }
 
 template <class Operation>
-void LookUp(HMODULE library, const char* name, Operation& operation) {
+void LookUp(const Part& library, const char* name, Operation& operation) {
   operation = Function<Operation>(library, name);
   if (operation == nullptr) throw std::runtime_error(std::string(name) + ": not in the library");
 }
 
 Exports LoadExports() {
-  const HMODULE library = Load(kLibrary);
+  static const Part library = Load(kLibrary);
   Exports exports{};
   LookUp(library, "SigilSettingReleaseWaterMark", exports.release);
   LookUp(library, "SigilSettingSetWaterMark", exports.set);

@@ -28,7 +28,7 @@ struct Row {
 
 // By number. What a message's own text adds, as a printer's name, is told behind the sentence.
 constexpr Row kRows[] = {
-    {100907, Weight::kFailure, "the setting file's mutex could not be made", kDoctor},
+    {100907, Weight::kFailure, "the setting file's mutex could not be made", kMendMutex},
     {100908, Weight::kFailure,
      "the setting file's mutex could not be taken: another process kept it, or died with it",
      kAgain},

@@ -171,7 +171,12 @@ fs::path ScratchMachine::CopyMachine() const {
   CopyFile(platform::MachineRoot() / "machine.ini", root);
   for (const std::wstring& file : ClientFiles()) CopyIfReadable(platform::HostPath(file), root);
   const peers::SettingPlace setting = peers::FindSettingPlace();
-  CopyIfReadable(platform::HostPath(setting.folder + kUserInformationName), root);
+  const fs::path userFile = platform::HostPath(setting.folder + kUserInformationName);
+  CopyIfReadable(userFile, root);
+  // As update lays it.
+  const auto place = PlaceIn(root, userFile);
+  std::error_code error;
+  if (place && !fs::exists(*place, error)) Write(*place, "\xFF\xFE");
   CopySettings(setting.file, root);
   return root;
 }

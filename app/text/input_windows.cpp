@@ -28,6 +28,11 @@ std::optional<std::string> ReadInput(const std::filesystem::path& file, std::siz
   if (handle == INVALID_HANDLE_VALUE) {
     if (GetLastError() == ERROR_FILE_NOT_FOUND || GetLastError() == ERROR_PATH_NOT_FOUND)
       return std::nullopt;
+    const DWORD error = GetLastError();
+    const DWORD attributes = GetFileAttributesW(file.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+      throw std::runtime_error("not a regular file");
+    SetLastError(error);
     Refuse();
   }
   const Owner<HANDLE, Close> opened(handle);

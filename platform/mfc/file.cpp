@@ -14,12 +14,13 @@ BOOL CFile::GetStatus(LPCWSTR path, CFileStatus& status) {
   return size.has_value();
 }
 
-BOOL CFile::Open(LPCWSTR path, UINT, CFileException*) {
-  return !TakeFault("CFile::Open") && OpenStream(path);
+BOOL CFile::Open(LPCWSTR path, UINT flags, CFileException*) {
+  return !TakeFault("CFile::Open") && OpenStream(path, flags);
 }
 
-bool CFile::OpenStream(LPCWSTR path) {
-  m_stream = Owner<std::FILE*, CloseStream>(platform::OpenToRead(path));
+bool CFile::OpenStream(LPCWSTR path, UINT flags) {
+  const bool isShared = (flags & shareDenyNone) != 0;
+  m_stream = Owner<std::FILE*, CloseStream>(platform::OpenToRead(path, isShared));
   return static_cast<bool>(m_stream);
 }
 
@@ -44,7 +45,7 @@ BOOL CStdioFile::Open(LPCWSTR path, UINT flags, CFileException*) {
   m_ended = false;
   m_line.clear();
   m_handedOut = 0;
-  return !TakeFault("CStdioFile::Open") && OpenStream(path);
+  return !TakeFault("CStdioFile::Open") && OpenStream(path, flags);
 }
 
 int CStdioFile::NextByte() {

@@ -11,7 +11,7 @@ bool IsSameText(LPCWSTR left, LPCWSTR right) {
   return SameName(left, right);
 }
 
-std::FILE* OpenToRead(LPCWSTR path) {
+std::FILE* OpenToRead(LPCWSTR path, bool /*isShared*/) {
   return OpenToRead(HostPath(path).c_str());
 }
 

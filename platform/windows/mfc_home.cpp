@@ -1,3 +1,5 @@
+#include <share.h>
+
 #include <string>
 
 #include "platform/mfc/home.h"
@@ -18,8 +20,8 @@ bool IsSameText(LPCWSTR left, LPCWSTR right) {
   return InCapitals(left) == InCapitals(right);
 }
 
-std::FILE* OpenToRead(LPCWSTR path) {
-  return _wfopen(path, L"rb");
+std::FILE* OpenToRead(LPCWSTR path, bool isShared) {
+  return _wfsopen(path, L"rb", isShared ? _SH_DENYNO : _SH_DENYRW);
 }
 
 std::optional<ULONGLONG> SizeOf(LPCWSTR path) {

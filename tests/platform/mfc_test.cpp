@@ -59,6 +59,19 @@ std::wstring Lines() {
   return lines.GetString();
 }
 
+TEST_F(Files, AreTheReadersAloneUnlessTheyAreShared) {
+  m_machine.Write(kFile, "63,1");
+  CFile first, second;
+  EXPECT_TRUE(first.Open(kFile, CFile::modeRead | CFile::shareDenyNone));
+  EXPECT_TRUE(second.Open(kFile, CFile::modeRead | CFile::shareDenyNone));
+#ifdef _WIN32
+  EXPECT_FALSE(second.Open(kFile, CFile::modeRead));
+#endif
+  first.Close();
+  second.Close();
+  EXPECT_TRUE(second.Open(kFile, CFile::modeRead));
+}
+
 TEST_F(Files, AreReadLineByLine) {
   using namespace std::string_literals;
   const std::string stretch(128, 'x');

@@ -1,0 +1,57 @@
+#include <windows.h>
+
+#include <filesystem>
+#include <system_error>
+
+#include "app/machine/parts.h"
+#include "app/machine/user_file.h"
+#include "component/names.h"
+#include "component/reference.h"
+#include "component/sigil_interfaces.h"
+
+namespace app {
+namespace {
+
+void Close(HANDLE file) {
+  CloseHandle(file);
+}
+
+std::wstring FolderOf(Sigil::CreateInstanceFunction create) {
+  Sigil::CReference<Sigil::Settings> settings;
+  if (CallForeign(create, &Sigil::kSettingsFirstIdentity, &Sigil::kSettingsSecondIdentity,
+                  reinterpret_cast<void**>(settings.Out())) != 0 ||
+      !settings)
+    return L"";
+  wchar_t folder[MAX_PATH] = {};
+  std::uint32_t length = MAX_PATH;
+  if (Sigil::Failed(settings->GetSettingFileDir(folder, &length))) return L"";
+  folder[MAX_PATH - 1] = L'\0';
+  return folder;
+}
+
+}  // namespace
+
+std::wstring SettingFolder() {
+  const Part component = LoadPart(kComponentFile);
+  const auto create = Function<Sigil::CreateInstanceFunction>(component, kCreateInstanceName);
+  if (create == nullptr) return L"";
+  try {
+    return FolderOf(create);
+  } catch (...) {
+    return L"";  // It is the component's exception, and the pass meets it too.
+  }
+}
+
+void LayUserFile(const std::wstring& file) {
+  std::error_code ignored;
+  std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
+  // No one writes between the look at the size and the mark.
+  const HANDLE handle = CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return;
+  const Owner<HANDLE, Close> opened(handle);
+  DWORD written = 0;
+  if (GetFileSize(handle, nullptr) == 0) WriteFile(handle, "\xFF\xFE", 2, &written, nullptr);
+}
+
+}  // namespace app
