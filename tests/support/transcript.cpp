@@ -1,5 +1,6 @@
 #include "tests/support/transcript.h"
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -49,7 +50,7 @@ Transcript::Transcript(const std::vector<std::string>& files) {
         const std::size_t colon = line.rfind(": ");
         m_rows.push_back(
             {section->first, line.substr(5, colon - 5), std::stoi(line.substr(colon + 2))});
-      } else if (section != m_sections.end()) {
+      } else if (section != m_sections.end() && !line.empty()) {
         section->second.text += line + "\n";
       }
     }
@@ -67,19 +68,42 @@ const Transcript::Section& Transcript::Find(const std::string& section) const {
 }
 
 std::string Transcript::operator()(const std::string& section, const Values& values) const {
-  std::string told;
   g_places += "\n" + Find(section).file + " == " + section;
-  std::istringstream lines(Find(section).text);
-  for (std::string line; std::getline(lines, line);) {
+  std::string told;
+  for (const std::string& line : Lines(section, values)) told += line + "\n";
+  return told;
+}
+
+Transcript::Values Transcript::Lines(const std::string& section, const Values& values) const {
+  Values told, base;
+  auto place = base.cbegin();
+  bool isGap = false;
+  const auto add = [&](const std::string& line) {
+    const auto found = std::find(place, base.cend(), line);
+    if (isGap && found == base.cend())
+      throw std::runtime_error("== " + section + ": no such line after ...: " + line);
+    if (std::exchange(isGap, false)) told.insert(told.end(), place, found);
+    if (found != base.cend()) place = std::next(found);
+    told.push_back(line);
+  };
+  std::istringstream text(Find(section).text);
+  for (std::string line; std::getline(text, line);) {
     line = Filled(line, values);
-    if (line.starts_with('@')) {
-      const Values parts = Parts(line.substr(1));
-      line = Filled(Find(parts[0]).text, {parts.begin() + 1, parts.end()});
-      if (line.starts_with('@') || line.find("\n@") != line.npos)
-        throw std::runtime_error("another section in == " + parts[0]);
+    const bool isBase = line.starts_with("= ");
+    if (line == "...") {
+      isGap = true;
+    } else if (isBase || line.starts_with('@')) {
+      const Values parts = Parts(std::string_view(line).substr(isBase ? 2 : 1));
+      const Values lines = Lines(parts[0], {parts.begin() + 1, parts.end()});
+      if (isBase)
+        place = (base = lines).cbegin();
+      else
+        std::for_each(lines.begin(), lines.end(), add);
+    } else {
+      add(line);
     }
-    told += line + "\n";
   }
+  if (isGap) told.insert(told.end(), place, base.cend());
   return told;
 }
 

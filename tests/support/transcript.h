@@ -7,9 +7,23 @@
 //   Settings::GetPrinterSettings("$1")
 //   @saved | $1
 //
-// where $1, $2, ... stand for values, and `@name | value | ...` for another section, which holds
-// no such line itself. A line with `when` is a row: what causes the record (see causes.h), and the
-// pass's result. What stands before the first section is a remark.
+// where $1, $2, ... stand for values, and `@name | value | ...` for the lines of another section. A
+// line with `when` is a row: the cause of the record (see causes.h), and the pass's result. The
+// text before the first section is a remark.
+//
+// A section can be the difference from another one:
+//
+//   == printer not saved
+//   = pass | 0
+//   ...
+//   Settings::Save(0)
+//   4 "The file was not saved."
+//   Settings::UnLock()
+//   ...
+//
+// `...` stands for the other section's lines up to the line that follows here, or for all its rest.
+// Each line that is in the other section too, after the last such line, takes the place there. So
+// the lines between two of them are replaced, here those between Save and UnLock.
 
 #include <map>
 #include <string>
@@ -43,6 +57,7 @@ class Transcript {
   };
 
   const Section& Find(const std::string& section) const;
+  Values Lines(const std::string& section, const Values& values) const;
 
   std::map<std::string, Section> m_sections;
   std::vector<Row> m_rows;
