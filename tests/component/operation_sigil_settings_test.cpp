@@ -9,7 +9,6 @@
 #include <fstream>
 
 #include "boundary/exports.h"
-#include "component/setting_file_path.h"
 #include "component/sigil_string.h"
 #include "platform/faults.h"
 #include "platform/utf.h"
@@ -62,25 +61,6 @@ TEST_F(Component, APathTooLongDeletesNothing) {
     std::ofstream(std::string(getenv("SIGIL_ROOT")) + "/machine.ini")
         << "[Machine]\nUser=" << user << "\n";
     ExpectClearing(section, begin + user + end);
-  }
-}
-
-TEST_F(Component, TheSettingFilesPathIsCutWhereItDoesNotFit) {
-  TestMachine machine;
-  const std::wstring path = platform::FromUtf8(SettingFile());
-  const auto needed = static_cast<std::uint32_t>(path.size() + 1);
-  std::uint32_t length = 0;
-  EXPECT_EQ(GetSettingFilePath(nullptr, &length), Sigil::kSuccess);
-  EXPECT_EQ(length, needed);
-  for (const std::uint32_t capacity : {needed + 100, needed, needed - 1, 2U, 1U, 0U}) {
-    std::wstring target(capacity + 1, L'?');
-    length = capacity;
-    EXPECT_EQ(GetSettingFilePath(target.data(), &length),
-              capacity >= needed ? Sigil::kSuccess : Sigil::kTargetTooSmall);
-    EXPECT_EQ(length, needed);
-    const std::wstring cut = capacity == 0 ? L"?" : path.substr(0, capacity - 1);
-    EXPECT_STREQ(target.c_str(), cut.c_str());
-    EXPECT_EQ(target[capacity], L'?') << "the capacity is kept";
   }
 }
 

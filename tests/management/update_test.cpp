@@ -1,5 +1,3 @@
-#include <sstream>
-
 #include "boundary/exports.h"
 #include "platform/utf.h"
 #include "tests/recorder/recorder.h"
@@ -108,15 +106,6 @@ CustomSetting[*]::SetEnable(1)
 LastSetting[*]::SetWatermarks(a GUID of nobody, 1)
 LastSetting[*]::SetEnable(1)
 )");
-}
-
-TEST_F(UpdatePass, ValuesArePulledToTheirBounds) {
-  TestMachine machine;
-  machine.RememberFullName(L"山田 花子");
-  EXPECT_EQ(Update(platform::FromUtf8(m_told("document of values"))), 0);
-  std::istringstream calls(m_told("values"));
-  for (std::string call; std::getline(calls, call);)
-    ExpectLinesWith({call.substr(0, call.find('(') + 1)}, call);
 }
 
 }  // namespace

@@ -130,18 +130,5 @@ TEST_F(PolicyFileCipher, EachChunkIsAMessageOfItsOwn) {
   EXPECT_EQ(Decrypted(full + "z"), "one " + oneByte);
 }
 
-TEST_F(PolicyFileCipher, AFileThatCannotBeOpenedIsOne) {
-  CString text = L"kept";
-  EXPECT_EQ(CPolicyFileCipher().DecryptFile(kPolicyFile, text), 1);
-  m_machine.Write(kPolicyFile, std::string(16, 'x'));
-  for (const char* call : {"CFile::GetStatus", "_wfopen_s"}) {
-    if (!platform::kHasFaults) break;
-    platform::SetFault(call, 0, ERROR_ACCESS_DENIED);
-    EXPECT_EQ(CPolicyFileCipher().DecryptFile(kPolicyFile, text), 1) << call;
-    platform::ClearFaults();
-  }
-  EXPECT_STREQ(text, L"kept");
-}
-
 }  // namespace
 }  // namespace tests
