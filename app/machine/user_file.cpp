@@ -12,8 +12,8 @@ namespace app {
 namespace {
 
 std::wstring FindUserFile() {
-  const std::wstring folder = SettingFolder();
-  return folder.empty() ? L"" : folder + kUserInformationName;
+  const auto folder = SettingFolder();
+  return folder ? *folder + kUserInformationName : L"";
 }
 
 std::string StateOf(const std::wstring& file) try {
