@@ -20,9 +20,7 @@ std::string StateOf(const std::wstring& file) try {
   const auto bytes = ReadInput(HostPath(file), kGreatestRowFile);
   if (!bytes) return "not there yet";
   if (bytes->starts_with("\xFF\xFE")) return "UTF-16";
-  return "no UTF-16 mark: in a name, letters outside the ANSI code page are lost; remove the file "
-         "and "
-         "run update";
+  return "not UTF-16, so a name may lose letters; remove it";
 } catch (const std::runtime_error& error) {
   return std::string("unreadable: ") + error.what();
 }
