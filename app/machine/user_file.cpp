@@ -12,17 +12,15 @@ namespace app {
 namespace {
 
 std::wstring FindUserFile() {
-  const std::wstring folder = SettingFolder();
-  return folder.empty() ? L"" : folder + kUserInformationName;
+  const auto folder = SettingFolder();
+  return folder ? *folder + kUserInformationName : L"";
 }
 
 std::string StateOf(const std::wstring& file) try {
   const auto bytes = ReadInput(HostPath(file), kGreatestRowFile);
   if (!bytes) return "not there yet";
   if (bytes->starts_with("\xFF\xFE")) return "UTF-16";
-  return "no UTF-16 mark: in a name, letters outside the ANSI code page are lost; remove the file "
-         "and "
-         "run update";
+  return "not UTF-16, so a name may lose letters; remove it";
 } catch (const std::runtime_error& error) {
   return std::string("unreadable: ") + error.what();
 }

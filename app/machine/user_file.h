@@ -5,12 +5,13 @@
 // file is there and begins with the mark of UTF-16. A host lays such a file before its first
 // update.
 
+#include <optional>
 #include <string>
 
 namespace app {
 
-/// The component's folder for settings; empty when the component gives none.
-std::wstring SettingFolder();
+/// Returns the component's folder for settings, null when the component gives none.
+std::optional<std::wstring> SettingFolder();
 
 /// Lays a file of the mark alone, and its folder, where `file` is missing or empty. Says nothing of
 /// failures, because the pass meets them too.

@@ -9,7 +9,7 @@
 
 namespace app {
 
-std::wstring SettingFolder() {
+std::optional<std::wstring> SettingFolder() {
   return peers::FindSettingPlace().folder;
 }
 

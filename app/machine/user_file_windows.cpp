@@ -16,29 +16,29 @@ void Close(HANDLE file) {
   CloseHandle(file);
 }
 
-std::wstring FolderOf(Sigil::CreateInstanceFunction create) {
+std::optional<std::wstring> FolderOf(Sigil::CreateInstanceFunction create) {
   Sigil::CReference<Sigil::Settings> settings;
   if (CallForeign(create, &Sigil::kSettingsFirstIdentity, &Sigil::kSettingsSecondIdentity,
                   reinterpret_cast<void**>(settings.Out())) != 0 ||
       !settings)
-    return L"";
+    return std::nullopt;
   wchar_t folder[MAX_PATH] = {};
   std::uint32_t length = MAX_PATH;
-  if (Sigil::Failed(settings->GetSettingFileDir(folder, &length))) return L"";
+  if (Sigil::Failed(settings->GetSettingFileDir(folder, &length))) return std::nullopt;
   folder[MAX_PATH - 1] = L'\0';
   return folder;
 }
 
 }  // namespace
 
-std::wstring SettingFolder() {
+std::optional<std::wstring> SettingFolder() {
   const Part component = LoadPart(kComponentFile);
   const auto create = Function<Sigil::CreateInstanceFunction>(component, kCreateInstanceName);
-  if (create == nullptr) return L"";
+  if (create == nullptr) return std::nullopt;
   try {
     return FolderOf(create);
   } catch (...) {
-    return L"";  // It is the component's exception, and the pass meets it too.
+    return std::nullopt;  // It is the component's exception, and the pass meets it too.
   }
 }
 

@@ -21,18 +21,23 @@ std::vector<fs::path> Files() {
   return files;
 }
 
-TEST(Library, TellsItsVersionUnloaded) {
-  const HMODULE library = LoadLibraryExW(L"SigilSetting.dll", nullptr, LOAD_LIBRARY_AS_DATAFILE);
-  const HRSRC found = FindResourceW(library, MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
-  ASSERT_NE(found, nullptr) << GetLastError();
-  const auto* const text = static_cast<const wchar_t*>(LockResource(LoadResource(library, found)));
-  const std::wstring_view resource(text, SizeofResource(library, found) / sizeof *text);
-  for (const wchar_t* name : {L"FileVersion", L"ProductVersion"}) {
-    const std::size_t place = resource.find(name);
-    ASSERT_NE(place, resource.npos);
-    EXPECT_NE(resource.substr(place, 24).find(L"" SIGIL_VERSION), resource.npos);
+TEST(Library, TellsItsVersionUnloadedAsItsFellowsDo) {
+  for (const char* file : {"SigilSetting.dll", "log4cxx.dll", "sigilctl.exe"}) {
+    SCOPED_TRACE(file);
+    const fs::path path = fs::absolute(SIGIL_BUILD_FOLDER) / file;
+    const HMODULE library = LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+    const HRSRC found = FindResourceW(library, MAKEINTRESOURCEW(VS_VERSION_INFO), RT_VERSION);
+    ASSERT_NE(found, nullptr) << GetLastError();
+    const auto* const text =
+        static_cast<const wchar_t*>(LockResource(LoadResource(library, found)));
+    const std::wstring_view resource(text, SizeofResource(library, found) / sizeof *text);
+    for (const wchar_t* name : {L"FileVersion", L"ProductVersion"}) {
+      const std::size_t place = resource.find(name);
+      ASSERT_NE(place, resource.npos);
+      EXPECT_NE(resource.substr(place, 24).find(L"" SIGIL_VERSION), resource.npos);
+    }
+    FreeLibrary(library);
   }
-  FreeLibrary(library);
 }
 
 TEST(Library, LoadingAndUnloadingTouchesNoFileAndLogsNothing) {
