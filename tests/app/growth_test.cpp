@@ -51,7 +51,7 @@ class Growth : public testing::TestWithParam<Family> {};
 
 TEST_P(Growth, StaysBounded) {
   const Family& family = GetParam();
-  std::string text = Policy({"<Text>t</Text>"}), repeated;
+  std::string text = Policy({"<Text>t</Text><Opacity>9</Opacity>"}), repeated;
   for (std::size_t i = 0; i < family.count; ++i) {
     const std::string_view unit = family.text;
     const std::size_t number = std::min(unit.find('#'), unit.size());
