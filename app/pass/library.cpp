@@ -13,7 +13,8 @@ namespace {
 Part Load(const wchar_t* fileName) {
   Part part = LoadPart(fileName);
   if (!part.fault.empty())
-    throw std::runtime_error(platform::ToUtf8(BesideHost(fileName)) + ": the library " + part.fault);
+    throw std::runtime_error(platform::ToUtf8(BesideHost(fileName)) + ": the library " +
+                             part.fault);
   return part;
 }
 
