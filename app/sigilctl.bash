@@ -19,13 +19,13 @@ _sigilctl() {
     *' --level '*) words='trace detail progress info warning error' ;;
     *' --policy-id '* | *' --printer '* | *' --since '*) return ;;
     ' '*' -'*) words='--root --help --version' ;;
-    'check '*' -'*) words='--root --help --policy-id --json' ;;
+    'check '*' -'*) words='--root --help --policy-id --paper --landscape --json' ;;
     'diff '*' -'*) words='--root --help --policy-id' ;;
     'preview '*' -'*) words='--root --help --policy-id --printer --output --paper --landscape --plain' ;;
-    'update '*' -'*) words='--root --help --policy-id --reset-name --force --verbose' ;;
+    'update '*' -'*) words='--root --help --policy-id --reset-name --force --strict --verbose' ;;
     'show '*' -'*) words='--root --help --json --no-ids --brief --printer' ;;
     'log '*' -'*) words='--root --help --follow --level --since' ;;
-    'seal '*' -'*) words='--root --help --output --force' ;;
+    'seal '*' -'*) words='--root --help --output --force --strict' ;;
     'unseal '*' -'*) words='--root --help --output' ;;
     'verify '*' -'*) words='--root --help --policy-id --json' ;;
     'report '*' -'*) words='--root --help --output --policy-id' ;;

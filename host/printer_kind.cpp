@@ -7,7 +7,6 @@
 namespace SigilSettingManagement {
 namespace {
 
-constexpr wchar_t kSuiteDriver[] = L"QuietMIMOSA Harbor Ledge Driver";
 constexpr wchar_t kMonitoredMark[] = L"[監視対象プリンタ]";
 
 }  // namespace

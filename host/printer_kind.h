@@ -7,6 +7,9 @@
 
 namespace SigilSettingManagement {
 
+/// The name of the suite's driver.
+inline constexpr wchar_t kSuiteDriver[] = L"QuietMIMOSA Harbor Ledge Driver";
+
 enum class PrinterKind {
   kSuite,      ///< It uses the suite's driver and has an entry.
   kNoComment,  ///< It has no comment and is excluded from watermarking.

@@ -79,11 +79,30 @@ void PrintNotes(const std::string& file, const Review& review) {
   bool isFirst = true;
   for (const Finding& note : review.notes.Kept()) {
     const bool isInTable = note.kind == "lacking" && note.property != "PrinterScope";
-    if (isInTable) continue;
+    const bool isTold = note.kind == "second";  // by the finding of its element
+    if (isInTable || isTold) continue;
     if (isFirst) std::cout << "\nGood to know\n";
     isFirst = false;
     std::cout << "  " << Line(file, note) << "\n";
   }
+}
+
+std::string InWords(const PrinterFate& fate) {
+  if (fate.watermarks)
+    return Counted(*fate.watermarks, "watermark", "watermarks") + ", switched " +
+           (fate.isOn ? "on" : "off");
+  return fate.isExcluded ? "on the exclude list" : "goes by the default entry";
+}
+
+/// "fate" tells of the printer's own entry, or else whether it is excluded; if not, it goes by the
+/// default entry.
+Json FateAsJson(const PrinterFate& fate) {
+  Json json = {{"printer", fate.printer}};
+  if (fate.watermarks)
+    json["fate"] = {{"watermarks", *fate.watermarks}, {"switched", fate.isOn}};
+  else
+    json["fate"] = {{"excluded", fate.isExcluded}};
+  return json;
 }
 
 void PrintPrinters(const Review& review) {
@@ -91,7 +110,7 @@ void PrintPrinters(const Review& review) {
   for (const PrinterFate& printer : review.printers)
     rows.push_back(
         {printer.printer == "*" ? "* (default entry)" : OneLine(printer.printer, 2 * kNameWidth),
-         printer.fate});
+         InWords(printer)});
   std::cout << "\n";
   PrintTable(std::cout, rows, "");
 }
@@ -133,8 +152,7 @@ void PrintAsJson(const std::string& file, const Review& review) {
                         {"line", fate.line},
                         {"watermark", fate.mark ? JsonOf(*fate.mark) : Json()}});
   Json printers = Json::array();
-  for (const PrinterFate& printer : review.printers)
-    printers.push_back({{"printer", printer.printer}, {"fate", printer.fate}});
+  for (const PrinterFate& printer : review.printers) printers.push_back(FateAsJson(printer));
   const Json all = {{"file", file},
                     {"policyId", review.policyId},
                     {"result", review.result},
@@ -148,6 +166,8 @@ void PrintAsJson(const std::string& file, const Review& review) {
 struct Options {
   std::string file;  ///< Empty: the delivered policy.
   int policyId = 1;
+  std::string paper = "A4";
+  bool isLandscape = false;
   bool isJson = false;
 };
 
@@ -155,7 +175,8 @@ struct Options {
 /// Throws UsageError for a text that the passes refuse and for one that they fail over here.
 int Check(const Options& options) {
   const PolicySource source = ReadPolicySource(options.file);
-  const Review review = ReviewSource(source, options.policyId);
+  const page::Paper paper = page::FindPaper(options.paper, options.isLandscape).value();
+  const Review review = ReviewSource(source, options.policyId, paper);
   if (options.isJson)
     PrintAsJson(source.name, review);
   else
@@ -175,6 +196,7 @@ void AddCheck(CommandLine& line) {
                   "The policy, text or sealed; - is standard input (the delivered one)")
       ->type_name("");
   AddPolicyId(command, options->policyId);
+  AddPaper(command, options->paper, options->isLandscape);
   AddJson(command, options->isJson);
 }
 

@@ -159,8 +159,18 @@ void AddPolicyId(CLI::App& command, int& policyId) {
       ->check(WholeNumber());
 }
 
-void AddForce(CLI::App& command, bool& isForced) {
-  command.add_flag("--force", isForced, "Also a policy that would be refused");
+void AddCare(CLI::App& command, Care& care) {
+  CLI::Option* const force =
+      command.add_flag("--force", care.isForced, "Also a policy that would be refused");
+  if (kMachineIsFolder)
+    command.add_flag("--strict", care.isStrict, "No policy with a finding")->excludes(force);
+}
+
+void AddPaper(CLI::App& command, std::string& paper, bool& isLandscape) {
+  command.add_option("--paper", paper, "The paper (A4): A3, A4 or Letter")
+      ->type_name("SIZE")
+      ->check(OneOf({"A3", "A4", "Letter"}));
+  command.add_flag("--landscape", isLandscape, "The paper's long side lies");
 }
 
 void AddJson(CLI::App& command, bool& isJson) {

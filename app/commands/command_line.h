@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "app/rehearsal/refusal.h"
+
 namespace app {
 
 /// Does the work of a command and returns the exit status.
@@ -50,7 +52,10 @@ void AddPolicyFile(CLI::App& command, std::string& file);
 CLI::Option* AddOutput(CLI::App& command, std::string& file, const std::string& value,
                        const std::string& help);
 void AddPolicyId(CLI::App& command, int& policyId);
-void AddForce(CLI::App& command, bool& isForced);
+/// Adds --force, and where a rehearsal can be held --strict.
+void AddCare(CLI::App& command, Care& care);
+/// Adds the options of the paper, which page::FindPaper takes.
+void AddPaper(CLI::App& command, std::string& paper, bool& isLandscape);
 void AddJson(CLI::App& command, bool& isJson);
 void AddVerbose(CLI::App& command, bool& isVerbose);
 

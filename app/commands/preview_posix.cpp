@@ -60,8 +60,7 @@ const peers::EntryRecord& EntryOf(const peers::SettingFileContent& content,
   if (const auto* const own = Find(content, printer)) return *own;
   if (IsExcluded(content, printer))
     throw UsageError("'" + printer + "' is on the exclude list and prints without watermarks");
-  if (printer != "*" && !IsPrinter(printer))
-    throw UsageError("--printer: there is no printer '" + printer + "'");
+  if (printer != "*") RequirePrinter(printer);
   if (const auto* const standard = Find(content, "*")) return *standard;
   throw UsageError("no policy has been applied yet, so there is nothing to draw");
 }
@@ -165,10 +164,7 @@ void AddPreview(CommandLine& line) {
                   "The picture: a .svg, .pdf or .png; - is standard output, as SVG")
       ->type_name("PICTURE")
       ->required();
-  command.add_option("--paper", options->paper, "The paper (A4): A3, A4 or Letter")
-      ->type_name("SIZE")
-      ->check(OneOf({"A3", "A4", "Letter"}));
-  command.add_flag("--landscape", options->isLandscape, "The paper's long side lies");
+  AddPaper(command, options->paper, options->isLandscape);
   command.add_flag("--plain", options->isPlain, "The bare paper in its true size");
 }
 

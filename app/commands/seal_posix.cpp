@@ -53,19 +53,18 @@ void Tell(std::size_t size, const std::string& place) {
 struct Options {
   std::string file;
   std::string output;  ///< Empty: WmPolicy.dat in the machine's delivery folder.
-  bool isForced = false;
+  Care care;
 };
 
 /// Makes a policy file of the policy text, under the machine's key. Throws UsageError when the text
-/// or the key will not do, and unless forced for a policy that a rehearsal finds unfit.
+/// or the key will not do, and for a policy that a rehearsal does not let through.
 int Seal(const Options& options) {
   RequireOther(options.file, options.output);
   const std::wstring text = ReadTextFile(options.file);
   const std::string name = NameOf(options.file);
   RequireKey();
   const std::string sealed = SealedText(text, name);
-  const Verdict verdict =
-      RefuseOrTell(text, name, kSwitchingPolicy, Use::kDelivery, options.isForced);
+  const Verdict verdict = RefuseOrTell(text, name, kSwitchingPolicy, Use::kDelivery, options.care);
   if (options.output.empty()) {
     const DeliveryFolder delivery = FindDeliveryFolder();
     WriteOutput(platform::HostPath(delivery.PolicyFile()), sealed);
@@ -123,7 +122,7 @@ void AddSeal(CommandLine& line) {
                                [options] { return Seal(*options); });
   AddPolicyFile(command, options->file);
   AddOutput(command, options->output, "FILE", "Another place for it");
-  AddForce(command, options->isForced);
+  AddCare(command, options->care);
 }
 
 void AddUnseal(CommandLine& line) {

@@ -231,8 +231,7 @@ void ShowPrinter(const peers::SettingFileContent& content, const Options& option
       std::ranges::find(content.entries, options.printer, &peers::EntryRecord::printer);
   const bool isExcluded = IsExcluded(content, options.printer);
   const bool hasEntry = entry != content.entries.end();
-  if (!hasEntry && !isExcluded && !IsPrinter(options.printer))
-    throw UsageError("--printer: there is no printer '" + options.printer + "'");
+  if (!hasEntry && !isExcluded) RequirePrinter(options.printer);
   if (isExcluded) std::cout << OneLine(options.printer) << " is on the exclude list.\n";
   if (hasEntry)
     ShowEntry(*entry, options.isBrief);

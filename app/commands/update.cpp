@@ -35,7 +35,7 @@ struct Options {
   std::string file;
   int policyId = 1;
   bool resetName = false;
-  bool isForced = false;
+  Care care;
   bool isVerbose = false;
 };
 
@@ -44,7 +44,7 @@ struct Options {
 int Update(const Options& options) {
   const std::wstring text = ReadTextFile(options.file);
   const Verdict verdict = RefuseOrTell(text, NameOf(options.file), options.policyId, Use::kUpdate,
-                                       options.isForced, options.resetName);
+                                       options.care, options.resetName);
   LayUserFile();
   const auto before = WatermarkIds();
   const Outcome outcome = Call(UpdateCall(text, options.policyId, options.resetName));
@@ -74,7 +74,7 @@ void AddUpdate(CommandLine& line) {
   AddPolicyFile(command, options->file);
   AddPolicyId(command, options->policyId);
   command.add_flag("--reset-name", options->resetName, "Looks the user's full name up anew");
-  AddForce(command, options->isForced);
+  AddCare(command, options->care);
   AddVerbose(command, options->isVerbose);
 }
 

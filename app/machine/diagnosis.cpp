@@ -1,7 +1,11 @@
 #include "app/machine/diagnosis.h"
 
+#include <set>
+
 #include "app/machine/home.h"
+#include "app/machine/policy_text.h"
 #include "app/machine/state.h"
+#include "app/text/wording.h"
 #include "component/names.h"
 #include "host/shared_names.h"
 #include "platform/utf.h"
@@ -10,13 +14,6 @@ namespace app {
 namespace {
 
 using platform::ToUtf8;
-
-std::string ScopeMeaning(int scope) {
-  if (scope == -1) return "none";
-  if (scope == 1) return "the default entry, not the suite's printers";
-  if (scope == 2) return "the suite's printers, not the default entry";
-  return "the default entry and the suite's printers";
-}
 
 std::string ScopeState(const MachineState& state) {
   if (!state.scope) return "none: there is no policy to read it from";
@@ -41,6 +38,13 @@ std::string Fate(PrinterKind kind) {
       break;
   }
   return "monitored: goes by the default entry";
+}
+
+/// "; is the suite's driver meant?", of a name that is nearly its.
+std::string Meant(const PrinterState& printer) {
+  if (printer.kind == PrinterKind::kSuite) return "";
+  const std::set<std::string> suite = {ToUtf8(SigilSettingManagement::kSuiteDriver)};
+  return Guess(ToUtf8(printer.driver), suite).empty() ? "" : "; is the suite's driver meant?";
 }
 
 Json Parts(const MachineState& state) {
@@ -84,7 +88,7 @@ Json Printers(const MachineState& state) {
   for (const PrinterState& each : *state.printers)
     printers.push_back({{"printer", ToUtf8(each.name)},
                         {"driver", ToUtf8(each.driver)},
-                        {"fate", Fate(each.kind)}});
+                        {"fate", Fate(each.kind) + Meant(each)}});
   return printers;
 }
 

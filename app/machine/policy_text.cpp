@@ -52,6 +52,17 @@ std::string WhyNotLoaded(const IXMLDOMDocument2Ptr& document) {
   return "no well-formed XML (line " + std::to_string(line) + ": " + why + ")";
 }
 
+/// Returns whether the document's first element is in a namespace, in which nobody looks for it.
+bool HasNamespace(const std::wstring& text) {
+  std::size_t at = text.find(L'<');
+  while (at != text.npos && at + 1 < text.size() && (text[at + 1] == L'?' || text[at + 1] == L'!'))
+    at = text.find(L'<', text.find(text[at + 1] == L'?' ? L"?>" : L"-->", at));
+  if (at == text.npos) return false;
+  const std::wstring tag = text.substr(at, text.find(L'>', at) - at);
+  const std::size_t nameEnd = tag.find_first_of(L" \t\r\n/");
+  return tag.find(L':') < nameEnd || tag.find(L"xmlns=") != tag.npos;
+}
+
 PolicyText Read(const std::wstring& text, int policyId) {
   CheckError(CoInitialize(nullptr));
   const Owner<bool, kCloseCom> com(true);
@@ -60,7 +71,9 @@ PolicyText Read(const std::wstring& text, int policyId) {
   CheckError(document->loadXML(_bstr_t(text.c_str()), &isLoaded));
   if (isLoaded == VARIANT_FALSE) return {.refusal = WhyNotLoaded(document)};
   const IXMLDOMNodePtr root = Find(document, L"QuietMIMOSA/HLE");
-  if (root == nullptr) return {.refusal = "no element QuietMIMOSA/HLE"};
+  if (root == nullptr)
+    return {.refusal = HasNamespace(text) ? "its first element has a namespace; take the xmlns off"
+                                          : "no element QuietMIMOSA/HLE"};
 
   const std::wstring number = std::to_wstring(policyId);
   const std::wstring query = L"./Watermark/PolicyInfos/PolicyInfo[@ID=\"" + number + L"\"]";
@@ -76,6 +89,13 @@ PolicyText Read(const std::wstring& text, int policyId) {
 }
 
 }  // namespace
+
+std::string ScopeMeaning(int scope) {
+  if (scope == -1) return "none";
+  if (scope == 1) return "the default entry, not the suite's printers";
+  if (scope == 2) return "the suite's printers, not the default entry";
+  return "the default entry and the suite's printers";
+}
 
 PolicyText ReadPolicy(const std::wstring& text, int policyId) {
   if (text.empty()) return {.refusal = "it holds no text"};

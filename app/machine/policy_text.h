@@ -22,4 +22,7 @@ struct PolicyText {
 /// Reads the policy of that number. Throws nothing: a failure of the XML service is a refusal.
 PolicyText ReadPolicy(const std::wstring& text, int policyId = kSwitchingPolicy);
 
+/// Returns where a scope switches the watermarks on.
+std::string ScopeMeaning(int scope);
+
 }  // namespace app

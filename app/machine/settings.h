@@ -18,8 +18,8 @@ peers::SettingFileContent ReadSettings();
 /// True if the printer is on one of the two exclude lists.
 bool IsExcluded(const peers::SettingFileContent& content, const std::string& printer);
 
-/// True if the machine has a printer of this name.
-bool IsPrinter(const std::string& name);
+/// Throws UsageError, with the name that is meant, unless the machine has a printer of this name.
+void RequirePrinter(const std::string& name);
 
 /// "* (default entry)", or the printer's name.
 std::string NameOf(const peers::EntryRecord& entry);

@@ -4,7 +4,9 @@
 #include <system_error>
 
 #include "app/machine/settings.h"
+#include "app/text/errors.h"
 #include "app/text/table.h"
+#include "app/text/wording.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
 
@@ -28,10 +30,14 @@ bool IsExcluded(const peers::SettingFileContent& content, const std::string& pri
   return isOn(content.excluded) || isOn(content.secondExcluded);
 }
 
-bool IsPrinter(const std::string& name) {
-  const auto printers = platform::LoadMachine().printers;
-  return std::ranges::any_of(printers,
-                             [&](const auto& each) { return platform::ToUtf8(each.name) == name; });
+void RequirePrinter(const std::string& name) {
+  std::set<std::string> names;
+  for (const platform::Printer& printer : platform::LoadMachine().printers)
+    names.insert(platform::ToUtf8(printer.name));
+  if (names.contains(name)) return;
+  const std::string guess = Guess(name, names);
+  throw UsageError("--printer: there is no printer '" + name + "'" +
+                   (guess.empty() ? "" : "; is '" + guess + "' meant?"));
 }
 
 std::string NameOf(const peers::EntryRecord& entry) {

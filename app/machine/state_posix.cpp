@@ -35,39 +35,27 @@ std::string WhyNotStored(const fs::path& file) {
                          : file.filename().string() + " " + refused;
 }
 
-/// "; is Driver meant?", of a name or of a section by its first word; empty when nothing is like
-/// it.
+/// "; is Driver= meant?", of an entry, or "; is [Printer B] meant?", of a section by its first
+/// word; empty when nothing is like it.
 std::string Meant(const platform::UnreadLine& line) {
   std::set<std::string> names;
   for (const std::wstring_view name : line.readHere) names.insert(platform::ToUtf8(name));
-  std::string word = platform::ToUtf8(line.name);
-  const bool isSection = word.starts_with('[');
-  if (isSection) word = word.substr(1, word.find_first_of(" ]") - 1);
-  const std::string guess = Guess(word, names);
+  const std::string name = platform::ToUtf8(line.name);
+  const bool isSection = name.starts_with('[');
+  const std::size_t end = isSection ? std::min(name.find_first_of(" ]"), name.size()) : name.size();
+  const std::size_t begin = isSection ? 1 : 0;
+  const std::string guess = Guess(name.substr(begin, end - begin), names);
   if (guess.empty()) return "";
-  return "; is " + (isSection ? "[" + guess + "]" : guess) + " meant?";
+  if (!isSection) return "; is " + guess + "= meant?";
+  return "; is [" + guess + name.substr(end) + (name.ends_with(']') ? "" : "]") + " meant?";
 }
 
 UnreadLine InWords(const platform::UnreadLine& line) {
   using Reason = platform::UnreadLine::Reason;
   const std::string name = platform::ToUtf8(line.name);
-  switch (line.reason) {
-    case Reason::kNoText:
-      return {line.number, name, "no UTF-8 text"};
-    case Reason::kNoSection:
-      return {line.number, name, "before the first section, where nothing is read"};
-    case Reason::kUnknownSection:
-      return {line.number, name, "nobody reads a section of this name" + Meant(line)};
-    case Reason::kSecondSection:
-      return {line.number, name, "the first section of this name counts"};
-    case Reason::kUnknownKey:
-      return {line.number, name, "nobody reads this name here" + Meant(line)};
-    case Reason::kSecondKey:
-      return {line.number, name, "the first of this name counts"};
-    case Reason::kNoValue:
-      break;
-  }
-  return {line.number, name, "a line without '='"};
+  if (line.reason == Reason::kNoText) return {line.number, name, "no UTF-8 text"};
+  if (line.reason == Reason::kSecond) return {line.number, name, "another of its name counts"};
+  return {line.number, name, "nobody reads it here" + Meant(line)};
 }
 
 void ExaminePrinters(MachineState& state) {

@@ -119,7 +119,9 @@ class Setter {
     if (!mark.centers.empty()) m_page.marks.push_back(std::move(mark));
   }
 
-  void Tell(std::string text) { m_page.notes.push_back({m_name, std::move(text)}); }
+  void Tell(std::string text, bool isOffPage = false) {
+    m_page.notes.push_back({m_name, std::move(text), isOffPage});
+  }
 
   Page Finish() {
     m_name.clear();
@@ -169,7 +171,7 @@ class Setter {
 
   void TellBeyond(const Beyond& x, const Beyond& y) {
     if (x.isWhole || y.isWhole) {
-      Tell("lies off the page, so nothing of it is seen");
+      Tell("lies off the page, so nothing of it is seen", true);
       return;
     }
     std::string sides;
@@ -180,7 +182,7 @@ class Setter {
     add(x.behind, "right");
     add(y.before, "top");
     add(y.behind, "bottom");
-    if (!sides.empty()) Tell("runs off the page" + sides);
+    if (!sides.empty()) Tell("runs off the page" + sides, true);
   }
 
   bool HasCopies(bool isRepeated, double step, const char* axis) {

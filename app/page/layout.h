@@ -53,6 +53,7 @@ struct Mark {
 struct Note {
   std::string watermark;  ///< The name of the one that it is about; empty for the whole page.
   std::string text;
+  bool isOffPage = false;  ///< The watermark lies off the paper, or a part of it does.
 };
 
 struct Page {

@@ -7,7 +7,9 @@
 #include <optional>
 #include <set>
 
+#include "app/machine/settings.h"
 #include "app/rehearsal/fields.h"
+#include "app/rehearsal/placeholders.h"
 #include "app/text/wording.h"
 
 namespace app {
@@ -21,30 +23,31 @@ struct PropertyRow {
   bool isInStamp;
   Form form;          ///< kCode: a number that stands for something.
   const char* field;  ///< Of the record (fields.h).
+  const char* range = "";
 };
 
 // By name, in which order an element's lacking ones are told.
+constexpr PropertyRow kKindRow = {kKind, true, true, Form::kCode, "", "0 or 1"};
+
 constexpr PropertyRow kRows[] = {
     {"Bold", true, true, Form::kFlag, "bold"},
-    {"Color", true, true, Form::kColour, "color"},
+    {"Color", true, true, Form::kColour, "color", "0 to 0xFFFFFF"},
     {"Fit", true, true, Form::kFlag, "fit"},
     {"FontName", true, true, Form::kText, "fontName"},
-    {"FontSize", true, true, Form::kReal, "fontSize"},
+    {"FontSize", true, true, Form::kReal, "fontSize", "above 0, to 200"},
     {"Italic", true, true, Form::kFlag, "italic"},
     {"Name", true, true, Form::kText, "name"},
-    {"Opacity", true, true, Form::kInteger, "opacity"},
-    {"PrintPos", true, false, Form::kCode, "printPos"},
-    {"RepeatHSpace", false, true, Form::kInteger, "repeatHSpace"},
-    {"RepeatType", false, true, Form::kCode, "repeatFirstAxis"},
-    {"RepeatVSpace", false, true, Form::kInteger, "repeatVSpace"},
-    {"Rotate", true, true, Form::kInteger, "rotate"},
+    {"Opacity", true, true, Form::kInteger, "opacity", "0 to 100"},
+    {"PrintPos", true, false, Form::kCode, "printPos", "1 to 9"},
+    {"RepeatHSpace", false, true, Form::kInteger, "repeatHSpace", "-1000 to 1000"},
+    {"RepeatType", false, true, Form::kCode, "repeatFirstAxis", "0 to 3"},
+    {"RepeatVSpace", false, true, Form::kInteger, "repeatVSpace", "-1000 to 1000"},
+    {"Rotate", true, true, Form::kInteger, "rotate", "0 to 359"},
     {"Text", true, true, Form::kText, "text"},
     {"UnderLine", true, true, Form::kFlag, "underLine"},
-    {"XOffset", true, false, Form::kReal, "xOffset"},
-    {"YOffset", true, false, Form::kReal, "yOffset"},
+    {"XOffset", true, false, Form::kReal, "xOffset", "-1000 to 1000"},
+    {"YOffset", true, false, Form::kReal, "yOffset", "-1000 to 1000"},
 };
-
-constexpr std::string_view kUser = "{WinUser}";
 
 const std::set<std::string>& Names() {
   static const std::set<std::string> names = [] {
@@ -80,6 +83,31 @@ std::int32_t CodeIn(const PropertyRow& row, const peers::WatermarkRecord& mark) 
   return (mark.repeatFirstAxis ? 1 : 0) + (mark.repeatSecondAxis ? 2 : 0);
 }
 
+/// What the number of a code stands for in the record.
+std::string CodeMeaning(const PropertyRow& row, const peers::WatermarkRecord& mark, bool isStamp) {
+  if (&row == &kKindRow) return isStamp ? "a stamp" : "a header or footer";
+  if (std::string_view(row.field) == "printPos") return PositionText(mark.printPos);
+  if (mark.repeatFirstAxis && mark.repeatSecondAxis) return "along both axes";
+  if (mark.repeatFirstAxis) return "along the first axis";
+  return mark.repeatSecondAxis ? "along the second axis" : "not repeated";
+}
+
+/// The form and the range of a number, as an author has to write it.
+std::string RuleOf(const PropertyRow& row) {
+  switch (row.form) {
+    case Form::kFlag:
+      return "1 is on, anything else off";
+    case Form::kColour:
+      return std::string("a whole number, or 0x and hexadecimal digits, ") + row.range;
+    case Form::kReal:
+      return std::string("a real number, ") + row.range;
+    case Form::kInteger:
+      return std::string("a whole number, ") + row.range;
+    default:
+      return row.range;
+  }
+}
+
 /// Nothing for a text.
 std::optional<double> NumberIn(const FieldValue& value) {
   if (const auto* flag = std::get_if<bool>(&value)) return *flag ? 1 : 0;
@@ -89,54 +117,16 @@ std::optional<double> NumberIn(const FieldValue& value) {
   return std::nullopt;
 }
 
-/// The "{...}" at `open`, or what looks like one that is not closed: the word.
-std::string PlaceholderAt(const std::string& text, std::size_t open) {
-  const std::size_t close = text.find_first_of("{}", open + 1);
-  if (close != text.npos && text[close] == '}') return text.substr(open, close + 1 - open);
-  return text.substr(open, text.find_first_of("{ \t\r\n", open + 1) - open);
-}
-
-/// The first ones of the text that stand in the record as well.
-std::set<std::string> Unfilled(const std::string& written, const std::string& stored) {
-  constexpr std::size_t kMost = 3;
-  std::set<std::string> seen;
-  std::set<std::string> unfilled;
-  for (std::size_t open = written.find('{'); open != written.npos && unfilled.size() < kMost;
-       open = written.find('{', open + 1)) {
-    const std::string placeholder = PlaceholderAt(written, open);
-    if (seen.insert(placeholder).second && stored.find(placeholder) != stored.npos)
-      unfilled.insert(placeholder);
-  }
-  return unfilled;
-}
-
-/// Whether `stored` is `written` with one text in place of each {WinUser}.
-bool IsFilledIn(const std::string& written, const std::string& stored) {
-  const std::size_t first = written.find(kUser);
-  if (first == written.npos) return false;
-  const std::size_t count = CountUsers(written);
-  const std::size_t rest = written.size() - count * kUser.size();
-  if (stored.size() < rest || first > stored.size()) return false;
-  const std::string_view user =
-      std::string_view(stored).substr(first, (stored.size() - rest) / count);
-  std::string expected;
-  std::size_t from = 0;
-  for (std::size_t at = first; at != written.npos; at = written.find(kUser, from)) {
-    expected.append(written, from, at - from).append(user);
-    from = at + kUser.size();
-  }
-  return expected.append(written, from) == stored;
-}
-
 class PropertyReview {
  public:
   PropertyReview(const PolicyElement& element, const Registered& registered, Remarks& findings,
-                 Remarks& notes)
+                 Remarks& notes, const std::vector<std::string>& fullNames)
       : m_element(element),
         m_mark(*registered.mark),
         m_isStamp(registered.isStamp),
         m_findings(findings),
-        m_notes(notes) {}
+        m_notes(notes),
+        m_fullNames(fullNames) {}
 
   void Run() {
     for (const Property& property : m_element.properties) {
@@ -145,14 +135,13 @@ class PropertyReview {
       if (row == nullptr ? property.name != kKind : !IsRead(*row))
         ReviewUnread(property, row);
       else if (!isFirst)
-        Find("unread", property,
-             "nobody reads it: the one of line " + std::to_string(first->second) + " counts");
+        ReviewSecond(property, first->second);
       else if (row == nullptr)
-        ReviewNumber(property, Form::kCode, KindCode());
+        ReviewNumber(property, kKindRow, KindCode());
       else if (row->form == Form::kText)
         ReviewText(property, *row);
       else
-        ReviewNumber(property, row->form, ValueOf(*row));
+        ReviewNumber(property, *row, ValueOf(*row));
     }
     for (const std::string& name : Names()) ReviewLacking(name);
   }
@@ -180,34 +169,54 @@ class PropertyReview {
     Find("unread", property, message);
   }
 
+  /// Of two nodes of one ID, which are a finding themselves, it is a note.
+  void ReviewSecond(const Property& property, long first) {
+    const auto nodeOf = [&](long line) { return std::ranges::upper_bound(m_element.lines, line); };
+    const std::string message =
+        "nobody reads it: the one of line " + std::to_string(first) + " counts";
+    if (nodeOf(first) == nodeOf(property.line))
+      Find("unread", property, message);
+    else
+      m_notes.Add({"second", m_element.id, property.name, property.line, message});
+  }
+
   void ReviewText(const Property& property, const PropertyRow& row) {
     const std::string stored = std::get<std::string>(ValueOf(row));
     const std::string change = Quoted(property.text) + " became " + Quoted(stored);
     if (property.text.empty())
       Find("zero", property, "it is empty");
-    else if (stored != property.text && IsFilledIn(property.text, stored))
-      m_notes.Add({"filled", m_element.id, property.name, property.line, change + " here"});
+    else if (const auto user = UserIn(property.text, stored); user && stored != property.text)
+      ReviewUser(property, *user, change);
     else if (stored != property.text)
       m_findings.Add({IsBlank(stored) ? "zero" : "changed", m_element.id, property.name,
                       property.line, change, Quoted(property.text), Quoted(stored)});
     for (const std::string& placeholder : Unfilled(property.text, stored))
-      m_notes.Add({"unfilled", m_element.id, property.name, property.line,
-                   Quoted(placeholder) + " stays as it is written; only {WinUser} in a Text is "
-                                         "filled in"});
+      Find("unfilled", property,
+           Quoted(placeholder) + " stays as it is written; only {WinUser} in a Text is filled in");
   }
 
-  void ReviewNumber(const Property& property, Form form, const FieldValue& value) {
+  void ReviewUser(const Property& property, const std::string& user, const std::string& change) {
+    m_notes.Add({"filled", m_element.id, property.name, property.line, change + " here"});
+    if (const std::string name = NameBefore(user, m_fullNames); !name.empty())
+      Find("lost", property,
+           "the user's name " + Quoted(name) + " became " + Quoted(user) +
+               ": letters are lost in the user information file");
+  }
+
+  void ReviewNumber(const Property& property, const PropertyRow& row, const FieldValue& value) {
     const std::optional<double> number = NumberOf(Trimmed(property.text));
     if (number && number == NumberIn(value)) return;
+    const bool isCode = row.form == Form::kCode;
     const std::string written = NumberOrQuoted(property.text);
     const std::string became = Shown(value);
-    const bool isZero = !number && (form == Form::kCode || NumberIn(value) == 0);
-    const std::string message = IsBlank(property.text) ? "it is empty, which reads as " + became
-                                : form == Form::kCode  ? written + " counts as " + became
-                                : isZero               ? written + " reads as " + became
-                                                       : written + " became " + became;
+    const bool isZero = !number && (isCode || NumberIn(value) == 0);
+    std::string message = IsBlank(property.text) ? "it is empty, which reads as " + became
+                          : isCode               ? written + " counts as " + became
+                          : isZero               ? written + " reads as " + became
+                                                 : written + " became " + became;
+    if (isCode) message += ", " + CodeMeaning(row, m_mark, m_isStamp);
     m_findings.Add({isZero ? "zero" : "changed", m_element.id, property.name, property.line,
-                    message, property.text, became});
+                    message + "; " + RuleOf(row), property.text, became});
   }
 
   /// A property that is read, and that the element has not.
@@ -229,21 +238,15 @@ class PropertyReview {
   const bool m_isStamp;
   Remarks& m_findings;
   Remarks& m_notes;
+  const std::vector<std::string>& m_fullNames;
   std::map<std::string_view, long> m_firsts;  ///< The line of the first property of each name.
 };
 
 }  // namespace
 
-std::size_t CountUsers(const std::string& text) {
-  std::size_t count = 0;
-  for (std::size_t at = text.find(kUser); at != text.npos; at = text.find(kUser, at + kUser.size()))
-    ++count;
-  return count;
-}
-
 void ReviewProperties(const PolicyElement& element, const Registered& registered, Remarks& findings,
-                      Remarks& notes) {
-  PropertyReview(element, registered, findings, notes).Run();
+                      Remarks& notes, const std::vector<std::string>& fullNames) {
+  PropertyReview(element, registered, findings, notes, fullNames).Run();
 }
 
 }  // namespace app

@@ -2,11 +2,11 @@
 
 // The properties of an element, and what became of each in the watermark's record.
 //
-// One table says which property fills which field, of which kind and in which form. The values come
-// from the record alone.
+// One table says which property fills which field, of which kind, in which form and range. The
+// values come from the record alone.
 
-#include <cstddef>
 #include <string>
+#include <vector>
 
 #include "app/rehearsal/document.h"
 #include "app/rehearsal/rehearse.h"
@@ -17,12 +17,10 @@ namespace app {
 /// The property that decides on the kind.
 inline constexpr char kKind[] = "Kind";
 
-/// How many times the text has {WinUser}, which the update fills in.
-std::size_t CountUsers(const std::string& text);
-
 /// Compares each property of the element, which is registered, with the record, and adds each
-/// difference to `findings`, and to `notes` what the element lacks.
+/// difference to `findings`, and to `notes` what the element lacks. `fullNames` are those that the
+/// machine has for its user.
 void ReviewProperties(const PolicyElement& element, const Registered& registered, Remarks& findings,
-                      Remarks& notes);
+                      Remarks& notes, const std::vector<std::string>& fullNames);
 
 }  // namespace app

@@ -15,6 +15,12 @@ enum class Use {
   kDelivery,  ///< Every machine that it is delivered to.
 };
 
+/// How strictly a policy is let through.
+struct Care {
+  bool isForced = false;  ///< Also a policy that a rehearsal finds unfit.
+  bool isStrict = false;  ///< None with a finding.
+};
+
 /// What is told when nothing is done; the first of a text that no pass can read, which an update
 /// by force finds out too late.
 inline constexpr char kCostOfForce[] =
@@ -29,10 +35,11 @@ struct Verdict {
   std::size_t elements = 0;        ///< How many its list has; 0 when it was not rehearsed.
 };
 
-/// Rehearses the policy. UsageError with the reason when the passes refuse it or it empties every
-/// entry, and whatever keeps the rehearsal from being held; with `isForced` neither, and the lines
-/// tell of it. `file` is how the lines name the text. Nothing of the machine changes.
+/// Rehearses the policy. Throws UsageError with the reason when the passes refuse it, when it
+/// empties every entry, when no watermark of it can be seen, and by strict care at any finding; and
+/// whatever keeps the rehearsal from being held. By force it throws nothing, and the lines tell of
+/// it. `file` is how the lines name the text. Nothing of the machine changes.
 Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int policyId, Use use,
-                     bool isForced, bool resetName = false);
+                     Care care, bool resetName = false);
 
 }  // namespace app

@@ -16,10 +16,10 @@ std::string Refusal(const PolicyText& text, int policyId) {
 }  // namespace
 
 Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int policyId, Use /*use*/,
-                     bool isForced, bool /*resetName*/) {
+                     Care care, bool /*resetName*/) {
   const PolicyText read = ReadPolicy(text, policyId);
   const std::string refusal = Refusal(read, policyId);
-  if (!refusal.empty() && !isForced)
+  if (!refusal.empty() && !care.isForced)
     throw UsageError(file + ": " + refusal + ". " +
                      (read.refusal.empty() ? kForceDoes : kCostOfForce));
   Verdict verdict;

@@ -8,7 +8,9 @@
 
 #include "app/machine/policy_text.h"
 #include "app/pass/messages.h"
+#include "app/rehearsal/placeholders.h"
 #include "app/rehearsal/properties.h"
+#include "app/rehearsal/sight.h"
 #include "app/text/errors.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
@@ -29,7 +31,7 @@ constexpr std::size_t kMostMarkBytes = 64 * 1024 * 1024;
 constexpr std::size_t kMostUserBytes = 255 * 3;  // of a user's name
 
 /// The smallest number that switches the same entries, where the number itself has no meaning.
-int ScopeMeaning(const std::wstring& text) {
+int KnownScope(const std::wstring& text) {
   constexpr int kKnown[] = {0, 1, 2, 3};
   const int scope = _wtoi(text.c_str());
   if (std::ranges::find(kKnown, scope) != std::end(kKnown)) return scope;
@@ -55,10 +57,11 @@ class Reviewer {
         m_rehearsal(rehearsal),
         m_review(review) {}
 
-  void Run() {
+  void Run(const page::Paper& paper) {
     RequireWhole();
     MatchElements();
     ReviewElements();
+    ReviewSight(paper, m_review);
     ReviewPolicies();
     ReviewList();
     ReviewAllElements();
@@ -83,9 +86,9 @@ class Reviewer {
     for (std::size_t i = 0; i < m_policy->listed.size(); ++i) {
       const ListedId& listed = m_policy->listed[i];
       const PolicyElement* const element = m_document.FindElement(listed.id);
-      m_review.elements.push_back({listed.id,
-                                   element == nullptr ? listed.line : element->lines.front(),
-                                   m_rehearsal.registered[i].mark});
+      m_review.elements.push_back(
+          {listed.id, element == nullptr ? listed.line : element->lines.front(),
+           element != nullptr && !HasQuote(listed.id), m_rehearsal.registered[i].mark});
     }
   }
 
@@ -109,7 +112,7 @@ class Reviewer {
       if (!seen.insert(fate.id).second) continue;
       const PolicyElement* const element = m_document.FindElement(fate.id);
       if (fate.mark)
-        ReviewMark(fate, *fate.mark, element, m_rehearsal.registered[i]);
+        ReviewMark(fate, element, m_rehearsal.registered[i]);
       else
         ReviewDropped(fate, element, m_rehearsal.registered[i]);
     }
@@ -131,18 +134,14 @@ class Reviewer {
     Find({"dropped", fate.id, "", fate.line, "dropped: " + why});
   }
 
-  void ReviewMark(const ElementFate& fate, const peers::WatermarkRecord& mark,
-                  const PolicyElement* element, const Registered& registered) {
-    if (element == nullptr || HasQuote(fate.id))
+  void ReviewMark(const ElementFate& fate, const PolicyElement* element,
+                  const Registered& registered) {
+    if (!fate.isThere)
       return Find({"nothing", fate.id, "", fate.line,
                    std::string(element == nullptr ? "there is no element of this ID"
                                                   : "its ID cannot be asked for") +
                        "; a watermark is registered from nothing"});
-    ReviewProperties(*element, registered, m_review.findings, m_review.notes);
-    if (mark.opacity == 0)
-      Find({"invisible", fate.id, "", fate.line, "invisible: its opacity is 0"});
-    if (IsBlank(mark.text))
-      Find({"invisible", fate.id, "", fate.line, "invisible: its text is empty"});
+    ReviewProperties(*element, registered, m_review.findings, m_review.notes, m_fullNames);
   }
 
   void ReviewPolicies() {
@@ -181,7 +180,8 @@ class Reviewer {
       for (const ListedId& each : policy.listed) listed.insert(each.id);
     for (const PolicyElement& element : m_document.elements) {
       if (!listed.contains(element.id))
-        Find({"unlisted", element.id, "", element.lines.front(), "no policy lists it"});
+        Find({"unlisted", element.id, "", element.lines.front(),
+              element.id.empty() ? "an element without an ID" : "no policy lists it"});
       if (element.lines.size() > 1)
         Find({"double", element.id, "", element.lines[1],
               "elements of this ID stand on the lines " + Listed(element.lines)});
@@ -210,14 +210,15 @@ class Reviewer {
     const std::wstring read = ReadPolicy(m_call.text, m_call.policyId).scope.value_or(L"");
     const std::string text = platform::ToUtf8(read);
     const std::optional<double> number = NumberOf(text);
-    const int meaning = ScopeMeaning(read);
+    const int meaning = KnownScope(read);
     const std::string became = std::to_string(meaning);
     if (scopes.empty())
       m_review.notes.Add({"lacking", "", "PrinterScope", m_policy->lines.front(),
                           "it is not there, which counts as " + became, "", became});
     else if (number != meaning)
       Find({number || meaning != 0 ? "changed" : "zero", "", "PrinterScope", scopes[0].line,
-            (text.empty() ? "it is empty, which" : NumberOrQuoted(text)) + " counts as " + became,
+            (text.empty() ? "it is empty, which" : NumberOrQuoted(text)) + " counts as " + became +
+                ", " + ScopeMeaning(meaning) + "; 0 to 3",
             text, became});
   }
 
@@ -229,12 +230,11 @@ class Reviewer {
       if (m_review.emptied.empty()) m_review.emptied = "no element is registered";
       Find({"emptied", "", "", 0, "no element is registered: every entry is emptied"});
     }
+    if (!m_review.unseen.empty()) Find({"unseen", "", "", 0, "no watermark can be seen"});
     if (const auto* entry = DefaultEntry(m_review.records))
-      m_review.printers.push_back({"*", FateOf(*entry)});
-    for (const platform::Printer& printer : platform::LoadMachine().printers) {
-      const std::string name = platform::ToUtf8(printer.name);
-      m_review.printers.push_back({name, FateOf(name)});
-    }
+      m_review.printers.push_back(FateOf(*entry));
+    for (const platform::Printer& printer : platform::LoadMachine().printers)
+      m_review.printers.push_back(FateOf(platform::ToUtf8(printer.name)));
   }
 
   /// Trouble that no dropped element tells lies at the machine.
@@ -250,19 +250,17 @@ class Reviewer {
             {"machine", "", "", 0, "on this machine, " + MeaningOf(trouble).sentence});
   }
 
-  static std::string FateOf(const peers::EntryRecord& entry) {
-    return Counted(entry.watermarks.size(), "watermark", "watermarks") + ", switched " +
-           (entry.lastSetting.enabled ? "on" : "off");
+  static PrinterFate FateOf(const peers::EntryRecord& entry) {
+    return {entry.printer, entry.watermarks.size(), entry.lastSetting.enabled};
   }
 
-  std::string FateOf(const std::string& printer) const {
+  PrinterFate FateOf(const std::string& printer) const {
     const auto& entries = m_review.records.entries;
     const auto entry = std::ranges::find(entries, printer, &peers::EntryRecord::printer);
     if (entry != entries.end()) return FateOf(*entry);
     const auto& excluded = m_review.records.excluded;
-    return std::ranges::find(excluded, printer, &peers::ExcludeRecord::name) != excluded.end()
-               ? "on the exclude list"
-               : "goes by the default entry";
+    const auto found = std::ranges::find(excluded, printer, &peers::ExcludeRecord::name);
+    return {printer, std::nullopt, false, found != excluded.end()};
   }
 
   const PolicyCall& m_call;
@@ -270,6 +268,7 @@ class Reviewer {
   const PolicyInfo* const m_policy;
   Rehearsal& m_rehearsal;
   Review& m_review;
+  const std::vector<std::string> m_fullNames = FullNames();
 };
 
 [[noreturn]] void RefuseSize(const std::string& what, std::size_t most) {
@@ -318,7 +317,7 @@ std::size_t Review::Registered() const {
       elements, [](const ElementFate& fate) { return fate.mark.has_value(); }));
 }
 
-Review ReviewPolicy(const PolicyCall& call) {
+Review ReviewPolicy(const PolicyCall& call, const page::Paper& paper) {
   RequireFewNodes(call.text);
   Review refused;
   refused.policyId = call.policyId;
@@ -327,10 +326,11 @@ Review ReviewPolicy(const PolicyCall& call) {
   if (!refused.refusal.empty()) return refused;
   const PolicyDocument document = ReadDocument(platform::ToUtf8(call.text));
   RequireFewMarks(document, call.policyId);
-  return ReviewOf(call, document, Rehearse(call));
+  return ReviewOf(call, document, Rehearse(call), paper);
 }
 
-Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal) {
+Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal,
+                const page::Paper& paper) {
   Review review;
   review.policyId = call.policyId;
   review.result = rehearsal.result;
@@ -342,12 +342,12 @@ Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsa
   if (!rehearsal.undelivered.empty())
     review.undelivered =
         "`set` and `release` refuse it as a delivered policy: " + rehearsal.undelivered;
-  Reviewer(call, document, rehearsal, review).Run();
+  Reviewer(call, document, rehearsal, review).Run(paper);
   return review;
 }
 
-Review ReviewSource(const PolicySource& source, int policyId) {
-  Review review = ReviewPolicy({source.text, policyId});
+Review ReviewSource(const PolicySource& source, int policyId, const page::Paper& paper) {
+  Review review = ReviewPolicy({source.text, policyId}, paper);
   if (!review.refusal.empty()) throw UsageError(source.name + ": " + review.refusal);
   if (!review.failure.empty())
     throw UsageError(source.name + ": cannot be tried on this machine: " + review.failure);

@@ -3,13 +3,14 @@
 // What a policy becomes on this machine, as a rehearsal shows it, compared with its text.
 //
 // Every finding is a difference that was seen, between the text and the records or in the messages
-// of the pass. The review works no value out.
+// of the pass, or one that the picture of the page tells. The review works no value out.
 
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "app/machine/policy_file.h"
+#include "app/page/layout.h"
 #include "app/rehearsal/document.h"
 #include "app/rehearsal/rehearse.h"
 #include "app/rehearsal/remarks.h"
@@ -20,13 +21,16 @@ namespace app {
 /// An ID of the policy's list.
 struct ElementFate {
   std::string id;
-  long line = 0;  ///< Of the element, or of the list's entry when there is no element.
+  long line = 0;         ///< Of the element, or of the list's entry when there is no element.
+  bool isThere = false;  ///< There is an element that the ID can be asked for.
   std::optional<peers::WatermarkRecord> mark;  ///< Nothing when it was dropped.
 };
 
 struct PrinterFate {
   std::string printer;
-  std::string fate;
+  std::optional<std::size_t> watermarks;  ///< Of its entry; nothing where it has none.
+  bool isOn = false;                      ///< Its entry.
+  bool isExcluded = false;                ///< If neither, it goes by the default entry.
 };
 
 struct Review {
@@ -45,6 +49,8 @@ struct Review {
   std::string failure;
   /// Why every entry is left without watermarks; empty where one is not.
   std::string emptied;
+  /// Why no watermark can be seen although some are registered; empty where one can.
+  std::string unseen;
   /// Why set and release refuse the text as the delivered policy; empty when they do not.
   std::string undelivered;
 
@@ -52,14 +58,19 @@ struct Review {
   std::size_t Registered() const;
 };
 
+/// The paper that the page is laid out on where none is named.
+inline const page::Paper kUsualPaper = page::FindPaper("A4", false).value();
+
 /// Rehearses the call. Throws UsageError for a text that is too large for that, and whatever keeps
 /// the rehearsal from being held or makes it incomplete.
-Review ReviewPolicy(const PolicyCall& call);
+Review ReviewPolicy(const PolicyCall& call, const page::Paper& paper = kUsualPaper);
 
 /// The part of ReviewPolicy behind the rehearsal of the text, which is the document's.
-Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal);
+Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal,
+                const page::Paper& paper = kUsualPaper);
 
 /// Reviews the policy. Throws UsageError, with the source's name, for one that is refused.
-Review ReviewSource(const PolicySource& source, int policyId);
+Review ReviewSource(const PolicySource& source, int policyId,
+                    const page::Paper& paper = kUsualPaper);
 
 }  // namespace app

@@ -58,9 +58,9 @@ class Desk {
     return Read(m_folder.path / "answer");
   }
 
-  /// Applies the policy; what the machine holds then.
+  /// Applies the policy, whatever a rehearsal finds; what the machine holds then.
   Json Apply() const {
-    const std::string answer = Answer("update policy.xml");
+    const std::string answer = Answer("update --force policy.xml");
     EXPECT_TRUE(answer.starts_with("update: 0. The policy is applied.")) << answer;
     return Json::parse(Answer("show --json"), nullptr, false);
   }

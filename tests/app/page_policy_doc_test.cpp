@@ -105,15 +105,15 @@ TEST(PolicyPage, ItsElementsBecomeWhatItSays) {
   }
 }
 
-// A number at an end of its range stays, one beyond becomes that end; and no property lacks an
-// example.
+// A number at an end of its range stays, one beyond becomes that end, and `check` names form and
+// range as the page does; and no property lacks an example.
 TEST(PolicyPage, ItsRangesEndWhereItSays) {
   struct Case {
     std::string property;
     int becomes;
   };
   std::vector<Case> cases;
-  std::vector<std::string> elements;
+  std::vector<std::string> elements, wrong, rules;
   const std::string page = Page();
   for (const Row& row : Table("| Property | Kind |")) {
     const std::string name = Quoted(row[0]).at(0);
@@ -122,6 +122,8 @@ TEST(PolicyPage, ItsRangesEndWhereItSays) {
     static const std::regex kRange("(-?[0-9]+) to (-?[0-9]+)");
     std::smatch range;
     if (!std::regex_match(row[3], range, kRange)) continue;
+    wrong.push_back("<Kind>" + row[1].substr(0, 1) + "</Kind><" + name + ">?</" + name + ">");
+    rules.push_back("'?' reads as 0; a " + row[2] + ", " + row[3]);
     const int low = std::stoi(range[1]), high = std::stoi(range[2]);
     for (const int number : {low - 1, low, low + 1, high - 1, high, high + 1}) {
       cases.push_back({Quoted(row[4]).at(0), std::clamp(number, low, high)});
@@ -133,6 +135,13 @@ TEST(PolicyPage, ItsRangesEndWhereItSays) {
   auto marks = Watermarks(elements);
   for (std::size_t i = 0; i < cases.size(); ++i)
     EXPECT_EQ(marks[i][cases[i].property], cases[i].becomes) << elements[i];
+  const Desk desk;
+  desk.Write(Policy(wrong));
+  const Json told = Json::parse(desk.Answer("check --json policy.xml"));
+  Row messages;
+  for (const Json& finding : told.at("findings"))
+    if (finding.contains("written")) messages.push_back(finding.at("message"));
+  EXPECT_EQ(messages, rules);
 }
 
 TEST(PolicyPage, SaysWhatStandsUnderThePictures) {

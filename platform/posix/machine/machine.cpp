@@ -30,6 +30,7 @@ constexpr std::wstring_view kAccounts = L"Accounts";
 constexpr std::wstring_view kSections[] = {kOwn, kAccounts, L"Printer"};
 constexpr std::wstring_view kOwnKeys[] = {L"User", L"Domain", L"Joined", L"Controller"};
 constexpr std::wstring_view kPrinterKeys[] = {L"Driver", L"Comment"};
+constexpr std::span<const std::wstring_view> kNothing;
 
 constexpr auto kCloseFolder = [](DIR* folder) { closedir(folder); };
 using Folder = Owner<DIR*, kCloseFolder>;
@@ -48,6 +49,15 @@ bool HasDrive(std::wstring_view path) {
 std::wstring LoginName() {
   const auto user = FindUser(geteuid());
   return user ? user->login : std::to_wstring(geteuid());
+}
+
+bool IsPrinter(const IniFile::Section& section) {
+  return StartsWithName(section.name, kPrinterPrefix);
+}
+
+/// A section's header without its closing bracket, which reads as an entry.
+bool IsCutHeader(const IniFile::Line& line) {
+  return line.isEntry && line.key.starts_with(L'[');
 }
 
 bool IsAccounts(const IniFile::Section& section) {
@@ -73,7 +83,8 @@ class Reader {
     machine.joined = ValueOf(own, L"Joined", L"0") == L"1";
     machine.controller = ValueOf(own, L"Controller", L"");
     for (const IniFile::Section& section : m_file.Sections()) {
-      if (StartsWithName(section.name, kPrinterPrefix)) {
+      if (IsPrinter(section)) {
+        if (!m_printers.insert(Folded(section.name)).second) continue;
         machine.printers.push_back(PrinterOf(section));
       } else if (IsAccounts(section)) {
         machine.accountLists.push_back(AccountsOf(section));
@@ -92,7 +103,8 @@ class Reader {
       if (!m_file.IsText(line))
         unread.push_back({line.number, line.key, Reason::kNoText});
       else if (line.isEntry)
-        unread.push_back({line.number, line.key, Reason::kNoSection});
+        unread.push_back(
+            {line.number, line.key, Reason::kUnread, IsCutHeader(line) ? kSections : kNothing});
     }
     for (const IniFile::Section& section : m_file.Sections()) AddUnread(section, unread);
     return unread;
@@ -129,7 +141,9 @@ class Reader {
     list.server = Trim(std::wstring_view(section.name).substr(kAccounts.size()));
     const std::wstring server = Folded(WithoutBackslashes(list.server)) + L'\n';
     for (const IniFile::Line& line : section.lines) {
-      if (!line.isEntry || !m_accounts.insert(server + Folded(line.key)).second) continue;
+      if (!line.isEntry || IsCutHeader(line) ||
+          !m_accounts.insert(server + Folded(line.key)).second)
+        continue;
       list.accounts.push_back({line.key, line.value});
       m_read.insert(line.number);
     }
@@ -141,25 +155,22 @@ class Reader {
     const std::wstring name = L"[" + section.name + L"]";
     if (!m_file.IsText(section.header))
       unread.push_back({section.header.number, name, Reason::kNoText});
-    else if (!isRead && SameName(section.name, kOwn))
-      unread.push_back({section.header.number, name, Reason::kSecondSection});
+    else if (!isRead && (SameName(section.name, kOwn) || IsPrinter(section)))
+      unread.push_back({section.header.number, name, Reason::kSecond});
     else if (!isRead)
-      unread.push_back({section.header.number, name, Reason::kUnknownSection, kSections});
+      unread.push_back({section.header.number, name, Reason::kUnread, kSections});
     std::set<std::wstring> keys;
     for (const IniFile::Line& line : section.lines) {
       const bool isFirst = line.isEntry && keys.insert(Folded(line.key)).second;
       if (!m_file.IsText(line))
         unread.push_back({line.number, line.key, Reason::kNoText});
+      else if (IsCutHeader(line))
+        unread.push_back({line.number, line.key, Reason::kUnread, kSections});
       else if (isRead && line.isEntry && !m_read.contains(line.number))
-        unread.push_back(
-            {line.number, line.key, WhyUnread(section, line, isFirst), KeysOf(section)});
+        unread.push_back({line.number, line.key,
+                          isFirst && !IsAccounts(section) ? Reason::kUnread : Reason::kSecond,
+                          KeysOf(section)});
     }
-  }
-
-  static Reason WhyUnread(const IniFile::Section& section, const IniFile::Line& line,
-                          bool isFirst) {
-    if (!isFirst || IsAccounts(section)) return Reason::kSecondKey;
-    return line.value ? Reason::kUnknownKey : Reason::kNoValue;
   }
 
   static std::span<const std::wstring_view> KeysOf(const IniFile::Section& section) {
@@ -169,6 +180,7 @@ class Reader {
 
   const IniFile& m_file;
   std::set<std::size_t> m_read;       ///< Numbers of lines.
+  std::set<std::wstring> m_printers;  ///< Names of sections.
   std::set<std::wstring> m_accounts;  ///< Server and login.
 };
 

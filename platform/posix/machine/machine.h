@@ -54,23 +54,20 @@ struct Machine {
 /// A line of machine.ini that has no effect.
 struct UnreadLine {
   enum class Reason {
-    kNoText,          ///< Ill-formed in the file's encoding, or with a NUL.
-    kNoSection,       ///< Before the first section.
-    kUnknownSection,  ///< The header of an unknown section; its lines have no effect.
-    kSecondSection,   ///< The header of a section that occurs twice; the first counts.
-    kUnknownKey,      ///< An entry with an unknown name.
-    kSecondKey,       ///< An entry that occurs twice; the first counts.
-    kNoValue,         ///< An entry without '=' that needs a value.
+    kNoText,  ///< Ill-formed in the file's encoding, or with a NUL.
+    kUnread,  ///< Nobody reads such an entry, or a section of this name, in its place.
+    kSecond,  ///< Another entry or section of its name counts.
   };
   std::size_t number;  ///< From 1 on.
   std::wstring name;   ///< The entry's name, or "[...]" for a section.
   Reason reason;
-  /// The known names, where the name is unknown.
+  /// The names that are read in its place, where nobody reads this one.
   std::span<const std::wstring_view> readHere = {};
 };
 
 /// Reads machine.ini, and puts the lines without effect into `unread`. A missing file is a machine
-/// without printers and accounts. Throws std::system_error when the file cannot be read.
+/// without printers and accounts. Of two sections of one printer the first counts. Throws
+/// std::system_error when the file cannot be read.
 Machine LoadMachine(std::vector<UnreadLine>* unread = nullptr);
 
 /// Returns whether two names mean one server, with or without their leading backslashes.

@@ -1,0 +1,102 @@
+#include "app/rehearsal/sight.h"
+
+#include <map>
+#include <set>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include "app/page/draw.h"
+#include "app/text/table.h"
+#include "app/text/wording.h"
+
+namespace app {
+namespace {
+
+constexpr std::int32_t kWhite = 0xFFFFFF;
+
+using Fates = std::vector<const ElementFate*>;
+
+/// The watermarks that a reader sees, one of each ID.
+Fates Seen(const Review& review) {
+  std::set<std::string_view> ids;
+  Fates seen;
+  for (const ElementFate& fate : review.elements)
+    if (fate.mark && ids.insert(fate.id).second && WhyUnseen(*fate.mark).empty())
+      seen.push_back(&fate);
+  return seen;
+}
+
+/// An entry that prints these, named by their numbers.
+peers::EntryRecord EntryOf(const Fates& seen) {
+  peers::EntryRecord entry;
+  entry.lastSetting.enabled = true;
+  for (const ElementFate* fate : seen) {
+    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*fate->mark);
+    mark.name = std::to_string(entry.watermarks.size() - 1);
+    entry.lastSetting.watermarks.push_back(mark.id);
+  }
+  return entry;
+}
+
+void ReviewPage(const page::Paper& paper, const Fates& seen, Review& review) {
+  const bool isLandscape = paper.size.width > paper.size.height;
+  const std::string on = "on " + paper.name + (isLandscape ? " landscape " : " ");
+  for (page::Note& note : page::LayOut(EntryOf(seen), paper, page::MeasureText).notes) {
+    if (note.watermark.empty()) {
+      review.notes.Add({"page", "", "", 0, on + note.text});
+      continue;
+    }
+    const ElementFate& fate = *seen.at(std::stoul(note.watermark));
+    (note.isOffPage ? review.findings : review.notes)
+        .Add({"page", fate.id, "", fate.line, on + "it " + note.text});
+  }
+}
+
+auto PlaceOf(const peers::WatermarkRecord& mark) {
+  return std::tuple(mark.printPos, mark.xOffset, mark.yOffset, mark.rotate, mark.repeatFirstAxis,
+                    mark.repeatSecondAxis, mark.repeatHSpace, mark.repeatVSpace);
+}
+
+void ReviewPlaces(const Fates& seen, Review& review) {
+  std::map<decltype(PlaceOf({})), const ElementFate*> places;
+  for (const ElementFate* fate : seen) {
+    const auto [first, isNew] = places.emplace(PlaceOf(*fate->mark), fate);
+    if (!isNew && review.findings.HasRoom("place"))
+      review.findings.Add({"place", fate->id, "", fate->line,
+                           "it lies in the place of " + OneLine(first->second->id, kTextWidth) +
+                               ", line " + std::to_string(first->second->line)});
+  }
+}
+
+/// Adds each element that is registered and not seen. One that the policy has not is a finding
+/// already.
+void ReviewUnseen(Review& review) {
+  std::set<std::string_view> ids;
+  for (const ElementFate& fate : review.elements) {
+    const std::string why = fate.mark ? WhyUnseen(*fate.mark) : "";
+    if (why.empty() || !ids.insert(fate.id).second) continue;
+    if (fate.isThere && review.findings.HasRoom("invisible"))
+      review.findings.Add({"invisible", fate.id, "", fate.line, "invisible: " + why});
+    if (review.unseen.empty())
+      review.unseen = "no watermark can be seen; " + OneLine(fate.id, kTextWidth) + ": " + why;
+  }
+}
+
+}  // namespace
+
+std::string WhyUnseen(const peers::WatermarkRecord& mark) {
+  if (IsBlank(mark.text)) return "its text is empty";
+  if (mark.opacity == 0) return "its opacity is 0";
+  return mark.color == kWhite ? "it is white on white paper" : "";
+}
+
+void ReviewSight(const page::Paper& paper, Review& review) {
+  const Fates seen = Seen(review);
+  ReviewUnseen(review);
+  ReviewPage(paper, seen, review);
+  ReviewPlaces(seen, review);
+  if (!seen.empty()) review.unseen.clear();
+}
+
+}  // namespace app
