@@ -200,7 +200,7 @@ class PropertyReview {
     if (const std::string name = NameBefore(user, m_fullNames); !name.empty())
       Find("lost", property,
            "the user's name " + Quoted(name) + " became " + Quoted(user) +
-               ": letters are lost in the user information file");
+               " in a user information file that is not UTF-16; remove that file");
   }
 
   void ReviewNumber(const Property& property, const PropertyRow& row, const FieldValue& value) {

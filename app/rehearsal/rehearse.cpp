@@ -15,6 +15,7 @@
 
 #include "app/machine/client.h"
 #include "app/machine/policy_file.h"
+#include "app/machine/user_file.h"
 #include "app/pass/messages.h"
 #include "app/text/errors.h"
 #include "app/text/json.h"
@@ -228,6 +229,7 @@ class Child {
 std::string AnswerOf(const ScratchMachine& scratch, const PolicyCall& call) try {
   const auto bare = scratch.MakeBareMachine();
   EnterMachine(scratch.CopyMachine());
+  LayUserFile();  // as the command `update` does
   const Outcome outcome = Call(UpdateCall(call.text, call.policyId, call.resetName));
   Json answer = WalkOf(outcome);
   answer["result"] = outcome.result;
