@@ -175,7 +175,7 @@ struct Options {
 /// Throws UsageError for a text that the passes refuse and for one that they fail over here.
 int Check(const Options& options) {
   const PolicySource source = ReadPolicySource(options.file);
-  const page::Paper paper = page::FindPaper(options.paper, options.isLandscape).value();
+  const page::Paper paper = page::FindPaper(options.paper, options.isLandscape);
   const Review review = ReviewSource(source, options.policyId, paper);
   if (options.isJson)
     PrintAsJson(source.name, review);

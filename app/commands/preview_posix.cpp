@@ -116,7 +116,7 @@ Subject FindSubject(const Options& options) {
 /// watermarks.
 int Preview(const Options& options) {
   const page::Format format = FormatOf(options.picture);
-  const page::Paper paper = page::FindPaper(options.paper, options.isLandscape).value();
+  const page::Paper paper = page::FindPaper(options.paper, options.isLandscape);
   const Subject drawn = FindSubject(options);
   const peers::EntryRecord& entry = EntryOf(drawn.records, options.printer);
   page::Page page = page::LayOut(entry, paper, page::MeasureText);

@@ -130,7 +130,7 @@ void AddPictures(HtmlPage& page, const peers::SettingFileContent& records) {
   std::vector<Picture> pictures;
   std::map<std::vector<peers::WatermarkRecord>, std::size_t> places;
   for (const peers::EntryRecord& entry : records.entries) {
-    page::Page laid = page::LayOut(entry, page::FindPaper("A4", false).value(), page::MeasureText);
+    page::Page laid = page::LayOut(entry, page::FindPaper("A4", false), page::MeasureText);
     std::vector<peers::WatermarkRecord> marks;
     for (const page::Mark& mark : laid.marks) marks.emplace_back(mark.record).id.clear();
     const auto [place, isNew] = places.insert({std::move(marks), pictures.size()});

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <numbers>
 #include <set>
+#include <stdexcept>
 #include <utility>
 
 namespace app::page {
@@ -217,7 +218,7 @@ class Setter {
 
 }  // namespace
 
-std::optional<Paper> FindPaper(std::string_view name, bool isLandscape) {
+Paper FindPaper(std::string_view name, bool isLandscape) {
   static const Paper kPapers[] = {
       {"A3", {297, 420}}, {"A4", {210, 297}}, {"Letter", {215.9, 279.4}}};
   for (Paper paper : kPapers) {
@@ -225,7 +226,7 @@ std::optional<Paper> FindPaper(std::string_view name, bool isLandscape) {
     if (isLandscape) std::swap(paper.size.width, paper.size.height);
     return paper;
   }
-  return std::nullopt;
+  throw std::invalid_argument("no paper of this name");
 }
 
 Page LayOut(const peers::EntryRecord& entry, const Paper& paper, const Measure& measure) {

@@ -11,7 +11,6 @@
 // keeps, texts are cut, and copies are left out from a number on. A note tells of each.
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,8 +34,8 @@ struct Paper {
   Size size;
 };
 
-/// A3, A4 or Letter; nothing for any other name.
-std::optional<Paper> FindPaper(std::string_view name, bool isLandscape);
+/// Returns A3, A4 or Letter. Throws std::invalid_argument for any other name.
+Paper FindPaper(std::string_view name, bool isLandscape);
 
 enum class Alignment { kLeft, kCenter, kRight };
 

@@ -59,7 +59,7 @@ struct Review {
 };
 
 /// The paper that the page is laid out on where none is named.
-inline const page::Paper kUsualPaper = page::FindPaper("A4", false).value();
+inline const page::Paper kUsualPaper = page::FindPaper("A4", false);
 
 /// Rehearses the call. Throws UsageError for a text that is too large for that, and whatever keeps
 /// the rehearsal from being held or makes it incomplete.

@@ -22,7 +22,7 @@ WatermarkRecord Text(int printPos, double fontSize = 2) {
 }
 
 Page LayOutOn(std::string_view paper, const std::vector<WatermarkRecord>& records) {
-  return LayOut(Entry(records), *FindPaper(paper, false), [](const auto&) { return kOnePoint; });
+  return LayOut(Entry(records), FindPaper(paper, false), [](const auto&) { return kOnePoint; });
 }
 
 std::string Told(const Page& page) {
@@ -62,16 +62,16 @@ TEST(PageLayout, DrawsWhatTheLastSettingListsWhileItIsOn) {
   entry.lastSetting.watermarks.push_back("gone since");
   entry.customSettings = {{"HLMimosaOption", true, {"unlisted"}}};
   const auto measure = [](const auto&) { return kOnePoint; };
-  Page page = LayOut(entry, *FindPaper("A3", true), measure);
+  Page page = LayOut(entry, FindPaper("A3", true), measure);
   EXPECT_EQ(page.marks.size(), 2U);
   EXPECT_NEAR(page.marks.at(1).centers.at(0).x, 410, 1e-9);
   EXPECT_EQ(Told(page), ": 1 watermarks are not listed by the last setting\n");
 
   entry.lastSetting.enabled = false;
-  page = LayOut(entry, *FindPaper("Letter", false), measure);
+  page = LayOut(entry, FindPaper("Letter", false), measure);
   EXPECT_EQ(page.marks.size(), 0U);
   EXPECT_EQ(Told(page), ": the watermarks of this entry are switched off: it prints none\n");
-  EXPECT_FALSE(FindPaper("a4", false));
+  EXPECT_THROW(FindPaper("a4", false), std::invalid_argument);
 }
 
 // What cannot be drawn as it stands is told, and nothing runs on without end.

@@ -20,7 +20,7 @@ constexpr double kPixel = 1.0 / kPixelsPerMillimeter;
 class Picture {
  public:
   explicit Picture(const WatermarkRecord& record, bool isLandscape = false)
-      : m_page(LayOut(Entry({record}), *FindPaper("A4", isLandscape), MeasureText)) {
+      : m_page(LayOut(Entry({record}), FindPaper("A4", isLandscape), MeasureText)) {
     const std::string bytes = Draw(m_page, {}, Format::kPng);
     std::string_view left = bytes;
     m_surface = cairo_image_surface_create_from_png_stream(Read, &left);
@@ -180,7 +180,7 @@ TEST(PagePicture, DrawsWhateverAFileHolds) {
   bad.fontName = "No Such Font, \xFF";
   bad.fontSize = 200;
   bad.rotate = 359;
-  const Page page = LayOut(Entry({bad, Letter()}), *FindPaper("A4", false), MeasureText);
+  const Page page = LayOut(Entry({bad, Letter()}), FindPaper("A4", false), MeasureText);
   EXPECT_EQ(page.marks.size(), 2U);
   EXPECT_EQ(Draw(page, {"\xFF", ""}, Format::kPng).substr(1, 3), "PNG");
   EXPECT_EQ(Draw(page, {"t"}, Format::kPdf).substr(0, 5), "%PDF-");
