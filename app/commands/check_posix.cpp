@@ -5,6 +5,7 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/policy_file.h"
+#include "app/machine/settings.h"
 #include "app/machine/state.h"
 #include "app/rehearsal/fields.h"
 #include "app/rehearsal/review.h"
@@ -108,9 +109,7 @@ Json FateAsJson(const PrinterFate& fate) {
 void PrintPrinters(const Review& review) {
   std::vector<Row> rows = {{"Printer", "What becomes of it"}};
   for (const PrinterFate& printer : review.printers)
-    rows.push_back(
-        {printer.printer == "*" ? "* (default entry)" : OneLine(printer.printer, 2 * kNameWidth),
-         InWords(printer)});
+    rows.push_back({OneLine(EntryName(printer.printer), 2 * kNameWidth), InWords(printer)});
   std::cout << "\n";
   PrintTable(std::cout, rows, "");
 }

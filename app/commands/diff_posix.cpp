@@ -36,10 +36,7 @@ int Diff(const Options& options) {
   const bool isAlone = options.second.empty();
   const Side left = Rehearsed(isAlone ? "" : options.first, options.policyId);
   const Side right = Rehearsed(isAlone ? options.first : options.second, options.policyId);
-  std::vector<std::string> ids;
-  for (const Side* side : {&left, &right})
-    for (const ElementFate& element : side->review.elements) ids.push_back(element.id);
-  const auto differences = Compare(left.review.records, right.review.records, ids);
+  const auto differences = Compare(left.review, right.review);
   if (differences.empty()) return 0;
   PrintTable(std::cout,
              RowsOf(differences, right.review.records.entries.size(), left.name, right.name), "");

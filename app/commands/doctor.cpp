@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 #include <memory>
 
@@ -8,45 +9,27 @@
 namespace app {
 namespace {
 
-struct Column {
-  const char* heading;
-  const char* key;
-};
-
-/// Prints the columns of a list, and how many records are left out of a long one.
-void PrintList(const char* title, const Json& records, const std::vector<Column>& columns) {
+/// Prints a list of the diagnosis, and how many records of a long one are left out.
+void PrintList(const std::string& title, const Json& diagnosis, const char* list) {
   constexpr std::size_t kMostRecords = 20;
-  std::vector<Row> rows(1);
-  for (const Column& column : columns) rows[0].push_back(column.heading);
-  for (const Json& record : records) {
-    if (rows.size() > kMostRecords) break;
-    Row& row = rows.emplace_back();
-    for (const Column& column : columns) {
-      const Json& cell = record.at(column.key);
-      row.push_back(cell.is_string() ? cell.get<std::string>() : cell.dump());
-    }
-  }
+  std::vector<Row> rows = RowsOf(diagnosis, list);
+  const std::size_t records = rows.size() - 1;
+  rows.resize(1 + std::min(records, kMostRecords));
   std::cout << title << "\n";
   PrintTable(std::cout, rows);
-  if (records.size() > kMostRecords)
-    std::cout << "  and " << records.size() - kMostRecords << " more\n";
+  if (records > kMostRecords) std::cout << "  and " << records - kMostRecords << " more\n";
 }
 
 /// Prints one page: the state of each part, the printers and the forecast.
 void PrintPage(const Json& diagnosis) {
-  const std::string machine = "Machine " + OneLine(diagnosis["machine"].get<std::string>());
-  PrintList(machine.c_str(), diagnosis["parts"],
-            {{"Part", "part"}, {"State", "state"}, {"Place", "place"}});
+  PrintList("Machine " + OneLine(diagnosis["machine"].get<std::string>()), diagnosis, "parts");
   if (!diagnosis["unread"].empty())
-    PrintList("\nLines of machine.ini that are not read as they stand", diagnosis["unread"],
-              {{"Line", "line"}, {"Name", "name"}, {"Why", "reason"}});
+    PrintList("\nLines of machine.ini that are not read as they stand", diagnosis, "unread");
   if (diagnosis["printers"].is_null())
     std::cout << "\nPrinters cannot be listed\n";
   else
-    PrintList("\nPrinters", diagnosis["printers"],
-              {{"Printer", "printer"}, {"Driver", "driver"}, {"What becomes of it", "fate"}});
-  PrintList("\nWhat an export would give now", diagnosis["forecast"],
-            {{"Command", "command"}, {"Result", "result"}, {"Reason", "reason"}});
+    PrintList("\nPrinters", diagnosis, "printers");
+  PrintList("\nWhat an export would give now", diagnosis, "forecast");
 }
 
 /// Returns 0 when every export would do its work, else 1.

@@ -41,41 +41,20 @@ Delivered FindDelivered() try { return {ReadPolicySource("")}; } catch (const Us
   return {std::nullopt, error.what()};
 }
 
-/// Adds columns of a list of the diagnosis.
-void AddTable(HtmlPage& page, const std::string& caption, const Json& records,
-              const std::vector<std::pair<const char*, const char*>>& columns) {
-  std::vector<std::vector<std::string>> rows(1);
-  for (const auto& [heading, key] : columns) rows[0].push_back(heading);
-  for (const Json& record : records) {
-    std::vector<std::string>& row = rows.emplace_back();
-    for (const auto& [heading, key] : columns) {
-      const Json& cell = record.at(key);
-      row.push_back(cell.is_string() ? cell.get<std::string>() : cell.dump());
-    }
-  }
-  page.Table(caption, rows);
-}
-
-void AddForce(HtmlPage& page, const Delivered& delivered, int policyId) {
+/// `review` is that of the delivered policy.
+void AddForce(HtmlPage& page, const Delivered& delivered, const Review& review) {
   page.Heading("In force");
   if (!delivered.source) {
     page.Verdict("Cannot be told: there is no delivered policy to compare with.", false);
     page.Paragraph(delivered.missing);
     return;
   }
-  const Force force = ForceOf(ReviewPolicy({delivered.source->text, policyId}));
+  const Force force = ForceOf(review);
   page.Verdict("The delivered policy is " + Sentence(force) + ".", force.IsIn());
   page.Paragraph(delivered.source->name + ", SHA-256 " + ChecksumOf(delivered.source->text));
   if (!force.differences.empty())
     page.Table("Differences",
                RowsOf(force.differences, force.entries, "The record holds", "The policy asks for"));
-}
-
-/// "E3 Opacity: 120 became 100".
-std::string Remark(const Finding& finding) {
-  std::string subject = finding.element;
-  if (!finding.property.empty()) subject += (subject.empty() ? "" : " ") + finding.property;
-  return subject + (subject.empty() ? "" : ": ") + finding.message;
 }
 
 /// The lines of the text, of a long one only those near a remark.
@@ -151,17 +130,14 @@ void AddPictures(HtmlPage& page, const peers::SettingFileContent& records) {
 }
 
 /// What the policy changes against the delivered one.
-void AddChanges(HtmlPage& page, const Delivered& delivered, const Review& review) {
+void AddChanges(HtmlPage& page, const Delivered& delivered, const Review& before,
+                const Review& review) {
   page.Heading("Changes against the delivered policy");
   if (!delivered.source) {
     page.Paragraph("There is no delivered policy to compare with.");
     return;
   }
-  const Review before = ReviewPolicy({delivered.source->text, review.policyId});
-  std::vector<std::string> ids;
-  for (const Review* each : {&before, &review})
-    for (const ElementFate& element : each->elements) ids.push_back(element.id);
-  const auto differences = Compare(before.records, review.records, ids);
+  const auto differences = Compare(before, review);
   if (differences.empty())
     page.Paragraph("None.");
   else
@@ -172,26 +148,24 @@ std::string PageOf(const Options& options) {
   const PolicySource source = ReadPolicySource(options.file);
   const Delivered delivered = FindDelivered();
   const Review review = ReviewPolicy({source.text, options.policyId});
+  const bool isOther = delivered.source && delivered.source->text != source.text;
+  const Review before = isOther ? ReviewPolicy({delivered.source->text, options.policyId}) : review;
   const Json diagnosis = Diagnose();
   HtmlPage page("Watermark policy report");
   page.Paragraph("Machine " + diagnosis["machine"].get<std::string>());
-  AddForce(page, delivered, options.policyId);
+  AddForce(page, delivered, before);
   if (!review.refusal.empty() || !review.failure.empty()) {
     page.Heading("The policy");
     page.Verdict("Refused: " + review.refusal + review.failure, false);
   } else {
     AddPolicy(page, source, review);
     AddPictures(page, review.records);
-    AddChanges(page, delivered, review);
+    AddChanges(page, delivered, before, review);
   }
   page.Heading("The machine");
-  AddTable(page, "Its parts", diagnosis["parts"],
-           {{"Part", "part"}, {"State", "state"}, {"Place", "place"}});
-  if (!diagnosis["printers"].is_null())
-    AddTable(page, "Printers", diagnosis["printers"],
-             {{"Printer", "printer"}, {"Driver", "driver"}, {"What becomes of it", "fate"}});
-  AddTable(page, "What an export would give now", diagnosis["forecast"],
-           {{"Command", "command"}, {"Result", "result"}, {"Reason", "reason"}});
+  page.Table("Its parts", RowsOf(diagnosis, "parts"));
+  if (!diagnosis["printers"].is_null()) page.Table("Printers", RowsOf(diagnosis, "printers"));
+  page.Table("What an export would give now", RowsOf(diagnosis, "forecast"));
   AddText(page, source, review);
   return page.Finish();
 }

@@ -1,6 +1,8 @@
 #include "app/machine/diagnosis.h"
 
+#include <map>
 #include <set>
+#include <utility>
 
 #include "app/machine/home.h"
 #include "app/machine/policy_text.h"
@@ -112,6 +114,25 @@ Json Diagnose() {
           {"scope", state.scope ? Json(*state.scope) : Json()},
           {"printers", Printers(state)},
           {"forecast", forecasts}};
+}
+
+std::vector<std::vector<std::string>> RowsOf(const Json& diagnosis, const std::string& list) {
+  using Columns = std::vector<std::pair<const char*, const char*>>;  // headings and keys
+  static const std::map<std::string, Columns> columns = {
+      {"parts", {{"Part", "part"}, {"State", "state"}, {"Place", "place"}}},
+      {"unread", {{"Line", "line"}, {"Name", "name"}, {"Why", "reason"}}},
+      {"printers", {{"Printer", "printer"}, {"Driver", "driver"}, {"What becomes of it", "fate"}}},
+      {"forecast", {{"Command", "command"}, {"Result", "result"}, {"Reason", "reason"}}}};
+  std::vector<std::vector<std::string>> rows(1);
+  for (const auto& [heading, key] : columns.at(list)) rows[0].push_back(heading);
+  for (const Json& record : diagnosis.at(list)) {
+    std::vector<std::string>& row = rows.emplace_back();
+    for (const auto& [heading, key] : columns.at(list)) {
+      const Json& cell = record.at(key);
+      row.push_back(cell.is_string() ? cell.get<std::string>() : cell.dump());
+    }
+  }
+  return rows;
 }
 
 }  // namespace app

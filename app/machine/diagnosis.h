@@ -2,6 +2,9 @@
 
 // The state of the machine in words, for the doctor's page and for reports.
 
+#include <string>
+#include <vector>
+
 #include "app/text/json.h"
 
 namespace app {
@@ -10,5 +13,9 @@ namespace app {
 /// of machine.ini), `scope` (the delivered one; null when there is none), `printers` (null when
 /// they cannot be listed) and `forecast`.
 Json Diagnose();
+
+/// Returns one of its lists, parts, unread, printers or forecast, as the rows of a table, with
+/// headings.
+std::vector<std::vector<std::string>> RowsOf(const Json& diagnosis, const std::string& list);
 
 }  // namespace app

@@ -28,9 +28,6 @@ std::optional<std::set<std::string>> WatermarkIds();
 /// cannot be read, or where its form is the component's own.
 std::vector<std::string> WhatIsIdle();
 
-/// Whether what a pass does would be saved, as far as it can be told beforehand.
-bool CanSave();
-
 /// "cannot be written: ...", of a path that is there; empty when this process can write to it.
 std::string WhyNotWritten(const std::filesystem::path& path);
 

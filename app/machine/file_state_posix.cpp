@@ -213,8 +213,4 @@ std::vector<std::string> WhatIsIdle() {
   }
 }
 
-bool CanSave() {
-  return ExamineSettingFile().unsaved.empty();
-}
-
 }  // namespace app

@@ -1,10 +1,10 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <stdexcept>
 
 #include "app/machine/policy_file.h"
+#include "app/text/wording.h"
 #include "platform/owner.h"
 #include "platform/utf.h"
 #include "policy/policy_file_cipher.h"
@@ -61,13 +61,7 @@ std::string ChecksumOf(const std::wstring& text) {
   unsigned char digest[EVP_MAX_MD_SIZE];
   unsigned int size = 0;
   Check(EVP_Digest(bytes.data(), bytes.size(), digest, &size, EVP_sha256(), nullptr));
-  std::string digits;
-  char two[3];
-  for (unsigned int i = 0; i < size; ++i) {
-    std::snprintf(two, sizeof two, "%02x", digest[i]);
-    digits += two;
-  }
-  return digits;
+  return Hexadecimal({digest, size});
 }
 
 }  // namespace app

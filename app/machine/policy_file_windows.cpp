@@ -2,10 +2,10 @@
 // After windows.h.
 #include <wincrypt.h>
 
-#include <cstdio>
 #include <stdexcept>
 
 #include "app/machine/policy_file.h"
+#include "app/text/wording.h"
 #include "platform/owner.h"
 #include "platform/utf.h"
 
@@ -37,13 +37,7 @@ std::string ChecksumOf(const std::wstring& text) {
   BYTE digest[32];
   DWORD size = sizeof digest;
   Check(CryptGetHashParam(hash, HP_HASHVAL, digest, &size, 0));
-  std::string digits;
-  char two[3];
-  for (const BYTE byte : digest) {
-    std::snprintf(two, sizeof two, "%02x", byte);
-    digits += two;
-  }
-  return digits;
+  return Hexadecimal(digest);
 }
 
 }  // namespace app

@@ -22,6 +22,7 @@ bool IsExcluded(const peers::SettingFileContent& content, const std::string& pri
 void RequirePrinter(const std::string& name);
 
 /// "* (default entry)", or the printer's name.
+std::string EntryName(const std::string& printer);
 std::string NameOf(const peers::EntryRecord& entry);
 
 /// Returns how many of the entry's watermarks the setting lists. A setting may still list

@@ -40,8 +40,12 @@ void RequirePrinter(const std::string& name) {
                    (guess.empty() ? "" : "; is '" + guess + "' meant?"));
 }
 
+std::string EntryName(const std::string& printer) {
+  return printer == "*" ? "* (default entry)" : printer;
+}
+
 std::string NameOf(const peers::EntryRecord& entry) {
-  return entry.printer == "*" ? "* (default entry)" : entry.printer;
+  return EntryName(entry.printer);
 }
 
 std::ptrdiff_t CountActive(const peers::ActiveRecord& setting, const peers::EntryRecord& entry) {

@@ -170,10 +170,6 @@ constexpr std::size_t kGuidLength = 36;
 
 }  // namespace
 
-bool IsKnown(int number) {
-  return Find(number) != nullptr;
-}
-
 Meaning MeaningOf(const Message& message) {
   const Row* const row = Find(message.number);
   if (row == nullptr) return {Weight::kWarning, message.text, ""};

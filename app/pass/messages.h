@@ -34,9 +34,6 @@ std::vector<Message> Troubles(const std::vector<Message>& messages);
 /// Returns the meaning of the first failure in the library's own order: why a pass failed.
 Meaning FirstFailure(const std::vector<Message>& messages);
 
-/// Whether the table has the number.
-bool IsKnown(int number);
-
 /// An element that has become a watermark of an entry.
 struct MadeMark {
   std::string elementId;

@@ -1,9 +1,11 @@
 #include "app/rehearsal/compare.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 
+#include "app/machine/settings.h"
 #include "app/rehearsal/fields.h"
 #include "app/text/table.h"
 
@@ -184,6 +186,12 @@ std::vector<Difference> Compare(const peers::SettingFileContent& left,
   return comparison.Take();
 }
 
+std::vector<Difference> Compare(const Review& left, const Review& right) {
+  std::vector<std::string> ids = left.Ids();
+  std::ranges::copy(right.Ids(), std::back_inserter(ids));
+  return Compare(left.records, right.records, ids);
+}
+
 std::vector<Row> RowsOf(const std::vector<Difference>& differences, std::size_t entries,
                         const std::string& left, const std::string& right) {
   constexpr std::size_t kMostEntries = 3;
@@ -191,7 +199,7 @@ std::vector<Row> RowsOf(const std::vector<Difference>& differences, std::size_t 
   for (const Difference& each : differences) {
     std::vector<std::string> names;
     for (const std::string& printer : each.entries)
-      names.push_back(printer == "*" ? "* (default entry)" : OneLine(printer, kNameWidth));
+      names.push_back(OneLine(EntryName(printer), kNameWidth));
     rows.push_back({names.size() == entries ? "all" : NamesInARow(names, kMostEntries),
                     each.subject, each.field, each.left, each.right});
   }

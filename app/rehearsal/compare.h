@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/rehearsal/review.h"
 #include "peers/settings_component/setting_file.h"
 
 namespace app {
@@ -24,6 +25,8 @@ struct Difference {
 std::vector<Difference> Compare(const peers::SettingFileContent& left,
                                 const peers::SettingFileContent& right,
                                 const std::vector<std::string>& ids);
+/// Compares the records that two policies leave.
+std::vector<Difference> Compare(const Review& left, const Review& right);
 
 /// Returns the rows of a table, with headings, of which the last two are the names of the sides.
 /// The entries are named where a difference is not the same in all of `entries`.

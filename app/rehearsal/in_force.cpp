@@ -10,9 +10,7 @@ Force ForceOf(const Review& review) try {
   if (!review.refusal.empty())
     return {.unknown = "the passes refuse the policy: " + review.refusal};
   if (!review.failure.empty()) return {.unknown = "no pass can run here: " + review.failure};
-  std::vector<std::string> ids;
-  for (const ElementFate& element : review.elements) ids.push_back(element.id);
-  return {.differences = Compare(ReadSettingsOfCopy(), review.records, ids),
+  return {.differences = Compare(ReadSettingsOfCopy(), review.records, review.Ids()),
           .entries = review.records.entries.size(),
           .excluded = review.records.excluded.size()};
 } catch (const std::exception& error) {

@@ -66,7 +66,7 @@ std::string WhyUndelivered(const std::wstring& text) {
   const auto write = [](const std::wstring& path, const std::string& bytes) {
     const auto file = platform::HostPath(path);
     std::filesystem::create_directories(file.parent_path());
-    platform::ChangeWholeFile(file, [&](const auto&) { return bytes; });
+    platform::ReplaceWholeFile(file, bytes);
   };
   write(delivery.PolicyFile(), SealText(platform::ToUtf8(text)));
   write(delivery.SystemSetting(), "63,1\r\n");

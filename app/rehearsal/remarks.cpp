@@ -32,14 +32,16 @@ void Remarks::Close() {
       m_kept.push_back({kind, "", "", 0, "and " + std::to_string(count - kMostOfAKind) + " more"});
 }
 
+std::string Remark(const Finding& finding, std::size_t width) {
+  std::string subject = OneLine(finding.element, width);
+  const std::string property = OneLine(finding.property, width);
+  if (!property.empty()) subject += (subject.empty() ? "" : " ") + property;
+  return subject + (subject.empty() ? "" : ": ") + finding.message;
+}
+
 std::string Line(const std::string& file, const Finding& finding) {
-  std::string line = file + ":";
-  if (finding.line > 0) line += std::to_string(finding.line) + ":";
-  const std::string element = OneLine(finding.element, kTextWidth);
-  if (!element.empty()) line += " " + element;
-  if (!finding.property.empty()) line += " " + OneLine(finding.property, kTextWidth);
-  if (!element.empty() || !finding.property.empty()) line += ":";
-  return line + " " + finding.message;
+  const std::string line = finding.line > 0 ? std::to_string(finding.line) + ":" : "";
+  return file + ":" + line + " " + Remark(finding, kTextWidth);
 }
 
 }  // namespace app

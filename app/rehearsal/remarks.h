@@ -19,6 +19,9 @@ struct Finding {
   std::string became = "";   ///< Of a value: the record's, for people.
 };
 
+/// "E1 FontSize: -3 became 1", with no name longer than `width` places.
+std::string Remark(const Finding& finding, std::size_t width = std::string::npos);
+
 /// "policy.xml:24: E1 FontSize: -3 became 1", on one line whatever the texts in it.
 std::string Line(const std::string& file, const Finding& finding);
 

@@ -317,6 +317,12 @@ std::size_t Review::Registered() const {
       elements, [](const ElementFate& fate) { return fate.mark.has_value(); }));
 }
 
+std::vector<std::string> Review::Ids() const {
+  std::vector<std::string> ids;
+  for (const ElementFate& element : elements) ids.push_back(element.id);
+  return ids;
+}
+
 Review ReviewPolicy(const PolicyCall& call, const page::Paper& paper) {
   RequireFewNodes(call.text);
   Review refused;

@@ -56,6 +56,8 @@ struct Review {
 
   /// How many of the elements have become watermarks.
   std::size_t Registered() const;
+  /// The IDs of its elements.
+  std::vector<std::string> Ids() const;
 };
 
 /// The paper that the page is laid out on where none is named.

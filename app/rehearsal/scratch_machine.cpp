@@ -90,7 +90,7 @@ fs::path MakeFolder(peers::Descriptor& lock) {
 
 void Write(const fs::path& file, const std::string& bytes) {
   fs::create_directories(file.parent_path());
-  platform::ChangeWholeFile(file, [&](const auto&) { return bytes; });
+  platform::ReplaceWholeFile(file, bytes);
 }
 
 /// A root, which must be closed to others whatever the umask is.

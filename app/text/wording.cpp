@@ -69,6 +69,16 @@ std::string Listed(const std::vector<long>& lines) {
   return lines.size() > kMost ? text + ", ..." : text;
 }
 
+std::string Hexadecimal(std::span<const unsigned char> bytes) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string digits;
+  for (const unsigned char byte : bytes) {
+    digits += kDigits[byte >> 4];
+    digits += kDigits[byte & 15];
+  }
+  return digits;
+}
+
 std::string Counted(std::size_t count, const std::string& one, const std::string& many) {
   return std::to_string(count) + " " + (count == 1 ? one : many);
 }

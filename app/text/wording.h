@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,9 @@ std::string Trimmed(const std::string& text);
 std::string Quoted(const std::string& text);
 /// A number as it is written, anything else in quotes.
 std::string NumberOrQuoted(const std::string& text);
+
+/// "00ff": the bytes in hexadecimal digits.
+std::string Hexadecimal(std::span<const unsigned char> bytes);
 
 /// "1 entry", "2 entries".
 std::string Counted(std::size_t count, const std::string& one, const std::string& many);
