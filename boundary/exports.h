@@ -47,17 +47,18 @@ extern "C" {
 
 /// The results of the exports.
 enum SigilSettingResult {
-  /// The pass ran to its end. It may not have saved: a failed save of the setting file stands in
-  /// the
-  /// log alone, and in an update a failed save of one entry stands nowhere.
+  /// The pass ran to its end. It may not have saved: a failed save of the setting file, a failed
+  /// switch of the default entry and an entry that could not be had stand in the log alone, and in
+  /// an update a failed save of one entry stands nowhere.
   SIGIL_SETTING_DONE = 0,
   /// The policy is applied, but the user's full name is still to be obtained.
   SIGIL_SETTING_NO_FULL_NAME = -99,
   /// The pass failed; the log tells where.
   SIGIL_SETTING_FAILED = -101,
-  /// The watermark function is off in the system settings; nothing was done.
+  /// The watermark function is off in the system settings, or reading them broke off; nothing was
+  /// done.
   SIGIL_SETTING_FUNCTION_OFF = -200,
-  /// The system settings could not be read; nothing was done.
+  /// The system settings could not be opened, or their switch is negative; nothing was done.
   SIGIL_SETTING_UNREADABLE = -201
 };
 

@@ -11,8 +11,8 @@ struct ComponentRecord;
 /// root interface and gives both back. A handle lives on the stack of an operation, for one pass.
 ///
 /// It takes no lock. A caller that changes settings holds the system-wide mutex (setting_mutex.h)
-/// around the handle's life and the component's lock around the changes. Unless an operation says
-/// otherwise, an exception of the component reaches its caller.
+/// from before CreateInstance until ReleaseInstance, and the component's lock around the changes.
+/// Unless an operation says otherwise, an exception of the component reaches its caller.
 class OperationSigilSettings {
  public:
   /// Loads the component. Throws nothing; after a failed load CreateInstance returns false.

@@ -79,6 +79,7 @@ struct LastSetting : Object {
 struct PrinterSettings : Object {
   virtual std::int32_t Save(std::int32_t mode) = 0;
   virtual std::int32_t Commit() = 0;
+  /// The switches take every result except 0 for a failure, the registration a negative one.
   virtual std::int32_t GetLastSetting(LastSetting** out) = 0;
   virtual std::int32_t GetCustomSetting(const wchar_t* name, LastSetting** out) = 0;
   virtual std::int32_t CreateCustomSetting(LastSetting** out) = 0;

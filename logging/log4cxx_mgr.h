@@ -21,8 +21,8 @@
 class LOG4CXX_MGR_API Log4cxxMgr {
  public:
   /// `level` 0 (trace) to 5 (given up); `function` names the operation, and `number` the occasion
-  /// in it; `line` is the source line of the call. A number stands for one occasion but for a few
-  /// that are given twice; they are part of the contract and stay as they are.
+  /// in it; `line` is the source line of the call. A few numbers stand for several
+  /// occasions; they are part of the contract and stay as they are.
   static void LogOutDetail(int level, int number, const wchar_t* function, int line,
                            const wchar_t* text)
       LOG4CXX_MGR_NAME("?LogOutDetail@Log4cxxMgr@@SAXHHPB_WH0@Z");

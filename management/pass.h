@@ -3,7 +3,8 @@
 // The frame of the four passes over the setting file: take the mutex; open a component handle and
 // get its instance; lock; work; save, except after a failed registration; unlock; release the
 // instance; give back the mutex, the attributes and the printer list; destroy the handle. On every
-// path all of it is given back before the pass returns.
+// path all of it is given back before the pass returns; after an exception only the component's
+// lock is left to the component.
 
 #include <memory>
 

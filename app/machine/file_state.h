@@ -24,18 +24,20 @@ SettingState ExamineSettingFile();
 /// file's form is the component's own.
 std::optional<std::set<std::string>> WatermarkIds();
 
-/// The entries that are on without a watermark to print, a line each (show.h); none when the file
-/// cannot be read, or where its form is the component's own.
+/// Returns a line for each entry that is on without a watermark to print; none when the file cannot
+/// be read, or where its form is the component's own.
 std::vector<std::string> WhatIsIdle();
 
 /// "cannot be written: ...", of a path that is there; empty when this process can write to it.
 std::string WhyNotWritten(const std::filesystem::path& path);
 
-/// Why a file could not be made in `folder`, or in the nearest one above it that there is: what
-/// keeps this account from it, what is missing on the disk, and the first of both. Empty when
-/// nothing does.
+// The next three ask the folder, or the nearest one above it that exists.
+
+/// Returns why this account cannot make a file there; empty when it can.
 std::string WhyClosed(const std::filesystem::path& folder);
+/// Returns what the disk lacks for a file; empty when it has room.
 std::string WhyFull(const std::filesystem::path& folder);
+/// Returns the first of both reasons.
 std::string WhyNotMade(const std::filesystem::path& folder);
 
 struct RefusedPlace {

@@ -26,7 +26,7 @@ Part LoadPart(const std::wstring& fileName);
 /// Returns null when the part has no such function.
 template <class Operation>
 Operation Function(const Part& part, const char* name) {
-  // By way of the type of no function in particular, which the compiler takes as meant.
+  // Cast through `void (*)()` to avoid the cast warning.
   return reinterpret_cast<Operation>(
       reinterpret_cast<void (*)()>(GetProcAddress(part.module.Get(), name)));
 }

@@ -106,7 +106,7 @@ std::string NotTold(DWORD error) {
          "); the settings change all the same";
 }
 
-/// Its result does not hang on the message.
+/// A failed notification of the service does not change the result of set.
 Forecast Set(const MachineState& state) {
   Forecast set = ClientSwitch(state, "set");
   if (set.isGood && state.pipeError != 0) set.reason = NotTold(state.pipeError);

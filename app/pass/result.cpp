@@ -26,7 +26,7 @@ bool Has(const std::vector<Message>& troubles, Weight weight) {
       troubles, [&](const Message& message) { return MeaningOf(message).weight == weight; });
 }
 
-/// Whether the pass ran to its end, whoever could not be told of it afterwards.
+/// True if the pass completed; a failed notification counts as completed.
 bool Ran(int result) {
   return result != SIGIL_SETTING_FAILED && result != SIGIL_SETTING_FUNCTION_OFF &&
          result != SIGIL_SETTING_UNREADABLE;

@@ -89,7 +89,7 @@ class Comparison {
     for (const peers::ActiveRecord& custom : left.customSettings) {
       const auto other =
           std::ranges::find(right.customSettings, custom.name, &peers::ActiveRecord::name);
-      // One that goes with the last setting on both sides says nothing more.
+      // A custom setting equal to the last setting on both sides would only repeat its differences.
       const bool isAlike = other != right.customSettings.end() &&
                            AreAlike(custom, left.lastSetting) &&
                            AreAlike(*other, right.lastSetting);

@@ -76,7 +76,8 @@ class Reviewer {
  private:
   void Find(Finding finding) { m_review.findings.Add(std::move(finding)); }
 
-  /// The pass reads the list as the document does, or what it tells would go to other elements.
+  /// Pairs the IDs of the list with what the pass registered. Throws when the counts differ,
+  /// because the pairs would be wrong.
   void MatchElements() {
     if (m_policy == nullptr) return;
     if (m_rehearsal.registered.size() != m_policy->listed.size())
@@ -237,7 +238,7 @@ class Reviewer {
       m_review.printers.push_back(FateOf(platform::ToUtf8(printer.name)));
   }
 
-  /// Trouble that no dropped element tells lies at the machine.
+  /// Trouble of the pass that is not the reason of a dropped element is a note about the machine.
   void ReviewTroubles() {
     std::set<std::pair<int, std::string>> reasons;
     for (const Registered& registered : m_rehearsal.registered)

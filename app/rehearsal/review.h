@@ -67,7 +67,7 @@ inline const page::Paper kUsualPaper = page::FindPaper("A4", false);
 /// the rehearsal from being held or makes it incomplete.
 Review ReviewPolicy(const PolicyCall& call, const page::Paper& paper = kUsualPaper);
 
-/// The part of ReviewPolicy behind the rehearsal of the text, which is the document's.
+/// Reviews a rehearsal that has been held. `document` is the text of the call.
 Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal,
                 const page::Paper& paper = kUsualPaper);
 

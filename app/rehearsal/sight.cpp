@@ -15,31 +15,36 @@ namespace {
 
 constexpr std::int32_t kWhite = 0xFFFFFF;
 
-using Fates = std::vector<const ElementFate*>;
+/// An element that a reader sees, and its watermark.
+struct SeenElement {
+  const ElementFate* fate;
+  const peers::WatermarkRecord* mark;
+};
+using SeenElements = std::vector<SeenElement>;
 
 /// The watermarks that a reader sees, one of each ID.
-Fates Seen(const Review& review) {
+SeenElements Seen(const Review& review) {
   std::set<std::string_view> ids;
-  Fates seen;
+  SeenElements seen;
   for (const ElementFate& fate : review.elements)
     if (fate.mark && ids.insert(fate.id).second && WhyUnseen(*fate.mark).empty())
-      seen.push_back(&fate);
+      seen.push_back({&fate, &*fate.mark});
   return seen;
 }
 
 /// An entry that prints these, named by their numbers.
-peers::EntryRecord EntryOf(const Fates& seen) {
+peers::EntryRecord EntryOf(const SeenElements& seen) {
   peers::EntryRecord entry;
   entry.lastSetting.enabled = true;
-  for (const ElementFate* fate : seen) {
-    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*fate->mark);
+  for (const SeenElement& each : seen) {
+    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*each.mark);
     mark.name = std::to_string(entry.watermarks.size() - 1);
     entry.lastSetting.watermarks.push_back(mark.id);
   }
   return entry;
 }
 
-void ReviewPage(const page::Paper& paper, const Fates& seen, Review& review) {
+void ReviewPage(const page::Paper& paper, const SeenElements& seen, Review& review) {
   const bool isLandscape = paper.size.width > paper.size.height;
   const std::string on = "on " + paper.name + (isLandscape ? " landscape " : " ");
   for (page::Note& note : page::LayOut(EntryOf(seen), paper, page::MeasureText).notes) {
@@ -47,7 +52,7 @@ void ReviewPage(const page::Paper& paper, const Fates& seen, Review& review) {
       review.notes.Add({"page", "", "", 0, on + note.text});
       continue;
     }
-    const ElementFate& fate = *seen.at(std::stoul(note.watermark));
+    const ElementFate& fate = *seen.at(std::stoul(note.watermark)).fate;
     (note.isOffPage ? review.findings : review.notes)
         .Add({"page", fate.id, "", fate.line, on + "it " + note.text});
   }
@@ -58,10 +63,10 @@ auto PlaceOf(const peers::WatermarkRecord& mark) {
                     mark.repeatSecondAxis, mark.repeatHSpace, mark.repeatVSpace);
 }
 
-void ReviewPlaces(const Fates& seen, Review& review) {
+void ReviewPlaces(const SeenElements& seen, Review& review) {
   std::map<decltype(PlaceOf({})), const ElementFate*> places;
-  for (const ElementFate* fate : seen) {
-    const auto [first, isNew] = places.emplace(PlaceOf(*fate->mark), fate);
+  for (const auto& [fate, mark] : seen) {
+    const auto [first, isNew] = places.emplace(PlaceOf(*mark), fate);
     if (!isNew && review.findings.HasRoom("place"))
       review.findings.Add({"place", fate->id, "", fate->line,
                            "it lies in the place of " + OneLine(first->second->id, kTextWidth) +
@@ -92,7 +97,7 @@ std::string WhyUnseen(const peers::WatermarkRecord& mark) {
 }
 
 void ReviewSight(const page::Paper& paper, Review& review) {
-  const Fates seen = Seen(review);
+  const SeenElements seen = Seen(review);
   ReviewUnseen(review);
   ReviewPage(paper, seen, review);
   ReviewPlaces(seen, review);
