@@ -10,6 +10,7 @@
 #include <limits>
 #include <string>
 
+#include "platform/owner.h"
 #include "platform/posix/handle.h"
 #include "platform/posix/machine/machine.h"
 
@@ -107,8 +108,8 @@ int _wtoi(const wchar_t* text) {
 
 double _wtof(const wchar_t* text) {
   if (text == nullptr) return 0.0;
-  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
-  return strtod_l(TakeReal(text).c_str(), nullptr, plain);
+  static const Owner<locale_t, freelocale> plain(newlocale(LC_ALL_MASK, "C", nullptr));
+  return strtod_l(TakeReal(text).c_str(), nullptr, plain.Get());
 }
 
 errno_t _wfopen_s(std::FILE** file, const wchar_t* path, const wchar_t*) {

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "platform/owner.h"
+
 namespace platform {
 
 namespace {
@@ -12,9 +14,9 @@ namespace {
 wchar_t Upper(wchar_t unit) {
   if (unit >= L'a' && unit <= L'z') return static_cast<wchar_t>(unit - L'a' + L'A');
   if (unit < 0x80) return unit;
-  static const locale_t unicode = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  if (unicode == nullptr) return unit;
-  const auto upper = static_cast<wchar_t>(towupper_l(static_cast<wint_t>(unit), unicode));
+  static const Owner<locale_t, freelocale> unicode(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr));
+  if (!unicode) return unit;
+  const auto upper = static_cast<wchar_t>(towupper_l(static_cast<wint_t>(unit), unicode.Get()));
   return upper < 0x80 ? unit : upper;  // Windows never folds a letter into ASCII
 }
 
