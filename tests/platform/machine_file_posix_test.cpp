@@ -78,6 +78,14 @@ TEST_F(MachineFile, IsARegularOneOfItsOwnerAndNeverALink) {
   fs::create_directory_symlink("SigilTest", m_root / "C/Link");
   EXPECT_EQ(Use(L"C:\\Link\\Real.ini"), kRefused);
   EXPECT_FALSE(PathIsDirectoryW(L"C:\\Link"));
+  const fs::path met = m_path.parent_path();
+  constexpr wchar_t kReal[] = L"C:\\SigilTest\\Real.ini";
+  EXPECT_EQ(Use(kReal), "0 2 0 0");
+  fs::rename(met, m_root / "C/Moved");
+  fs::create_directory_symlink("Moved", met);
+  EXPECT_EQ(Use(kReal), kRefused) << "a link in the place of a folder that was met before";
+  fs::remove(met);
+  fs::rename(m_root / "C/Moved", met);
   std::string outside = (fs::temp_directory_path() / "sigil-test-XXXXXX").string();
   ASSERT_NE(mkdtemp(outside.data()), nullptr);
   fs::create_symlink(real, outside + "/link");

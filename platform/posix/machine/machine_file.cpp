@@ -1,9 +1,13 @@
 #include "platform/posix/machine/machine_file.h"
 
 #include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -77,15 +81,68 @@ Descriptor Enter(const Descriptor& folder, const std::string& name, Missing miss
   return inner;
 }
 
-/// Opens the folder `rest` below the root.
-Descriptor Reach(std::string_view rest, Missing missing) {
-  Descriptor folder = EnterRoot(missing);
+Descriptor Walk(Descriptor folder, std::string_view rest, Missing missing) {
   while (folder && !rest.empty()) {
     const std::string piece(rest.substr(0, rest.find('/')));
     rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
     if (!piece.empty() && piece != ".") folder = Enter(folder, piece, missing);
   }
   return folder;
+}
+
+/// The folder that the last walk came to. While the same path below the same root leads to the same
+/// folder, nothing on the way can be another account's, and the walk is spared, because a pass asks
+/// for one folder thousands of times.
+class LastWalk {
+ public:
+  Descriptor Reach(Descriptor root, const std::string& rest, Missing missing) {
+    const Status top = Ask(root);
+    if (Descriptor folder = Repeat(root, top, rest)) return folder;
+    Descriptor folder = Walk(std::move(root), rest, missing);
+    const std::scoped_lock lock(m_mutex);
+    m_rest = rest;
+    m_top = top;
+    m_folder = Ask(folder);
+    return folder;
+  }
+
+ private:
+  using Status = std::optional<struct stat>;
+
+  static Status Ask(const Descriptor& folder) {
+    struct stat status = {};
+    return folder && fstat(folder.Get(), &status) == 0 ? Status(status) : std::nullopt;
+  }
+
+  static bool IsSame(const Status& one, const Status& other) {
+    return one && other && one->st_dev == other->st_dev && one->st_ino == other->st_ino;
+  }
+
+  /// Returns nothing for another folder, and for one that the walk would refuse or close to others.
+  Descriptor Repeat(const Descriptor& root, const Status& top, const std::string& rest) {
+    const std::scoped_lock lock(m_mutex);
+    if (rest != m_rest || !IsSame(top, m_top)) return {};
+    open_how how = {};
+    how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
+    const long number = syscall(SYS_openat2, root.Get(), rest.c_str(), &how, sizeof how);
+    Descriptor folder(static_cast<int>(number));  // none on a kernel without openat2
+    const Status found = Ask(folder);
+    const bool isClosed = found && found->st_uid == geteuid() && (found->st_mode & kOthers) == 0;
+    return isClosed && IsSame(found, m_folder) ? std::move(folder) : Descriptor();
+  }
+
+  std::mutex m_mutex;
+  std::string m_rest;
+  Status m_top;
+  Status m_folder;
+};
+
+/// Opens the folder `rest` below the root.
+Descriptor Reach(const std::string& rest, Missing missing) {
+  static LastWalk last;
+  Descriptor root = EnterRoot(missing);
+  return !root || rest.empty() ? std::move(root) : last.Reach(std::move(root), rest, missing);
 }
 
 Descriptor OpenBelow(const std::string& rest, int flags, mode_t type) {
