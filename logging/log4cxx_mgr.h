@@ -4,15 +4,18 @@
 // Each can be called at any time from any thread with no set-up, never throws and never blocks for
 // long. The strings are read during the call only.
 //
-// On Windows the component comes from the platform's usual compiler. GCC is told that compiler's
-// names for the three forms, for calling them as for taking their place; log4cxx.def exports them.
+// On Windows the component comes from the platform's usual compiler. GCC and clang are told that
+// compiler's names for the three forms, for calling them as for taking their place; log4cxx.def
+// exports them. GCC hands a name to its assembler as it is written, so its names have quotes.
 
 #ifdef _WIN32
 #define LOG4CXX_MGR_API
 #else
 #define LOG4CXX_MGR_API __attribute__((visibility("default")))
 #endif
-#ifdef __MINGW32__
+#if defined(__MINGW32__) && defined(__clang__)
+#define LOG4CXX_MGR_NAME(name) __asm__("_" name)
+#elif defined(__MINGW32__)
 #define LOG4CXX_MGR_NAME(name) __asm__("\"_" name "\"")
 #else
 #define LOG4CXX_MGR_NAME(name)
