@@ -1,9 +1,9 @@
 #pragma once
 
 // The user information file, in which the library keeps the user's full name. The call that makes
-// it writes it in the ANSI code page, where a letter outside of that page becomes '?', unless the
-// file is there and begins with the mark of UTF-16. A host lays such a file before its first
-// update.
+// it writes it in the ANSI code page, where a letter outside of that page becomes another one or
+// '?', unless the file is there and begins with the mark of UTF-16. A host lays such a file before
+// its first update.
 
 #include <optional>
 #include <string>

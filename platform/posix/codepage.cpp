@@ -18,6 +18,15 @@ namespace {
 
 constexpr wchar_t kNoCharacter = 0x30FB;  // Windows' character for bytes that 932 leaves free
 
+// Windows writes the nearest character in place of one from U+00A1 to U+00FF that 932 lacks.
+constexpr wchar_t kFirstOfNearest = 0xA1;
+constexpr std::wstring_view kNearest =
+    L"!¢£¤¥|§¨ca≪¬-R￣°±23´μ¶・，1o≫¼½¾¿"
+    L"AAAAAAACEEEEIIIIDNOOOOO×OUUUUYTsaaaaaaaceeeeiiiidnooooo÷ouuuuyty";
+
+// The C library has bytes for these, Windows has none.
+constexpr std::wstring_view kOfTheLibraryAlone = L"\u2014\u2016\u203E\u2212\u301C";
+
 /// One direction of the C library's conversion, a character at a time. Locked by its user.
 class Converter {
  public:
@@ -70,6 +79,13 @@ wchar_t UnitOf(std::string_view character) {
   return FromUtf16LeBytes({unit, sizeof unit})[0];
 }
 
+wchar_t NearestOf(wchar_t unit) {
+  const auto place = static_cast<std::size_t>(unit - kFirstOfNearest);  // huge below the first
+  if (place < kNearest.size()) return kNearest[place];
+  if (unit == 0x3094) return 0x30F4;  // a hiragana that 932 has as katakana alone
+  return kOfTheLibraryAlone.find(unit) == kOfTheLibraryAlone.npos ? unit : L'?';
+}
+
 /// The result of a conversion of `size` units into a target of `capacity`; 0 asks for the size
 /// alone.
 int ResultOf(std::size_t size, int capacity) {
@@ -99,7 +115,8 @@ std::string ToAnsi(std::wstring_view text) {
   const std::lock_guard lock(g_guard);
   std::string bytes;
   bytes.reserve(text.size());
-  for (const wchar_t unit : text) {
+  for (const wchar_t each : text) {
+    const wchar_t unit = NearestOf(each);
     char character[4];
     if (unit >= 0 && unit < 0x80) {
       bytes.push_back(static_cast<char>(unit));

@@ -44,14 +44,33 @@ std::wstring_view WithoutTrailingBlanks(std::wstring_view text) {
   return text.substr(0, text.find_last_not_of(L' ') + 1);
 }
 
+/// The number of the digit in any base; 36 for another character.
+UINT DigitOf(wchar_t unit) {
+  if (unit >= L'0' && unit <= L'9') return static_cast<UINT>(unit - L'0');
+  if (unit >= L'a' && unit <= L'z') return static_cast<UINT>(unit - L'a') + 10;
+  if (unit >= L'A' && unit <= L'Z') return static_cast<UINT>(unit - L'A') + 10;
+  return 36;
+}
+
+/// Takes the sign of a base off `text`, as in 0x1F.
+UINT TakeBase(std::wstring_view& text) {
+  for (const auto& [sign, base] : {std::pair(L"0x", 16U), {L"0o", 8U}, {L"0b", 2U}})
+    if (text.starts_with(sign)) {
+      text.remove_prefix(2);
+      return base;
+    }
+  return 10;
+}
+
 /// The number at the beginning of `text` modulo 2^32.
 UINT ToNumber(std::wstring_view text) {
   const bool isNegative = text.starts_with(L'-');
   if (isNegative || text.starts_with(L'+')) text.remove_prefix(1);
+  const UINT base = TakeBase(text);
   UINT number = 0;
   for (const wchar_t unit : text) {
-    if (unit < L'0' || unit > L'9') break;
-    number = number * 10 + static_cast<UINT>(unit - L'0');
+    if (DigitOf(unit) >= base) break;
+    number = number * base + DigitOf(unit);
   }
   return isNegative ? 0 - number : number;
 }
@@ -62,7 +81,7 @@ UINT ToNumber(std::wstring_view text) {
 
 UINT GetPrivateProfileIntW(LPCWSTR section, LPCWSTR key, int fallback, LPCWSTR file) {
   const auto value = platform::ReadValue(file, section, key);
-  return value ? platform::ToNumber(*value) : static_cast<UINT>(fallback);
+  return value && !value->empty() ? platform::ToNumber(*value) : static_cast<UINT>(fallback);
 }
 
 DWORD GetPrivateProfileStringW(LPCWSTR section, LPCWSTR key, LPCWSTR fallback, LPWSTR text,
