@@ -1,4 +1,4 @@
-# What an installation holds, and the packages made of it.
+# What an installation holds, and the Debian package made of it; tools/package makes all packages.
 #
 #   Linux    LIBDIR/libSigilSetting.so.N     the library
 #            LIBDIR/sigil/                   sigilctl and, beside it as beside any host, the component
@@ -7,7 +7,6 @@
 #            bin/sigilctl                    a link there; its manual page, completion for bash and guides
 #   Windows  bin/SigilSetting.dll            and sigilctl.exe, with their symbols beside them; the closed
 #                                            parts come with the host
-#            SHA256SUMS                      of all files
 #   both     include/sigil/sigil_setting.h, the CMake package (and pkg-config's file on Linux), the guides
 #            and CHANGELOG.md, examples/host
 #            include/sigil/parts/            the headers of the closed parts, for their makers
@@ -114,21 +113,12 @@ if(NOT WIN32)
   configure_file(cmake/${PROJECT_NAME}.pc.in ${PROJECT_NAME}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${PROJECT_NAME}.pc DESTINATION ${folder})
 endif()
-if(WIN32)  # last, since it is of all that was installed
-  install(CODE [[execute_process(
-    COMMAND sh -c "find . -type f ! -name SHA256SUMS | sed 's,^./,,' | LC_ALL=C sort | xargs -d '\\n' sha256sum > SHA256SUMS"
-    WORKING_DIRECTORY ${CMAKE_INSTALL_PREFIX} COMMAND_ERROR_IS_FATAL ANY)]])
-endif()
-
-set(CPACK_PACKAGE_NAME sigilsetting)
-set(CPACK_PACKAGE_VENDOR ${PROJECT_NAME})
-set(CPACK_PACKAGE_CONTACT "The ${PROJECT_NAME} developers <root@localhost>")
-if(WIN32)  # what is built for it is stripped already
-  set(CPACK_GENERATOR ZIP)
-  set(CPACK_PACKAGE_FILE_NAME ${PROJECT_NAME}-${PROJECT_VERSION}-win32)
-else()
-  set(CPACK_GENERATOR DEB)
+if(NOT WIN32)
+  set(CPACK_PACKAGE_NAME sigilsetting)
+  set(CPACK_PACKAGE_VENDOR ${PROJECT_NAME})
+  set(CPACK_PACKAGE_CONTACT "The ${PROJECT_NAME} developers <root@localhost>")
   set(CPACK_STRIP_FILES ON)
+  set(CPACK_GENERATOR DEB)
   set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
   set(CPACK_DEBIAN_PACKAGE_SECTION libs)
@@ -136,5 +126,5 @@ else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
   file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
   set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers)
+  include(CPack)
 endif()
-include(CPack)
