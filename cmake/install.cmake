@@ -1,13 +1,15 @@
-# What an installation holds, and the packages made of it.
+# What an installation holds, and the Debian package made of it; tools/package makes all packages.
 #
 #   Linux    LIBDIR/libSigilSetting.so.N     the library
 #            LIBDIR/sigil/                   sigilctl and, beside it as beside any host, the component
 #                                            and the log that stand in for the closed ones; apart from
 #                                            LIBDIR, where another liblog4cxx.so may lie
 #            bin/sigilctl                    a link there; its manual page, completion for bash and guides
-#   Windows  bin/SigilSetting.dll            and sigilctl.exe; the closed parts come with the host
-#   both     include/sigil/sigil_setting.h, the CMake package, the guides for hosts; pkg-config's file
-#            on Linux
+#   Windows  bin/SigilSetting.dll            and sigilctl.exe, with their symbols beside them; the closed
+#                                            parts come with the host
+#   both     include/sigil/sigil_setting.h, the CMake package (and pkg-config's file on Linux), the guides
+#            and CHANGELOG.md, examples/host
+#            include/sigil/parts/            the headers of the closed parts, for their makers
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -17,13 +19,31 @@ if(WIN32)
   set(CMAKE_INSTALL_DOCDIR .)
 endif()
 
-install(FILES boundary/exports.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/sigil
-        RENAME sigil_setting.h)
-install(FILES docs/hosting.md DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME README.md)
-if(WIN32)
-  install(FILES docs/policy.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-endif()
-install(FILES docs/windows.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+set(headers ${CMAKE_INSTALL_INCLUDEDIR}/sigil)
+install(FILES boundary/exports.h DESTINATION ${headers} RENAME sigil_setting.h)
+foreach(part component/sigil_interfaces.h logging/log4cxx_mgr.h logging/log4cxx.def
+             peers/logging/log_watch.h platform/base.h)
+  cmake_path(GET part PARENT_PATH folder)
+  install(FILES ${part} DESTINATION ${headers}/parts/${folder})
+endforeach()
+
+# install_guide(FILE NAME): a guide as NAME, whose links lead to what is installed.
+file(RELATIVE_PATH headers_from_guides /${CMAKE_INSTALL_DOCDIR} /${headers})
+function(install_guide file name)
+  file(READ ${file} text)
+  string(REPLACE "](../boundary/exports.h)" "](${headers_from_guides}/sigil_setting.h)" text "${text}")
+  string(REPLACE "](../examples/" "](examples/" text "${text}")
+  string(REGEX REPLACE "\\]\\(\\.\\./((component|logging|peers)/)" "](${headers_from_guides}/parts/\\1" text "${text}")
+  file(WRITE ${PROJECT_BINARY_DIR}/guides/${name} "${text}")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+  install(FILES ${PROJECT_BINARY_DIR}/guides/${name} DESTINATION ${CMAKE_INSTALL_DOCDIR})
+endfunction()
+install_guide(docs/hosting.md README.md)
+install_guide(docs/windows.md windows.md)
+install_guide(docs/policy.md policy.md)
+install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY examples/host DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+
 if(WIN32)
   # An import library that the platform's usual compiler takes too: GCC's holds objects without the
   # mark that its linker asks for.
@@ -35,6 +55,8 @@ if(WIN32)
   add_custom_target(import_library ALL DEPENDS ${import_library})
   add_dependencies(SigilSetting import_library)
   install(PROGRAMS $<TARGET_FILE:SigilSetting> $<TARGET_FILE:sigilctl>
+          DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES $<TARGET_FILE:SigilSetting>.debug $<TARGET_FILE:sigilctl>.debug
           DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES ${import_library} DESTINATION ${CMAKE_INSTALL_LIBDIR})
 else()
@@ -80,7 +102,8 @@ if(NOT WIN32)
                      COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/app/sigilctl.1 > ${manual})
   add_custom_target(sigilctl_manual ALL DEPENDS ${manual})
   install(FILES ${manual} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-  install(FILES docs/policy.md docs/machine.md docs/fleet.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install_guide(docs/machine.md machine.md)
+  install_guide(docs/fleet.md fleet.md)
   install(DIRECTORY contrib/ansible contrib/logrotate DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
   install(FILES app/sigilctl.bash RENAME sigilctl
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
@@ -90,15 +113,11 @@ if(NOT WIN32)
   configure_file(cmake/${PROJECT_NAME}.pc.in ${PROJECT_NAME}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${PROJECT_NAME}.pc DESTINATION ${folder})
 endif()
-
-set(CPACK_PACKAGE_NAME sigilsetting)
-set(CPACK_PACKAGE_VENDOR ${PROJECT_NAME})
-set(CPACK_PACKAGE_CONTACT "The ${PROJECT_NAME} developers <root@localhost>")
-set(CPACK_STRIP_FILES ON)
-if(WIN32)
-  set(CPACK_GENERATOR ZIP)
-  set(CPACK_PACKAGE_FILE_NAME ${PROJECT_NAME}-${PROJECT_VERSION}-win32)
-else()
+if(NOT WIN32)
+  set(CPACK_PACKAGE_NAME sigilsetting)
+  set(CPACK_PACKAGE_VENDOR ${PROJECT_NAME})
+  set(CPACK_PACKAGE_CONTACT "The ${PROJECT_NAME} developers <root@localhost>")
+  set(CPACK_STRIP_FILES ON)
   set(CPACK_GENERATOR DEB)
   set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -107,5 +126,5 @@ else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
   file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
   set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers)
+  include(CPack)
 endif()
-include(CPack)
