@@ -5,7 +5,6 @@
 #include <ostream>
 #include <utility>
 
-#include "app/text/console.h"
 #include "platform/utf.h"
 #include "platform/visible_text.h"
 
