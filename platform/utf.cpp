@@ -15,17 +15,6 @@ constexpr bool IsLowSurrogate(char32_t unit) {
   return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-/// Takes one code point off the front. Lone surrogates come out as they stand.
-char32_t TakeUtf16(std::wstring_view& text) {
-  const char32_t first = static_cast<char32_t>(text[0]);
-  text.remove_prefix(1);
-  if (!IsHighSurrogate(first) || text.empty()) return first;
-  const char32_t second = static_cast<char32_t>(text[0]);
-  if (!IsLowSurrogate(second)) return first;
-  text.remove_prefix(1);
-  return kFirstSupplementary + ((first - 0xD800) << 10) + (second - 0xDC00);
-}
-
 /// Returns the number of ASCII units at the front of `text`.
 std::size_t AsciiLength(std::wstring_view text) {
   constexpr std::size_t kStep = 16;  // the compiler makes a few instructions of it
@@ -134,6 +123,16 @@ void Decode(std::string_view text, Add add) {
 
 }  // namespace
 
+char32_t TakeCodePoint(std::wstring_view& text) {
+  const char32_t first = static_cast<char32_t>(text[0]);
+  text.remove_prefix(1);
+  if (!IsHighSurrogate(first) || text.empty()) return first;
+  const char32_t second = static_cast<char32_t>(text[0]);
+  if (!IsLowSurrogate(second)) return first;
+  text.remove_prefix(1);
+  return kFirstSupplementary + ((first - 0xD800) << 10) + (second - 0xDC00);
+}
+
 std::string ToUtf8(std::wstring_view text) {
   std::string bytes(Room(text), '\0');
   char* out = bytes.data();
@@ -142,7 +141,7 @@ std::string ToUtf8(std::wstring_view text) {
     for (std::size_t i = 0; i < ascii; ++i) *out++ = static_cast<char>(text[i]);
     text.remove_prefix(ascii);
     if (text.empty()) break;
-    const char32_t code = TakeUtf16(text);
+    const char32_t code = TakeCodePoint(text);
     const bool encodable = code <= kLast && !IsHighSurrogate(code) && !IsLowSurrogate(code);
     PutUtf8(out, encodable ? code : kReplacement);
   }

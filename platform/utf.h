@@ -9,6 +9,10 @@
 
 namespace platform {
 
+/// Takes the first code point off `text`, which is not empty. A surrogate without its other half
+/// comes out as it stands, and so does a single unit above 0xFFFF.
+char32_t TakeCodePoint(std::wstring_view& text);
+
 /// Returns the UTF-8 of UTF-16 text. A surrogate without its other half becomes U+FFFD; a single
 /// unit above 0xFFFF (a literal of a compiler with 32-bit `wchar_t`) is taken as that code point.
 std::string ToUtf8(std::wstring_view text);

@@ -38,30 +38,16 @@ void AppendEscaped(std::wstring& line, char32_t unit) {
     line += kDigits[(unit >> shift) & 15];
 }
 
-bool IsSurrogate(char32_t unit, char32_t first) {
-  return first <= unit && unit < first + 0x400;
-}
-
-/// Returns the first character, of one unit or two.
-char32_t FirstOf(std::wstring_view text) {
-  const auto first = static_cast<char32_t>(text[0]);
-  const auto second = static_cast<char32_t>(text.size() > 1 ? text[1] : 0);
-  if (!IsSurrogate(first, 0xD800) || !IsSurrogate(second, 0xDC00)) return first;
-  return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
-}
-
 }  // namespace
 
 std::wstring Visible(std::wstring_view text) {
   std::wstring line;
   line.reserve(text.size());
   while (!text.empty()) {
-    const char32_t character = FirstOf(text);
-    const bool isControl = IsControl(character);
-    const std::size_t units = character == static_cast<char32_t>(text[0]) ? 1 : 2;
-    for (const wchar_t unit : text.substr(0, units))
+    const std::wstring_view before = text;
+    const bool isControl = IsControl(TakeCodePoint(text));
+    for (const wchar_t unit : before.substr(0, before.size() - text.size()))
       isControl ? AppendEscaped(line, static_cast<char32_t>(unit)) : line.push_back(unit);
-    text.remove_prefix(units);
   }
   return line;
 }

@@ -14,7 +14,7 @@
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/page/draw.h"
-#include "app/rehearsal/in_force.h"
+#include "app/rehearsal/compare.h"
 #include "app/text/errors.h"
 #include "app/text/html.h"
 #include "app/text/input.h"

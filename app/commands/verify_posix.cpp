@@ -3,7 +3,7 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/policy_file.h"
-#include "app/rehearsal/in_force.h"
+#include "app/rehearsal/compare.h"
 #include "app/text/errors.h"
 #include "app/text/json.h"
 #include "app/text/table.h"

@@ -28,9 +28,10 @@ std::vector<std::wstring> ClientFiles();
 
 /// The watermark function's switch: item kWatermarkKey of SystemSetting.csv, as the passes read it.
 struct FunctionSwitch {
-  std::optional<int> value;  ///< Of its last row before the first empty one, else 0; nothing when
-                             ///< the file cannot be opened.
-  std::string state;         ///< "on: item 63 is 1", "off: no row has the key 63", ...
+  /// The number in the item's last row above the first empty line; 0 without such a row. Null when
+  /// the file cannot be opened.
+  std::optional<int> value;
+  std::string state;  ///< "on: item 63 is 1", "off: no row has the key 63", ...
 };
 FunctionSwitch ReadFunctionSwitch(const std::wstring& file);
 

@@ -41,7 +41,8 @@ std::string KindOf(const struct stat& status) {
   }
 }
 
-/// "is a link", where `type` is what the machine wants there; empty when it is that or missing.
+/// Returns "is a link" or the like when the entry at `path` is not of this type. Returns an empty
+/// text when it is, or when there is no entry.
 std::string WhyNot(const fs::path& path, mode_t type) {
   if (platform::Open(path, O_PATH | O_NOFOLLOW, type)) return "";
   const int error = errno;

@@ -31,10 +31,10 @@ bool FindKey(PolicyKey& key);
 /// No character is cut by the end of a chunk.
 std::string SealText(std::string_view text);
 
-/// The text of the file at a path of Windows or a whole one of the host, without the byte order
-/// mark that it may start with; whether it makes sense is not looked at. Nothing when there is no
-/// such file. A std::runtime_error tells why a file of no more than kGreatestSealedPolicy bytes
-/// cannot be read; the machine's key must be given.
+/// Returns the text of a policy file without its byte order mark, which may be no policy. `path` is
+/// a path of Windows or a whole path of the host. Returns null when there is no such file. Throws
+/// std::runtime_error with the reason when the file cannot be read or has more than
+/// kGreatestSealedPolicy bytes. The machine's key must be there.
 struct Unsealed {
   std::wstring text;
   std::size_t size;  ///< The file's bytes.

@@ -60,15 +60,13 @@ PangoLayout* NewLayout() {
 /// noncharacter, which Cairo refuses in a PDF, becomes U+FFFD.
 std::string Sound(const std::string& text) {
   std::wstring sound;
-  for (const wchar_t unit : platform::FromUtf8(text)) {
-    const bool isNoncharacter = (unit >= 0xFDD0 && unit <= 0xFDEF) || unit >= 0xFFFE;
-    // The last two characters of a plane above the first: xxxx FFFE and FFFF.
-    const bool isLastPair =
-        unit >= 0xDFFE && unit <= 0xDFFF && !sound.empty() && (sound.back() & 0xFC3F) == 0xD83F;
-    if (isLastPair)
-      sound.back() = L'\xFFFD';
-    else
-      sound += isNoncharacter ? L'\xFFFD' : unit;
+  const std::wstring units = platform::FromUtf8(text);
+  for (std::wstring_view rest = units; !rest.empty();) {
+    const std::wstring_view before = rest;
+    const char32_t character = platform::TakeCodePoint(rest);
+    const bool isNoncharacter =
+        (character >= 0xFDD0 && character <= 0xFDEF) || (character & 0xFFFE) == 0xFFFE;
+    sound += isNoncharacter ? L"\xFFFD" : before.substr(0, before.size() - rest.size());
   }
   return platform::ToUtf8(sound);
 }

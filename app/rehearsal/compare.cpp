@@ -7,7 +7,10 @@
 
 #include "app/machine/settings.h"
 #include "app/rehearsal/fields.h"
+#include "app/rehearsal/scratch_machine.h"
+#include "app/text/errors.h"
 #include "app/text/table.h"
+#include "app/text/wording.h"
 
 namespace app {
 namespace {
@@ -204,6 +207,25 @@ std::vector<Row> RowsOf(const std::vector<Difference>& differences, std::size_t 
                     each.subject, each.field, each.left, each.right});
   }
   return rows;
+}
+
+Force ForceOf(const Review& review) try {
+  if (!review.refusal.empty())
+    return {.unknown = "the passes refuse the policy: " + review.refusal};
+  if (!review.failure.empty()) return {.unknown = "no pass can run here: " + review.failure};
+  return {.differences = Compare(ReadSettingsOfCopy(), review.records, review.Ids()),
+          .entries = review.records.entries.size(),
+          .excluded = review.records.excluded.size()};
+} catch (const std::exception& error) {
+  return {.unknown = CauseOf(error)};
+}
+
+std::string Sentence(const Force& force) {
+  if (!force.unknown.empty()) return "cannot be told: " + force.unknown;
+  if (force.IsIn())
+    return "in force on " + Counted(force.entries, "entry", "entries") + "; " +
+           Counted(force.excluded, "printer", "printers") + " excluded";
+  return "not in force: " + Counted(force.differences.size(), "difference", "differences");
 }
 
 }  // namespace app

@@ -1,7 +1,8 @@
 #pragma once
 
-// The differences between the records of two setting files. GUIDs are none, because the component
-// makes new ones with each update.
+// The differences between the records of two setting files, and whether the machine's records are
+// those that a policy asks for. GUIDs are no difference, because the component makes new ones with
+// each update.
 
 #include <string>
 #include <vector>
@@ -33,5 +34,22 @@ std::vector<Difference> Compare(const Review& left, const Review& right);
 std::vector<std::vector<std::string>> RowsOf(const std::vector<Difference>& differences,
                                              std::size_t entries, const std::string& left,
                                              const std::string& right);
+
+struct Force {
+  /// The record's value is the left one, the policy's the right.
+  std::vector<Difference> differences = {};
+  std::size_t entries = 0;   ///< That the policy asks for.
+  std::size_t excluded = 0;  ///< Printers that it asks to be on the exclude list.
+  std::string unknown = {};  ///< Why it cannot be told; then there is nothing else.
+
+  bool IsIn() const { return unknown.empty() && differences.empty(); }
+};
+
+/// Compares the setting file with the records of the review, mark by mark, on the default entry and
+/// every printer of the suite's driver, and the exclude list with the printers of now.
+Force ForceOf(const Review& review);
+
+/// Returns one sentence: "in force: ...", "not in force: ...", "cannot be told: ...".
+std::string Sentence(const Force& force);
 
 }  // namespace app

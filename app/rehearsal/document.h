@@ -39,7 +39,7 @@ struct PolicyInfo {
   std::vector<Property> scopes;
 };
 
-/// A node where the form of a policy has none of its name.
+/// A node or an attribute of a name that a policy does not have in that place.
 struct Stranger {
   std::string name;  ///< An attribute's begins with "@".
   std::string parent;

@@ -22,13 +22,11 @@ struct PropertyRow {
   bool isInHeader;  ///< It is read in a header or footer.
   bool isInStamp;
   Form form;          ///< kCode: a number that stands for something.
-  const char* field;  ///< Of the record (fields.h).
+  const char* field;  ///< Of the record (fields.h); empty for Kind, which has none.
   const char* range = "";
 };
 
-// By name, in which order an element's lacking ones are told.
-constexpr PropertyRow kKindRow = {kKind, true, true, Form::kCode, "", "0 or 1"};
-
+// Sorted by name. The notes list the properties that an element lacks in this order.
 constexpr PropertyRow kRows[] = {
     {"Bold", true, true, Form::kFlag, "bold"},
     {"Color", true, true, Form::kColour, "color", "0 to 0xFFFFFF"},
@@ -36,6 +34,7 @@ constexpr PropertyRow kRows[] = {
     {"FontName", true, true, Form::kText, "fontName"},
     {"FontSize", true, true, Form::kReal, "fontSize", "above 0, to 200"},
     {"Italic", true, true, Form::kFlag, "italic"},
+    {kKind, true, true, Form::kCode, "", "0 or 1"},
     {"Name", true, true, Form::kText, "name"},
     {"Opacity", true, true, Form::kInteger, "opacity", "0 to 100"},
     {"PrintPos", true, false, Form::kCode, "printPos", "1 to 9"},
@@ -51,7 +50,7 @@ constexpr PropertyRow kRows[] = {
 
 const std::set<std::string>& Names() {
   static const std::set<std::string> names = [] {
-    std::set<std::string> all = {kKind};
+    std::set<std::string> all;
     for (const PropertyRow& row : kRows) all.insert(row.name);
     return all;
   }();
@@ -77,15 +76,20 @@ std::int32_t PositionCode(std::int32_t place) {
   return index < kCodes.size() ? kCodes[index] : 0;
 }
 
-/// The number that the record stands for, of a code.
-std::int32_t CodeIn(const PropertyRow& row, const peers::WatermarkRecord& mark) {
+bool IsKind(const PropertyRow& row) {
+  return *row.field == '\0';
+}
+
+/// Returns the number in a policy that gives this record.
+std::int32_t CodeIn(const PropertyRow& row, const peers::WatermarkRecord& mark, bool isStamp) {
+  if (IsKind(row)) return isStamp ? 1 : 0;
   if (std::string_view(row.field) == "printPos") return PositionCode(mark.printPos);
   return (mark.repeatFirstAxis ? 1 : 0) + (mark.repeatSecondAxis ? 2 : 0);
 }
 
 /// What the number of a code stands for in the record.
 std::string CodeMeaning(const PropertyRow& row, const peers::WatermarkRecord& mark, bool isStamp) {
-  if (&row == &kKindRow) return isStamp ? "a stamp" : "a header or footer";
+  if (IsKind(row)) return isStamp ? "a stamp" : "a header or footer";
   if (std::string_view(row.field) == "printPos") return PositionText(mark.printPos);
   if (mark.repeatFirstAxis && mark.repeatSecondAxis) return "along both axes";
   if (mark.repeatFirstAxis) return "along the first axis";
@@ -132,27 +136,24 @@ class PropertyReview {
     for (const Property& property : m_element.properties) {
       const auto [first, isFirst] = m_firsts.emplace(property.name, property.line);
       const PropertyRow* const row = FindRow(property.name);
-      if (row == nullptr ? property.name != kKind : !IsRead(*row))
+      if (row == nullptr || !IsRead(*row))
         ReviewUnread(property, row);
       else if (!isFirst)
         ReviewSecond(property, first->second);
-      else if (row == nullptr)
-        ReviewNumber(property, kKindRow, KindCode());
       else if (row->form == Form::kText)
         ReviewText(property, *row);
       else
-        ReviewNumber(property, *row, ValueOf(*row));
+        ReviewNumber(property, *row);
     }
-    for (const std::string& name : Names()) ReviewLacking(name);
+    for (const PropertyRow& row : kRows) ReviewLacking(row);
   }
 
  private:
   bool IsRead(const PropertyRow& row) const { return m_isStamp ? row.isInStamp : row.isInHeader; }
-  std::int32_t KindCode() const { return m_isStamp ? 1 : 0; }
 
   /// A name without the ID that it begins with, a code in the policy's number.
   FieldValue ValueOf(const PropertyRow& row) const {
-    if (row.form == Form::kCode) return CodeIn(row, m_mark);
+    if (row.form == Form::kCode) return CodeIn(row, m_mark, m_isStamp);
     FieldValue value = FieldOf(row).get(m_mark);
     if (std::string_view(row.field) == "name")
       std::get<std::string>(value).erase(0, m_element.id.size() + 1);
@@ -169,7 +170,8 @@ class PropertyReview {
     Find("unread", property, message);
   }
 
-  /// Of two nodes of one ID, which are a finding themselves, it is a note.
+  /// Reports a property of a name that the element has already. In another node of the same ID it
+  /// is a note, because that node is a finding already.
   void ReviewSecond(const Property& property, long first) {
     const auto nodeOf = [&](long line) { return std::ranges::upper_bound(m_element.lines, line); };
     const std::string message =
@@ -203,7 +205,8 @@ class PropertyReview {
                " in a user information file that is not UTF-16; remove that file");
   }
 
-  void ReviewNumber(const Property& property, const PropertyRow& row, const FieldValue& value) {
+  void ReviewNumber(const Property& property, const PropertyRow& row) {
+    const FieldValue value = ValueOf(row);
     const std::optional<double> number = NumberOf(Trimmed(property.text));
     if (number && number == NumberIn(value)) return;
     const bool isCode = row.form == Form::kCode;
@@ -219,13 +222,11 @@ class PropertyReview {
                     message + "; " + RuleOf(row), property.text, became});
   }
 
-  /// A property that is read, and that the element has not.
-  void ReviewLacking(const std::string& name) {
-    const PropertyRow* const row = FindRow(name);
-    if (m_firsts.contains(name) || (row != nullptr && !IsRead(*row)) || !m_notes.HasRoom("lacking"))
-      return;
-    const std::string became = Shown(row == nullptr ? FieldValue(KindCode()) : ValueOf(*row));
-    m_notes.Add({"lacking", m_element.id, name, m_element.lines.front(),
+  /// Reports a property that the pass reads and the element lacks.
+  void ReviewLacking(const PropertyRow& row) {
+    if (m_firsts.contains(row.name) || !IsRead(row) || !m_notes.HasRoom("lacking")) return;
+    const std::string became = Shown(ValueOf(row));
+    m_notes.Add({"lacking", m_element.id, row.name, m_element.lines.front(),
                  "it is not there, which reads as " + became, "", became});
   }
 

@@ -21,8 +21,8 @@ struct Care {
   bool isStrict = false;  ///< None with a finding.
 };
 
-/// What is told when nothing is done; the first of a text that no pass can read, which an update
-/// by force finds out too late.
+/// The last sentence of a refusal. The first one is for a text that no pass can read, because a
+/// forced update clears the lists before it reads the text.
 inline constexpr char kCostOfForce[] =
     "Nothing is changed; --force would clear the exclude list and the printers' own entries.";
 inline constexpr char kForceDoes[] = "Nothing is changed; --force does it all the same.";

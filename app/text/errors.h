@@ -3,6 +3,8 @@
 // Errors as the program ends with them.
 
 #include <exception>
+#include <filesystem>
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -15,7 +17,12 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// What went wrong in plain words: which file, and what the system says of it.
-std::string CauseOf(const std::exception& error);
+/// Returns the error in plain words: which file, and what the system says of it.
+inline std::string CauseOf(const std::exception& error) {
+  if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) return "out of memory";
+  const auto* const file = dynamic_cast<const std::filesystem::filesystem_error*>(&error);
+  if (file == nullptr) return error.what();
+  return file->path1().string() + ": " + file->code().message();
+}
 
 }  // namespace app

@@ -1,7 +1,11 @@
 #pragma once
 
-#include <iosfwd>
 #include <nlohmann/json.hpp>
+#include <ostream>
+#include <sstream>
+#include <string>
+
+#include "platform/visible_text.h"
 
 namespace app {
 
@@ -10,6 +14,10 @@ using Json = nlohmann::ordered_json;
 
 /// Prints the value over several lines. A control in a text stands as its escape, so that a
 /// terminal shows what a program reads; ill-formed text becomes U+FFFD.
-void PrintJson(std::ostream& out, const Json& value);
+inline void PrintJson(std::ostream& out, const Json& value) {
+  std::istringstream lines(value.dump(2, ' ', false, Json::error_handler_t::replace));
+  // Between the line ends of the layout a control can only stand within a text.
+  for (std::string line; std::getline(lines, line);) out << platform::Visible(line) << "\n";
+}
 
 }  // namespace app

@@ -5,7 +5,6 @@
 #include <ostream>
 #include <utility>
 
-#include "app/text/console.h"
 #include "platform/utf.h"
 #include "platform/visible_text.h"
 
@@ -14,25 +13,6 @@ namespace {
 
 /// Blanks between two cells.
 constexpr std::size_t kGap = 2;
-
-std::size_t Width(std::u32string_view characters) {
-  std::size_t width = 0;
-  for (const char32_t character : characters) width += CharacterWidth(character);
-  return width;
-}
-
-/// Whole characters.
-std::u32string Characters(std::string_view text) {
-  std::u32string characters;
-  for (const wchar_t each : platform::FromUtf8(text)) {
-    const auto unit = static_cast<char32_t>(each);
-    if (unit >= 0xDC00 && unit <= 0xDFFF)
-      characters.back() = 0x10000 + ((characters.back() - 0xD800) << 10) + (unit - 0xDC00);
-    else
-      characters += unit;
-  }
-  return characters;
-}
 
 /// What `limit` leaves of each of the widths, in sum.
 std::size_t Total(const std::vector<std::size_t>& widths, std::size_t limit) {
@@ -132,7 +112,11 @@ void PrintRecords(std::ostream& out, const std::vector<Row>& rows, std::string_v
 }  // namespace
 
 std::size_t DisplayWidth(std::string_view text) {
-  return Width(Characters(text));
+  std::size_t width = 0;
+  const std::wstring units = platform::FromUtf8(text);
+  for (std::wstring_view rest = units; !rest.empty();)
+    width += CharacterWidth(platform::TakeCodePoint(rest));
+  return width;
 }
 
 std::string OneLine(std::string_view text, std::size_t width) {

@@ -37,4 +37,13 @@ using Row = std::vector<std::string>;
 /// each row becomes a paragraph of its cells.
 void PrintTable(std::ostream& out, const std::vector<Row>& rows, std::string_view indent = "  ");
 
+// What a table asks of the home that it is printed in.
+
+/// Returns the places that a character takes on a terminal: 0, 1 or 2.
+std::size_t CharacterWidth(char32_t character);
+
+/// Returns the places in a line of the terminal that standard output goes to; 0 where it goes
+/// elsewhere.
+std::size_t ConsoleColumns();
+
 }  // namespace app

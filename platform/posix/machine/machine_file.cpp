@@ -48,14 +48,19 @@ std::optional<RootState> StateOf(const Descriptor& root) {
   return RootState{status.st_uid, status.st_uid == geteuid(), (status.st_mode & 022) != 0};
 }
 
+/// Returns false when the new folder cannot be closed to others. One that another process has made
+/// meanwhile, or that cannot be made, shows when it is opened.
+bool MakeFolder(const Descriptor& parent, const std::string& name) {
+  return mkdirat(parent.Get(), name.c_str(), kOwnFolder) != 0 ||
+         fchmodat(parent.Get(), name.c_str(), kOwnFolder, 0) == 0;
+}
+
 Descriptor EnterRoot(Missing missing) {
   Descriptor root = OpenRoot();
   if (!root && errno == ENOENT && missing == Missing::kIsMade) {
     const Place place = FindPlace(MachineRoot(), Missing::kIsMade);
     if (!place.folder) return {};
-    if (mkdirat(place.folder.Get(), place.name.c_str(), kOwnFolder) == 0 &&
-        fchmodat(place.folder.Get(), place.name.c_str(), kOwnFolder, 0) != 0)
-      return {};
+    if (!MakeFolder(place.folder, place.name)) return {};
     root = OpenRoot();
   }
   const auto state = StateOf(root);
@@ -66,9 +71,7 @@ Descriptor EnterRoot(Missing missing) {
 Descriptor Enter(const Descriptor& folder, const std::string& name, Missing missing) {
   Descriptor inner = OpenEntry(folder, name);
   if (!inner && errno == ENOENT && missing == Missing::kIsMade) {
-    if (mkdirat(folder.Get(), name.c_str(), kOwnFolder) == 0 &&
-        fchmodat(folder.Get(), name.c_str(), kOwnFolder, 0) != 0)
-      return {};
+    if (!MakeFolder(folder, name)) return {};
     inner = OpenEntry(folder, name);
   }
   struct stat status = {};

@@ -310,19 +310,16 @@ class XmlTreeBuilder {
 };
 
 std::size_t FindHalfCharacter(std::wstring_view text) {
-  const auto isHalf = [&](std::size_t at, std::uint32_t first) {
-    return at < text.size() && (static_cast<std::uint32_t>(text[at]) & 0xFFFFFC00U) == first;
-  };
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto unit = static_cast<std::uint32_t>(text[i]);
-    if (unit < 0xD800) continue;
-    if (unit > 0x10FFFF) return i;
-    if (isHalf(i, 0xD800) && isHalf(i + 1, 0xDC00))
-      ++i;
-    else if (unit < 0xE000)
-      return i;
+  const auto isHigh = [](wchar_t unit) { return static_cast<char32_t>(unit) >= 0xD800; };
+  for (std::size_t at = 0;;) {
+    const auto begin = text.begin() + static_cast<std::ptrdiff_t>(at);
+    at = static_cast<std::size_t>(std::find_if(begin, text.end(), isHigh) - text.begin());
+    std::wstring_view rest = text.substr(at);
+    if (rest.empty()) return at;
+    const char32_t code = TakeCodePoint(rest);
+    if (code < 0xE000 || code > 0x10FFFF) return at;
+    at = text.size() - rest.size();
   }
-  return text.size();
 }
 
 XmlTree ParseXml(std::wstring_view xml, XmlError& error) {

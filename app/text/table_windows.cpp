@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "app/text/console.h"
+#include "app/text/table.h"
 
 namespace app {
 namespace {

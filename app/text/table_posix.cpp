@@ -3,7 +3,7 @@
 #include <unistd.h>
 #include <wchar.h>
 
-#include "app/text/console.h"
+#include "app/text/table.h"
 #include "platform/owner.h"
 
 namespace app {
