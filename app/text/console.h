@@ -12,4 +12,7 @@ std::size_t CharacterWidth(char32_t character);
 /// The places in a line of the terminal that standard output goes to; 0 where it goes elsewhere.
 std::size_t ConsoleColumns();
 
+/// Returns whether standard output goes to a terminal.
+bool IsTerminal();
+
 }  // namespace app
