@@ -25,15 +25,15 @@ std::string DeliveredForce() {
 void AddCommands(CommandLine& line) {
   AddUpdate(line);
   AddSwitches(line);
+  AddLog(line);
+  AddSeal(line);
+  AddUnseal(line);
   AddDoctor(line);
   line.AddMissing("init", "Lays out a sample machine with a sample policy", kLinux);
   line.AddMissing("check", "Tells what becomes of a policy on this machine", kStandIn);
   line.AddMissing("diff", "Tells in what two policies differ, as stored", kStandIn);
   line.AddMissing("preview", "Draws the page with its watermarks as a picture", kStandIn);
   line.AddMissing("show", "Shows what the setting file holds", kStandIn);
-  line.AddMissing("log", "Prints the log file", kLinux);
-  line.AddMissing("seal", "Makes the delivered policy file of a policy", kStandIn);
-  line.AddMissing("unseal", "Gives the text of a delivered policy file back", kLinux);
   line.AddMissing("verify", "Tells whether a policy is what the entries hold", kStandIn);
   line.AddMissing("report", "Makes a page to look at and to sign, for a browser", kStandIn);
   line.AddMissing("serve", "Runs the control service and prints its events", kLinux);

@@ -32,13 +32,15 @@ std::wstring BesideHost(const std::wstring& fileName);
 extern const wchar_t kLibrary[];
 extern const wchar_t kLog[];
 
-/// The steps against trouble with the mutex, the printers, the user's account, and a delivered
-/// policy that is refused, of another key, or missing.
+/// The steps against trouble with the mutex, the printers and the user's account.
 extern const char kMendMutex[];
 extern const char kMendPrinters[];
 extern const char kMendAccount[];
-extern const char kMendDelivery[];
-extern const char kMendKey[];
-extern const char kMendMissing[];
+
+/// The same of a delivered policy that is refused, of another key, or missing.
+inline constexpr char kMendDelivery[] =
+    "`sigilctl check` finds what is wrong with the text, `sigilctl seal` makes another";
+inline constexpr char kMendKey[] = "seal it under this machine's key source";
+inline constexpr char kMendMissing[] = "`sigilctl seal FILE` makes one";
 
 }  // namespace app

@@ -17,10 +17,6 @@ const wchar_t kLog[] = L"liblog4cxx.so";
 const char kMendMutex[] = "`sigilctl doctor` tells why.";
 const char kMendPrinters[] = "See to machine.ini.";
 const char kMendAccount[] = "See to the account in machine.ini or the directory.";
-const char kMendDelivery[] =
-    "`sigilctl check` finds what is wrong with the text, `sigilctl seal` makes another";
-const char kMendKey[] = "seal it under this machine's key source";
-const char kMendMissing[] = "`sigilctl seal FILE` makes one";
 
 std::vector<std::string> Arguments(int argc, char** argv) {
   return {argv, argv + argc};

@@ -21,9 +21,6 @@ const char kMendMutex[] =
     "this one as that one runs.";
 const char kMendPrinters[] = "See to the machine's printers and its spooler.";
 const char kMendAccount[] = "See to the account on this machine or in the directory.";
-const char kMendDelivery[] = "have a good one delivered";
-const char kMendKey[] = "have it delivered sealed under this machine's key source";
-const char kMendMissing[] = "have one delivered";
 
 namespace {
 

@@ -9,4 +9,7 @@ namespace app {
 /// is no regular file lies there; std::system_error when it cannot be written.
 void WriteOutput(const std::filesystem::path& file, std::string_view bytes);
 
+/// Puts the bytes on standard output as they are.
+void PrintBytes(std::string_view bytes);
+
 }  // namespace app

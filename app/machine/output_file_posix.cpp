@@ -1,3 +1,4 @@
+#include <iostream>
 #include <string>
 
 #include "app/machine/output_file.h"
@@ -14,6 +15,10 @@ void WriteOutput(const fs::path& file, std::string_view bytes) {
   if (fs::exists(status) && !fs::is_regular_file(status))
     throw UsageError(file.string() + ": not a regular file");
   platform::ReplaceWholeFile(fs::absolute(file), bytes);
+}
+
+void PrintBytes(std::string_view bytes) {
+  std::cout << bytes;
 }
 
 }  // namespace app

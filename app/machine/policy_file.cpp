@@ -12,6 +12,15 @@
 #include "policy/policy_file_cipher.h"
 
 namespace app {
+namespace {
+
+constexpr std::size_t kChunk = CPolicyFileCipher::kChunkSize;
+
+bool IsInsideCharacter(std::string_view text, std::size_t place) {
+  return place < text.size() && (text[place] & 0xC0) == 0x80;
+}
+
+}  // namespace
 
 bool FindKey(PolicyKey& key) {
   try {
@@ -54,6 +63,22 @@ std::optional<Unsealed> Unseal(const std::wstring& path) {
   return Unsealed{std::move(clear), bytes->size()};
 }
 
+std::string SealText(std::string_view text) {
+  PolicyKey key;
+  if (!FindKey(key)) throw std::logic_error("sealing without a key");
+  std::string sealed;
+  do {
+    // One byte less than a chunk leaves room for the NUL.
+    std::size_t length = std::min(text.size(), kChunk - 1);
+    while (IsInsideCharacter(text, length)) --length;
+    std::string clear(text.substr(0, length));
+    text.remove_prefix(length);
+    clear.resize(text.empty() ? (length / kCipherBlock + 1) * kCipherBlock : kChunk);
+    sealed += Encrypt(clear, key);
+  } while (!text.empty());
+  return sealed;
+}
+
 bool IsNoise(const std::wstring& text, const PolicyText& policy) {
   return text.empty() || (!policy.refusal.empty() && text.find(L'\uFFFD') != std::wstring::npos);
 }
@@ -81,8 +106,7 @@ PolicySource ReadPolicySource(const std::string& file) {
   }
   const std::string bytes = ReadBytes(file);
   if (auto text = DecodeText(bytes)) return {std::move(*text), NameOf(file)};
-  const std::filesystem::path path =
-      std::filesystem::absolute(std::u8string(file.begin(), file.end()));
+  const std::filesystem::path path = std::filesystem::absolute(PathOf(file));
   return {ReadSealed(platform::FromUtf8(path.string()), file), file};
 }
 

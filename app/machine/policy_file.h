@@ -1,7 +1,7 @@
 #pragma once
 
 // The delivered policy file. The library's own cipher gives the key and opens files; what seals
-// them is OpenSSL's AES-256 in CBC mode, so that each checks the other.
+// them is the system's AES (OpenSSL's on Linux), so that each checks the other.
 
 #include <optional>
 #include <string>
@@ -26,6 +26,10 @@ struct PolicyKey {
 };
 /// False when no key comes of the key source.
 bool FindKey(PolicyKey& key);
+
+inline constexpr std::size_t kCipherBlock = 16;
+/// Returns a message of whole blocks under AES-256 in CBC mode (FIPS 197, SP 800-38A).
+std::string Encrypt(std::string_view message, const PolicyKey& key);
 
 /// The bytes of a policy file with this UTF-8 text, under the machine's key, which must be given.
 /// No character is cut by the end of a chunk.

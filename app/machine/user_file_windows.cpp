@@ -1,20 +1,15 @@
-#include <windows.h>
-
 #include <filesystem>
 #include <system_error>
 
 #include "app/machine/parts.h"
 #include "app/machine/user_file.h"
+#include "app/text/file_windows.h"
 #include "component/names.h"
 #include "component/reference.h"
 #include "component/sigil_interfaces.h"
 
 namespace app {
 namespace {
-
-void Close(HANDLE file) {
-  CloseHandle(file);
-}
 
 std::optional<std::wstring> FolderOf(Sigil::CreateInstanceFunction create) {
   Sigil::CReference<Sigil::Settings> settings;
@@ -46,12 +41,10 @@ void LayUserFile(const std::wstring& file) {
   std::error_code ignored;
   std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
   // No one writes between the look at the size and the mark.
-  const HANDLE handle = CreateFileW(file.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (handle == INVALID_HANDLE_VALUE) return;
-  const Owner<HANDLE, Close> opened(handle);
+  const File opened = OpenFile(file, GENERIC_WRITE, 0, OPEN_ALWAYS);
   DWORD written = 0;
-  if (GetFileSize(handle, nullptr) == 0) WriteFile(handle, "\xFF\xFE", 2, &written, nullptr);
+  if (opened && GetFileSize(opened.Get(), nullptr) == 0)
+    WriteFile(opened.Get(), "\xFF\xFE", 2, &written, nullptr);
 }
 
 }  // namespace app

@@ -51,7 +51,7 @@ std::string ReadStandardInput() {
 
 std::string Read(const std::string& file) try {
   if (file == kStandardInput) return ReadStandardInput();
-  auto bytes = ReadInput(std::u8string(file.begin(), file.end()), kGreatestPolicy);
+  auto bytes = ReadInput(PathOf(file), kGreatestPolicy);
   if (!bytes) throw std::runtime_error("no such file");
   return std::move(*bytes);
 } catch (const std::runtime_error& error) {

@@ -18,6 +18,11 @@ extern const std::size_t kGreatestSealedPolicy;
 inline constexpr std::size_t kGreatestRowFile = 1024 * 1024;
 inline constexpr std::size_t kGreatestKeySource = 64 * 1024;
 
+/// Returns the path of a file that is named in UTF-8.
+inline std::filesystem::path PathOf(std::string_view name) {
+  return std::u8string(name.begin(), name.end());
+}
+
 /// Nothing when there is no such file. A std::runtime_error that names no file but tells the reason
 /// when it has more than `greatest` bytes, is no regular file or cannot be read.
 std::optional<std::string> ReadInput(const std::filesystem::path& file, std::size_t greatest);

@@ -46,4 +46,7 @@ std::size_t CharacterWidth(char32_t character);
 /// elsewhere.
 std::size_t ConsoleColumns();
 
+/// Returns whether standard output goes to a terminal.
+bool IsTerminal();
+
 }  // namespace app

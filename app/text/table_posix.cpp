@@ -31,4 +31,8 @@ std::size_t ConsoleColumns() {
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
+bool IsTerminal() {
+  return isatty(STDOUT_FILENO) != 0;
+}
+
 }  // namespace app

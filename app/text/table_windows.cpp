@@ -42,4 +42,8 @@ std::size_t ConsoleColumns() {
   return static_cast<std::size_t>(console.srWindow.Right - console.srWindow.Left);
 }
 
+bool IsTerminal() {
+  return ConsoleColumns() > 0;
+}
+
 }  // namespace app

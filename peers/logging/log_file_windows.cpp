@@ -1,20 +1,16 @@
 #include <windows.h>
 // After windows.h.
 #include <sddl.h>
-#include <shlobj.h>
 
 #include <cstdio>
 #include <cwchar>
 #include <string>
 
 #include "peers/logging/log_file.h"
+#include "peers/logging/log_path_windows.h"
 
 namespace logging {
 namespace {
-
-// kLogFile below the common data folder, which need not lie on drive C.
-constexpr wchar_t kBelowCommonData[] =
-    L"\\KBR-LTD\\QuietMIMOSA\\HarborLedge\\log\\SigilSetting.log";
 
 // The file is made by the account that logs first. All others of the machine read and append, and
 // only the system and administrators may do more.
@@ -31,22 +27,6 @@ class LastError {
  private:
   const DWORD m_error = GetLastError();
 };
-
-/// Empty when it is not set, or too long for any use here.
-std::wstring Variable(const wchar_t* name) {
-  wchar_t value[MAX_PATH * 4];
-  const DWORD capacity = sizeof value / sizeof *value;
-  const DWORD length = GetEnvironmentVariableW(name, value, capacity);
-  return length < capacity ? std::wstring(value, length) : std::wstring();
-}
-
-std::wstring LogFile() {
-  std::wstring named = Variable(L"SIGIL_LOG");
-  if (!named.empty()) return named;
-  wchar_t folder[MAX_PATH];
-  if (!SHGetSpecialFolderPathW(nullptr, folder, CSIDL_COMMON_APPDATA, FALSE)) return {};
-  return std::wstring(folder) + kBelowCommonData;
-}
 
 HANDLE Open(const std::wstring& file, DWORD disposition, SECURITY_ATTRIBUTES* access) {
   return CreateFileW(file.c_str(), FILE_APPEND_DATA,

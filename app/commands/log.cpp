@@ -1,28 +1,23 @@
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <time.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <filesystem>
+#include <ctime>
+#include <iomanip>
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string_view>
+#include <system_error>
 
 #include "app/commands/commands.h"
+#include "app/machine/log_file.h"
 #include "app/text/errors.h"
-#include "peers/descriptor.h"
-#include "peers/logging/log_path_posix.h"
 #include "platform/visible_text.h"
 
 namespace app {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* kLevels[] = {"trace", "detail", "progress", "info", "warning", "error"};
 
@@ -92,50 +87,33 @@ std::string Shown(std::string_view text, const LogFilter& filter) {
          "\n";
 }
 
+[[noreturn]] void FailToPrint() {
+  throw std::system_error(errno, std::generic_category(), "standard output");
+}
+
 /// Prints the lines as they are shown. A line that has no end yet is printed at the end of the
-/// stream, or when it is longer than any that the library writes.
-void PrintLines(int descriptor, const LogFilter& filter) {
+/// source, or when it is longer than any that the library writes.
+void PrintLines(const LogSource& read, const LogFilter& filter) {
   constexpr std::size_t kLongestLine = 0x100000;
   std::string line;
   const auto put = [&] {
     const std::string shown = Shown(line, filter);
     line.clear();
-    if (std::fwrite(shown.data(), 1, shown.size(), stdout) != shown.size())
-      peers::ThrowSystemError("standard output");
+    if (std::fwrite(shown.data(), 1, shown.size(), stdout) != shown.size()) FailToPrint();
   };
   char block[0x4000];
-  for (ssize_t size; (size = read(descriptor, block, sizeof block)) != 0;) {
-    if (size < 0 && errno != EINTR) peers::ThrowSystemError("the log");
-    std::string_view bytes(block, size < 0 ? 0 : static_cast<std::size_t>(size));
+  while (const std::size_t size = read(block, sizeof block)) {
+    std::string_view bytes(block, size);
     for (std::size_t end; (end = bytes.find('\n')) != bytes.npos; bytes.remove_prefix(end + 1)) {
       line += bytes.substr(0, end);
       put();
     }
     line += bytes;
     if (line.size() > kLongestLine) put();
-    if (std::fflush(stdout) != 0) peers::ThrowSystemError("standard output");
+    if (std::fflush(stdout) != 0) FailToPrint();
   }
   if (!line.empty()) put();
-  if (std::fflush(stdout) != 0) peers::ThrowSystemError("standard output");
-}
-
-/// Becomes `tail -F`, which follows the file also when another takes its place. A child prints the
-/// lines, and ends with the process that was asked to follow.
-[[noreturn]] void Follow(const fs::path& file, const LogFilter& filter) {
-  int ends[2];
-  if (pipe(ends) != 0) peers::ThrowSystemError("pipe");
-  const pid_t printer = fork();
-  if (printer < 0) peers::ThrowSystemError("fork");
-  if (printer == 0) {
-    close(ends[1]);
-    PrintLines(ends[0], filter);
-    _exit(0);
-  }
-  dup2(ends[1], STDOUT_FILENO);
-  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-  dup2(nowhere, STDERR_FILENO);  // because it names the file each time another takes its place
-  execlp("tail", "tail", "-n", "+1", "-s", "0.1", "-F", "--", file.c_str(), nullptr);
-  peers::ThrowSystemError("tail");
+  if (std::fflush(stdout) != 0) FailToPrint();
 }
 
 int ParseLevel(const std::string& text) {
@@ -148,48 +126,36 @@ int ParseLevel(const std::string& text) {
   return *number;
 }
 
-std::string Stamp(const tm& time) {
+std::string Stamp(const std::tm& time) {
   char text[64];
-  return {text, strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &time)};
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &time)};
 }
 
-tm Local(time_t time) {
-  tm local = {};
-  localtime_r(&time, &local);
-  return local;
+std::tm Local(std::time_t time) {
+  return *std::localtime(&time);
 }
 
 /// Seconds of "10m" and the like; nothing for any other text.
-std::optional<time_t> ParseAgo(const std::string& text) {
+std::optional<std::time_t> ParseAgo(const std::string& text) {
   constexpr std::string_view kUnits = "smhd";
   constexpr int kSeconds[] = {1, 60, 3600, 86400};
   const std::size_t unit = text.size() < 2 ? kUnits.npos : kUnits.find(text.back());
   const auto number = Number(std::string_view(text).substr(0, text.size() - 1));
   if (unit == kUnits.npos || !number || *number < 0) return std::nullopt;
-  return time_t{*number} * kSeconds[unit];
+  return std::time_t{*number} * kSeconds[unit];
 }
 
 std::string ParseSince(const std::string& text) {
-  const time_t now = time(nullptr);
+  const std::time_t now = std::time(nullptr);
   if (const auto ago = ParseAgo(text)) return Stamp(Local(now - *ago));
   for (const char* form : {"%Y-%m-%d %H:%M:%S", "%Y-%m-%dT%H:%M:%S", "%Y-%m-%d %H:%M",
                            "%Y-%m-%dT%H:%M", "%Y-%m-%d", "%H:%M:%S", "%H:%M"}) {
-    tm time = Local(now);  // whose day stands where the text has none
+    std::tm time = Local(now);  // whose day stands where the text has none
     time.tm_hour = time.tm_min = time.tm_sec = 0;
-    const char* const end = strptime(text.c_str(), form, &time);
-    if (end != nullptr && *end == '\0') return Stamp(time);
+    std::istringstream stream(text);
+    if (stream >> std::get_time(&time, form) && stream.peek() == EOF) return Stamp(time);
   }
   throw UsageError("--since: a time like '2025-03-31 09:12', '09:12' or '10m', not '" + text + "'");
-}
-
-peers::Descriptor Open(const fs::path& file) {
-  peers::Descriptor opened = platform::Open(file, O_RDONLY, 0);  // of any kind, told below
-  if (!opened && errno == ENOENT) throw UsageError(file.string() + ": there is no log yet");
-  if (!opened) peers::ThrowSystemError(file.string());
-  struct stat status = {};
-  if (fstat(opened.Get(), &status) != 0 || !S_ISREG(status.st_mode))
-    throw UsageError(file.string() + ": not a regular file");
-  return opened;
 }
 
 struct Options {
@@ -202,9 +168,7 @@ struct Options {
 int PrintLog(const Options& options) {
   const LogFilter filter = {options.level.empty() ? 0 : ParseLevel(options.level),
                             options.since.empty() ? "" : ParseSince(options.since)};
-  const fs::path file = logging::LogFile();
-  if (options.follows) Follow(file, filter);
-  PrintLines(Open(file).Get(), filter);
+  PrintLines(options.follows ? FollowLog() : OpenLog(), filter);
   return 0;
 }
 

@@ -1,7 +1,5 @@
 // Sealed policies: made for delivery, and opened again.
 
-#include <unistd.h>
-
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -10,13 +8,14 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/client.h"
+#include "app/machine/home.h"
 #include "app/machine/output_file.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/policy_text.h"
 #include "app/rehearsal/refusal.h"
 #include "app/text/errors.h"
 #include "app/text/input.h"
-#include "platform/posix/machine/machine.h"
+#include "app/text/table.h"
 #include "platform/utf.h"
 #include "platform/visible_text.h"
 
@@ -26,14 +25,14 @@ namespace {
 /// Throws UsageError when the output would take the place of its own source.
 void RequireOther(const std::string& source, const std::string& output) {
   std::error_code error;
-  if (std::filesystem::equivalent(source, output, error))
+  if (std::filesystem::equivalent(PathOf(source), PathOf(output), error))
     throw UsageError(output + ": the output would replace its own source");
 }
 
 void RequireKey() {
   const KeyState key = ExamineKey();
   if (!key.isThere || !key.gives)
-    throw UsageError(platform::HostPath(KeySource()).string() + ": " + key.source);
+    throw UsageError(HostPath(KeySource()).string() + ": " + key.source);
 }
 
 std::string SealedText(const std::wstring& text, const std::string& file) {
@@ -67,11 +66,10 @@ int Seal(const Options& options) {
   const Verdict verdict = RefuseOrTell(text, name, kSwitchingPolicy, Use::kDelivery, options.care);
   if (options.output.empty()) {
     const DeliveryFolder delivery = FindDeliveryFolder();
-    WriteOutput(platform::HostPath(delivery.PolicyFile()), sealed);
-    Tell(sealed.size(),
-         platform::HostPath(delivery.PolicyFile()).string() + " (" + delivery.origin + ")");
+    WriteOutput(HostPath(delivery.PolicyFile()), sealed);
+    Tell(sealed.size(), HostPath(delivery.PolicyFile()).string() + " (" + delivery.origin + ")");
   } else {
-    WriteOutput(options.output, sealed);
+    WriteOutput(PathOf(options.output), sealed);
     Tell(sealed.size(), options.output);
   }
   for (const std::string& line : verdict.lines)
@@ -93,20 +91,20 @@ void PrintVisible(const std::string& text) {
 /// file.
 int UnsealPolicy(const std::string& file, const std::string& output) {
   RequireOther(file, output);
-  const std::wstring path = file.empty()
-                                ? FindDeliveryFolder().PolicyFile()
-                                : platform::FromUtf8(std::filesystem::absolute(file).string());
-  const std::string name = file.empty() ? platform::HostPath(path).string() : file;
+  const std::wstring path =
+      file.empty() ? FindDeliveryFolder().PolicyFile()
+                   : platform::FromUtf8(std::filesystem::absolute(PathOf(file)).string());
+  const std::string name = file.empty() ? HostPath(path).string() : file;
   const std::wstring text = ReadSealed(path, name);
   const PolicyText policy = ReadPolicy(text);
   const std::string bytes = platform::ToUtf8(text);
   if (!output.empty()) {
-    WriteOutput(output, bytes);
+    WriteOutput(PathOf(output), bytes);
     std::cout << "unseal: " << bytes.size() << " bytes in " << platform::Visible(output) << ".\n";
-  } else if (isatty(STDOUT_FILENO) != 0) {
+  } else if (IsTerminal()) {
     PrintVisible(bytes);
   } else {
-    std::cout << bytes;
+    PrintBytes(bytes);
   }
   if (!policy.refusal.empty())
     std::cerr << "sigilctl: warning: the passes refuse this policy: "
