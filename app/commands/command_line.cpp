@@ -12,6 +12,8 @@
 #include "app/text/wording.h"
 
 namespace app {
+
+const char kVersion[] = SIGIL_VERSION;
 namespace {
 
 constexpr char kSummary[] = "Host program of the SigilSetting library";
@@ -65,7 +67,7 @@ std::vector<std::string> WithHelpOption(std::vector<std::string> arguments) {
 CommandLine::CommandLine() : m_parser(kSummary, "sigilctl") {
   m_parser.fallthrough();  // --root may stand behind the command too
   m_parser.footer(kFooter);
-  m_parser.set_version_flag("--version", std::string("sigilctl ") + SIGIL_VERSION);
+  m_parser.set_version_flag("--version", std::string("sigilctl ") + kVersion);
   AddMachineOption(m_parser);
 }
 

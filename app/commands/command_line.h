@@ -12,6 +12,8 @@
 
 namespace app {
 
+extern const char kVersion[];
+
 /// Does the work of a command and returns the exit status.
 using Action = std::function<int()>;
 

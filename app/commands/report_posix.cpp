@@ -2,6 +2,7 @@
 // what it changes, and whether the delivered policy is in force.
 
 #include <algorithm>
+#include <ctime>
 #include <filesystem>
 #include <iostream>
 #include <map>
@@ -10,11 +11,13 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/diagnosis.h"
+#include "app/machine/home.h"
 #include "app/machine/output_file.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/page/draw.h"
 #include "app/rehearsal/compare.h"
+#include "app/rehearsal/fields.h"
 #include "app/text/errors.h"
 #include "app/text/html.h"
 #include "app/text/input.h"
@@ -42,7 +45,7 @@ Delivered FindDelivered() try { return {ReadPolicySource("")}; } catch (const Us
 }
 
 /// `review` is that of the delivered policy.
-void AddForce(HtmlPage& page, const Delivered& delivered, const Review& review) {
+void AddForce(HtmlPage& page, const Delivered& delivered, const Review& review, bool isOther) {
   page.Heading("In force");
   if (!delivered.source) {
     page.Verdict("Cannot be told: there is no delivered policy to compare with.", false);
@@ -50,11 +53,22 @@ void AddForce(HtmlPage& page, const Delivered& delivered, const Review& review) 
     return;
   }
   const Force force = ForceOf(review);
-  page.Verdict("The delivered policy is " + Sentence(force) + ".", force.IsIn());
+  page.Verdict((isOther ? "The policy of this page is not the delivered one. " : "") +
+                   ("The delivered policy is " + Sentence(force) + "."),
+               force.IsIn() && !isOther);
   page.Paragraph(delivered.source->name + ", SHA-256 " + ChecksumOf(delivered.source->text));
   if (!force.differences.empty())
     page.Table("Differences",
                RowsOf(force.differences, force.entries, "The record holds", "The policy asks for"));
+}
+
+/// Where, when and with what the page was made.
+std::string OriginOf(const Json& diagnosis) {
+  const std::time_t now = std::time(nullptr);
+  char time[32] = {};
+  std::strftime(time, sizeof time, "%Y-%m-%d %H:%M UTC", std::gmtime(&now));
+  return "Machine " + diagnosis["machine"].get<std::string>() + ", on the host " + HostName() +
+         ". Made at " + time + " by sigilctl " + kVersion + ".";
 }
 
 /// The lines of the text, of a long one only those near a remark.
@@ -93,6 +107,18 @@ void AddPolicy(HtmlPage& page, const PolicySource& source, const Review& review)
   page.Table("Findings", rows);
 }
 
+/// What the default entry holds after an update.
+void AddMarks(HtmlPage& page, const Review& review) {
+  std::vector<std::vector<std::string>> rows = {{"Element", "Text", "Size", "Place", "Opacity"}};
+  for (const ElementFate& element : review.elements) {
+    if (!element.mark) continue;
+    const peers::WatermarkRecord& mark = *element.mark;
+    rows.push_back({element.id, mark.text, mark.fit ? "fitted" : Shown(mark.fontSize) + " pt",
+                    PositionText(mark.printPos), std::to_string(mark.opacity) + " %"});
+  }
+  if (rows.size() > 1) page.Table("Watermarks of the default entry", rows);
+}
+
 void AddText(HtmlPage& page, const PolicySource& source, const Review& review) {
   page.Heading("The policy's text");
   page.Listing("Each finding stands below its line",
@@ -129,7 +155,7 @@ void AddPictures(HtmlPage& page, const peers::SettingFileContent& records) {
   page.Paragraph(std::string(page::kMeaning[0]));
 }
 
-/// What the policy changes against the delivered one.
+/// What the policy changes against the delivered one, when it is another.
 void AddChanges(HtmlPage& page, const Delivered& delivered, const Review& before,
                 const Review& review) {
   page.Heading("Changes against the delivered policy");
@@ -141,7 +167,8 @@ void AddChanges(HtmlPage& page, const Delivered& delivered, const Review& before
   if (differences.empty())
     page.Paragraph("None.");
   else
-    page.Table("Changes", RowsOf(differences, review.records.entries.size(), "Delivered", "Now"));
+    page.Table("Changes",
+               RowsOf(differences, review.records.entries.size(), "Delivered", "This policy"));
 }
 
 std::string PageOf(const Options& options) {
@@ -152,21 +179,28 @@ std::string PageOf(const Options& options) {
   const Review before = isOther ? ReviewPolicy({delivered.source->text, options.policyId}) : review;
   const Json diagnosis = Diagnose();
   HtmlPage page("Watermark policy report");
-  page.Paragraph("Machine " + diagnosis["machine"].get<std::string>());
-  AddForce(page, delivered, before);
+  page.Paragraph(OriginOf(diagnosis));
+  AddForce(page, delivered, before, isOther);
   if (!review.refusal.empty() || !review.failure.empty()) {
     page.Heading("The policy");
     page.Verdict("Refused: " + review.refusal + review.failure, false);
   } else {
     AddPolicy(page, source, review);
+    AddMarks(page, review);
     AddPictures(page, review.records);
-    AddChanges(page, delivered, before, review);
+    if (isOther || !delivered.source) AddChanges(page, delivered, before, review);
   }
   page.Heading("The machine");
   page.Table("Its parts", RowsOf(diagnosis, "parts"));
   if (!diagnosis["printers"].is_null()) page.Table("Printers", RowsOf(diagnosis, "printers"));
   page.Table("What an export would give now", RowsOf(diagnosis, "forecast"));
+  if (!diagnosis["unread"].empty())
+    page.Table("Lines of machine.ini that are not read", RowsOf(diagnosis, "unread"));
   AddText(page, source, review);
+  page.Heading("Signatures");
+  page.Table(
+      "To be signed on paper",
+      {{"Role", "Name", "Date", "Signature"}, {"Author", "", "", ""}, {"Approval", "", "", ""}});
   return page.Finish();
 }
 
@@ -188,7 +222,7 @@ void AddReport(CommandLine& line) {
   const auto options = std::make_shared<Options>();
   CLI::App& command = line.Add("report", "Makes a page to look at and to sign, for a browser",
                                [options] { return Report(*options); });
-  command.add_option("FILE", options->file, "The policy, text or sealed (the delivered one)")
+  command.add_option("FILE", options->file, "The policy, text or sealed; - is standard input (the delivered one)")
       ->type_name("");
   AddOutput(command, options->output, "PAGE", "The page, an HTML file; - is standard output")
       ->required();

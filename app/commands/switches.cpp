@@ -26,6 +26,7 @@ int Set(bool isVerbose) {
   Work work =
       Switched("set", "The watermarks are on where the scope wants them.", outcome, isVerbose);
   if (outcome.result == SIGIL_SETTING_DONE) work.lines = WhatIsIdle();
+  if (!work.lines.empty()) work.done = "The switches are on where the scope wants them.";
   return Report(outcome, work);
 }
 

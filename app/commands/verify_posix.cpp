@@ -46,7 +46,8 @@ void PrintAsJson(const Options& options, const PolicySource& source, const Force
 /// Throws UsageError where that cannot be told.
 int Verify(const Options& options) try {
   const PolicySource source = ReadPolicySource(options.file);
-  const Force force = ForceOf(ReviewPolicy({source.text, options.policyId}));
+  const Review review = ReviewPolicy({source.text, options.policyId});
+  const Force force = ForceOf(review);
   if (options.isJson)
     PrintAsJson(options, source, force);
   else if (!force.unknown.empty())
@@ -54,6 +55,8 @@ int Verify(const Options& options) try {
   else
     std::cout << "verify: " << OneLine(source.name) << ", policy " << options.policyId << ", is "
               << Sentence(force) << ".\n  SHA-256 " << ChecksumOf(source.text) << "\n";
+  if (!options.isJson && !review.emptied.empty())
+    std::cout << "  The policy registers nothing: " << review.emptied << ".\n";
   if (!options.isJson && !force.differences.empty())
     PrintTable(std::cout, RowsOf(force.differences, force.entries, kRecord, kPolicy), "");
   return !force.unknown.empty() ? 2 : force.IsIn() ? 0 : 1;
@@ -79,7 +82,7 @@ void AddVerify(CommandLine& line) {
   CLI::App& command =
       line.Add("verify", "Tells whether a policy is what the entries hold; changes nothing",
                [options] { return Verify(*options); });
-  command.add_option("FILE", options->file, "The policy, text or sealed (the delivered one)")
+  command.add_option("FILE", options->file, "The policy, text or sealed; - is standard input (the delivered one)")
       ->type_name("");
   AddPolicyId(command, options->policyId);
   AddJson(command, options->isJson);

@@ -22,6 +22,9 @@ void UseMachine(const std::string& folder);
 /// UsageError when there is no machine to work on, or none that this account may work on.
 void RequireMachine();
 
+/// Returns the name of the computer.
+std::string HostName();
+
 /// Where the file of a Windows path is.
 std::filesystem::path HostPath(std::wstring_view windowsPath);
 

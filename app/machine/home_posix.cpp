@@ -1,4 +1,6 @@
+#include <limits.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include "app/machine/home.h"
 #include "app/text/errors.h"
@@ -23,6 +25,11 @@ std::vector<std::string> Arguments(int argc, char** argv) {
 }
 
 const bool kMachineIsFolder = true;
+
+std::string HostName() {
+  char name[HOST_NAME_MAX + 1] = {};
+  return gethostname(name, sizeof name - 1) == 0 ? name : "unknown";
+}
 
 void UseMachine(const std::string& folder) {
   if (folder.empty()) throw UsageError("--root: a folder, not an empty text");

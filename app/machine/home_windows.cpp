@@ -61,6 +61,12 @@ void UseMachine(const std::string& /*folder*/) {}
 
 void RequireMachine() {}
 
+std::string HostName() {
+  wchar_t name[MAX_COMPUTERNAME_LENGTH + 1];
+  DWORD capacity = MAX_COMPUTERNAME_LENGTH + 1;
+  return GetComputerNameW(name, &capacity) ? platform::ToUtf8(name) : "unknown";
+}
+
 std::filesystem::path HostPath(std::wstring_view windowsPath) {
   return windowsPath;
 }

@@ -92,9 +92,14 @@ std::wstring ReadSealed(const std::wstring& path, const std::string& name) {
   } catch (const std::runtime_error& error) {
     throw UsageError(name + ": " + error.what());
   }
-  if (!unsealed) throw UsageError(name + ": no such file");
-  if (IsNoise(unsealed->text, ReadPolicy(unsealed->text)))
-    throw UsageError(name + ": " + kOtherKey);
+  if (!unsealed) throw UsageError(name + ": no such file; " + kMendMissing);
+  if (IsNoise(unsealed->text, ReadPolicy(unsealed->text))) {
+    const auto bytes = ReadInput(HostPath(path), kGreatestSealedPolicy);
+    const bool isText = bytes && DecodeText(*bytes);
+    throw UsageError(
+        name + ": " +
+        (isText ? "it is text, not a sealed file" : std::string(kOtherKey) + "; " + kMendKey));
+  }
   return std::move(unsealed->text);
 }
 
@@ -106,6 +111,8 @@ PolicySource ReadPolicySource(const std::string& file) {
   }
   const std::string bytes = ReadBytes(file);
   if (auto text = DecodeText(bytes)) return {std::move(*text), NameOf(file)};
+  const bool isSealed = bytes.size() % kCipherBlock == 0 && !bytes.starts_with('<');
+  if (!isSealed) throw UsageError(NameOf(file) + ": " + WhyNoText(bytes));
   const std::filesystem::path path = std::filesystem::absolute(PathOf(file));
   return {ReadSealed(platform::FromUtf8(path.string()), file), file};
 }

@@ -81,7 +81,7 @@ std::string WhyLogLost() {
 }
 
 void ExamineMachine(MachineState& state) {
-  state.machine = NameFrom(GetComputerNameW);
+  state.machine = HostName();
   state.user = NameFrom(GetUserNameW);
   state.printers = ListPrinters(state.noPrinters);
   state.settingFile = ExamineSettingFile();

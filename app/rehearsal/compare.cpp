@@ -59,7 +59,7 @@ std::string Shown(const MarkKey& key) {
 std::string Shown(const std::vector<MarkKey>& keys) {
   std::string names;
   for (const MarkKey& key : keys) names += (names.empty() ? "" : " ") + Shown(key);
-  return OneLine(names, kListWidth);
+  return names.empty() ? "none" : OneLine(names, kListWidth);
 }
 
 bool AreAlike(const peers::ActiveRecord& left, const peers::ActiveRecord& right) {
@@ -98,9 +98,9 @@ class Comparison {
                            AreAlike(*other, right.lastSetting);
       if (isAlike) continue;
       if (other == right.customSettings.end())
-        Add("", custom.name, kThere, kNowhere);
+        Add("", "custom setting", kThere, kNowhere);
       else
-        CompareSettings(custom, *other, before, after, custom.name + " ");
+        CompareSettings(custom, *other, before, after, "custom setting's ");
     }
   }
 

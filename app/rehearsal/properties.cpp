@@ -174,8 +174,7 @@ class PropertyReview {
   /// is a note, because that node is a finding already.
   void ReviewSecond(const Property& property, long first) {
     const auto nodeOf = [&](long line) { return std::ranges::upper_bound(m_element.lines, line); };
-    const std::string message =
-        "nobody reads it: the one of line " + std::to_string(first) + " counts";
+    const std::string message = Superseded(first, property.line);
     if (nodeOf(first) == nodeOf(property.line))
       Find("unread", property, message);
     else
@@ -184,7 +183,11 @@ class PropertyReview {
 
   void ReviewText(const Property& property, const PropertyRow& row) {
     const std::string stored = std::get<std::string>(ValueOf(row));
-    const std::string change = Quoted(property.text) + " became " + Quoted(stored);
+    const std::string change =
+        Quoted(property.text) == Quoted(stored)
+            ? "it is cut, or loses white space at an end: " + std::to_string(property.text.size()) +
+                  " bytes became " + std::to_string(stored.size())
+            : Quoted(property.text) + " became " + Quoted(stored);
     if (property.text.empty())
       Find("zero", property, "it is empty");
     else if (const auto user = UserIn(property.text, stored); user && stored != property.text)

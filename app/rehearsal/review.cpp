@@ -150,7 +150,7 @@ class Reviewer {
     if (m_policy != nullptr) {
       if (m_policy->lines.size() > 1)
         Find({"policy", "", "", m_policy->lines.back(),
-              "policy " + m_policy->id + " stands on the lines " + Listed(m_policy->lines)});
+              "policy " + m_policy->id + " stands " + OnLines(m_policy->lines)});
       return;
     }
     std::vector<std::string> ids;
@@ -171,7 +171,7 @@ class Reviewer {
     for (const auto& [id, each] : lines)
       if (each.size() > 1 && m_review.findings.HasRoom("listed"))
         Find({"listed", std::string(id), "", each[1],
-              "listed on the lines " + Listed(each) + "; it is registered " +
+              "listed " + OnLines(each) + "; it is registered " +
                   Counted(marks[id], "time", "times")});
   }
 
@@ -185,7 +185,7 @@ class Reviewer {
               element.id.empty() ? "an element without an ID" : "no policy lists it"});
       if (element.lines.size() > 1)
         Find({"double", element.id, "", element.lines[1],
-              "elements of this ID stand on the lines " + Listed(element.lines)});
+              "elements of this ID stand " + OnLines(element.lines)});
     }
   }
 
@@ -207,7 +207,7 @@ class Reviewer {
     const std::vector<Property>& scopes = m_policy->scopes;
     for (std::size_t i = 1; i < scopes.size(); ++i)
       Find({"unread", "", "PrinterScope", scopes[i].line,
-            "nobody reads it: the one of line " + std::to_string(scopes[0].line) + " counts"});
+            Superseded(scopes[0].line, scopes[i].line)});
     const std::wstring read = ReadPolicy(m_call.text, m_call.policyId).scope.value_or(L"");
     const std::string text = platform::ToUtf8(read);
     const std::optional<double> number = NumberOf(text);

@@ -36,6 +36,7 @@ th, td { text-align: left; vertical-align: top; padding: .25rem .6rem .25rem 0; 
 thead th { font-weight: 600; border-top: 0; }
 .listing { font-family: ui-monospace, monospace; font-size: .85rem; table-layout: fixed; }
 .listing tr > :first-child { width: 3.5rem; text-align: right; padding-right: 1rem; }
+td:first-child { min-width: 6em; }
 .listing td { word-break: break-all; }
 .listing .remark { display: block; color: var(--bad); font-weight: 600; word-break: normal;
   font-family: system-ui, sans-serif; }

@@ -61,12 +61,19 @@ std::string Listed(const std::vector<std::string>& words, const std::string& las
   return list;
 }
 
-std::string Listed(const std::vector<long>& lines) {
+std::string OnLines(const std::vector<long>& lines) {
   constexpr std::size_t kMost = 8;
-  std::string text;
+  if (lines.front() == lines.back())
+    return std::to_string(lines.size()) + " times on line " + std::to_string(lines.front());
+  std::string text = "on the lines ";
   for (std::size_t i = 0; i < lines.size() && i < kMost; ++i)
     text += (i == 0 ? "" : ", ") + std::to_string(lines[i]);
   return lines.size() > kMost ? text + ", ..." : text;
+}
+
+std::string Superseded(long first, long line) {
+  return "nobody reads it: the one " +
+         (first == line ? "before it" : "of line " + std::to_string(first)) + " counts";
 }
 
 std::string Hexadecimal(std::span<const unsigned char> bytes) {

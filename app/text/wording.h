@@ -36,8 +36,11 @@ std::optional<double> NumberOf(const std::string& text);
 /// "A3, A4 or Letter", with " or " as the last mark.
 std::string Listed(const std::vector<std::string>& words, const std::string& last);
 
-/// "3, 14", and no more than some of them.
-std::string Listed(const std::vector<long>& lines);
+/// "on the lines 3, 14", and no more than some of them, or "2 times on line 3".
+std::string OnLines(const std::vector<long>& lines);
+
+/// Of a property on `line`, when another that begins on the line `first` is read.
+std::string Superseded(long first, long line);
 
 /// The one of the names that a misspelt name is most like; empty when none is like enough.
 std::string Guess(const std::string& misspelt, const std::set<std::string>& names);
