@@ -45,15 +45,6 @@ TEST_F(Machine, PathsLieBelowTheDriveInTheRoot) {
   EXPECT_EQ(platform::HostPath(L""), "");
 }
 
-TEST_F(Machine, APathIsEmptiedRatherThanOverrun) {
-  wchar_t path[MAX_PATH + 1] = L"C:\\a";
-  EXPECT_TRUE(PathAppendW(path, std::wstring(MAX_PATH - 1 - 5, L'x').c_str()));
-  path[MAX_PATH] = L'#';
-  EXPECT_FALSE(PathAppendW(path, L"y"));
-  EXPECT_STREQ(path, L"");
-  EXPECT_EQ(path[MAX_PATH], L'#');
-}
-
 TEST_F(Machine, HasItsRootFromTheEnvironment) {
   const std::string oldRoot = getenv("SIGIL_ROOT");
   unsetenv("SIGIL_ROOT");
