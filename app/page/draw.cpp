@@ -101,14 +101,32 @@ Description FontOf(const peers::WatermarkRecord& record) {
 /// proportion to its size.
 class SetText {
  public:
-  explicit SetText(const peers::WatermarkRecord& record, Alignment lines = Alignment::kLeft);
+  explicit SetText(const peers::WatermarkRecord& record, Alignment lines = Alignment::kLeft)
+      : m_layout(NewLayout()), m_isFitted(record.fit) {
+    constexpr PangoAlignment kAlignments[] = {PANGO_ALIGN_LEFT, PANGO_ALIGN_CENTER,
+                                              PANGO_ALIGN_RIGHT};
+    pango_layout_set_alignment(m_layout.Get(), kAlignments[static_cast<int>(lines)]);
+    pango_layout_set_font_description(m_layout.Get(), FontOf(record).Get());
+    SetWords(m_layout.Get(), record.text);
+    if (record.underLine)
+      SetAttribute(m_layout.Get(), pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
+  }
 
   struct Box {
     double x, y, width, height;
   };
   /// Returns the box of the lines and of ink beyond them, as a slanted letter has; of a fitted text
   /// the box of the ink alone. In points, like all measures of Pango here.
-  Box Covered() const;
+  Box Covered() const {
+    PangoRectangle ink, lines;
+    pango_layout_get_extents(m_layout.Get(), &ink, &lines);
+    if (m_isFitted) lines = ink;
+    const int x = std::min(ink.x, lines.x), y = std::min(ink.y, lines.y);
+    const int right = std::max(ink.x + ink.width, lines.x + lines.width);
+    const int bottom = std::max(ink.y + ink.height, lines.y + lines.height);
+    return {pango_units_to_double(x), pango_units_to_double(y), pango_units_to_double(right - x),
+            pango_units_to_double(bottom - y)};
+  }
 
   PangoLayout* Layout() const { return m_layout.Get(); }
 
@@ -117,58 +135,32 @@ class SetText {
   bool m_isFitted;
 };
 
-SetText::SetText(const peers::WatermarkRecord& record, Alignment lines)
-    : m_layout(NewLayout()), m_isFitted(record.fit) {
-  constexpr PangoAlignment kAlignments[] = {PANGO_ALIGN_LEFT, PANGO_ALIGN_CENTER,
-                                            PANGO_ALIGN_RIGHT};
-  pango_layout_set_alignment(m_layout.Get(), kAlignments[static_cast<int>(lines)]);
-  pango_layout_set_font_description(m_layout.Get(), FontOf(record).Get());
-  SetWords(m_layout.Get(), record.text);
-  if (record.underLine)
-    SetAttribute(m_layout.Get(), pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
-}
-
-SetText::Box SetText::Covered() const {
-  PangoRectangle ink, lines;
-  pango_layout_get_extents(m_layout.Get(), &ink, &lines);
-  if (m_isFitted) lines = ink;
-  const int x = std::min(ink.x, lines.x), y = std::min(ink.y, lines.y);
-  const int right = std::max(ink.x + ink.width, lines.x + lines.width);
-  const int bottom = std::max(ink.y + ink.height, lines.y + lines.height);
-  return {pango_units_to_double(x), pango_units_to_double(y), pango_units_to_double(right - x),
-          pango_units_to_double(bottom - y)};
-}
-
 /// Lines of text, the first in bold, wrapped to a width in millimetres.
 class SetCaption {
  public:
-  SetCaption(const std::vector<std::string>& lines, double width);
+  SetCaption(const std::vector<std::string>& lines, double width) : m_layout(NewLayout()) {
+    pango_layout_set_font_description(m_layout.Get(), Font("Sans", kCaptionPoints).Get());
+    std::string text;
+    for (const std::string& line : lines) text += line + "\n";
+    SetWords(m_layout.Get(), text);
+    pango_layout_set_width(m_layout.Get(), pango_units_from_double(width / kMillimetersPerPoint));
+    pango_layout_set_wrap(m_layout.Get(), PANGO_WRAP_WORD_CHAR);
+    PangoAttribute* const bold = pango_attr_weight_new(PANGO_WEIGHT_BOLD);
+    bold->end_index = static_cast<guint>(text.find('\n'));
+    SetAttribute(m_layout.Get(), bold);
+  }
 
-  double Height() const;  ///< In millimetres.
+  /// In millimetres.
+  double Height() const {
+    int height = 0;
+    pango_layout_get_size(m_layout.Get(), nullptr, &height);
+    return pango_units_to_double(height) * kMillimetersPerPoint;
+  }
   PangoLayout* Layout() const { return m_layout.Get(); }
 
  private:
   Owner<PangoLayout*, g_object_unref> m_layout;
 };
-
-SetCaption::SetCaption(const std::vector<std::string>& lines, double width)
-    : m_layout(NewLayout()) {
-  pango_layout_set_font_description(m_layout.Get(), Font("Sans", kCaptionPoints).Get());
-  std::string text;
-  for (const std::string& line : lines) text += line + "\n";
-  SetWords(m_layout.Get(), text);
-  pango_layout_set_width(m_layout.Get(), pango_units_from_double(width / kMillimetersPerPoint));
-  pango_layout_set_wrap(m_layout.Get(), PANGO_WRAP_WORD_CHAR);
-  PangoAttribute* const bold = pango_attr_weight_new(PANGO_WEIGHT_BOLD);
-  bold->end_index = static_cast<guint>(text.find('\n'));
-  SetAttribute(m_layout.Get(), bold);
-}
-
-double SetCaption::Height() const {
-  int height = 0;
-  pango_layout_get_size(m_layout.Get(), nullptr, &height);
-  return pango_units_to_double(height) * kMillimetersPerPoint;
-}
 
 using Surface = Owner<cairo_surface_t*, cairo_surface_destroy>;
 using Drawing = Owner<cairo_t*, cairo_destroy>;

@@ -76,26 +76,16 @@ std::string Encoded(std::string_view bytes) {
 }  // namespace
 
 std::string HtmlEscaped(std::string_view text) {
+  constexpr std::string_view kMarkup = "&<>\"'";
+  constexpr const char* kNames[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&#39;"};
   std::string escaped;
-  for (const char each : platform::Visible(text)) switch (each) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '>':
-        escaped += "&gt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      case '\'':
-        escaped += "&#39;";
-        break;
-      default:
-        escaped += each;
-    }
+  for (const char each : platform::Visible(text)) {
+    const std::size_t place = kMarkup.find(each);
+    if (place == kMarkup.npos)
+      escaped += each;
+    else
+      escaped += kNames[place];
+  }
   return escaped;
 }
 

@@ -2,9 +2,12 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <map>
 #include <mutex>
+#include <utility>
 
 #include "platform/posix/machine/machine_file.h"
 
@@ -39,38 +42,26 @@ std::shared_ptr<Object> FindObject(HANDLE handle) {
 }
 
 DWORD ErrorOf(int number) {
-  switch (number) {
-    case 0:
-      return ERROR_SUCCESS;
-    case ENOENT:
-      return ERROR_FILE_NOT_FOUND;
-    case ENOTDIR:
-    case ELOOP:
-      return ERROR_PATH_NOT_FOUND;
-    case EMFILE:
-    case ENFILE:
-      return ERROR_TOO_MANY_OPEN_FILES;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EISDIR:
-      return ERROR_ACCESS_DENIED;
-    case EBUSY:
-      return ERROR_LOCK_VIOLATION;
-    case ENOMEM:
-      return ERROR_NOT_ENOUGH_MEMORY;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-      return ERROR_DISK_FULL;
-    case ENAMETOOLONG:
-      return ERROR_FILENAME_EXCED_RANGE;
-    case EPIPE:
-    case ECONNRESET:
-      return ERROR_NO_DATA;
-    default:
-      return ERROR_GEN_FAILURE;
-  }
+  constexpr std::pair<int, DWORD> kErrors[] = {{0, ERROR_SUCCESS},
+                                               {ENOENT, ERROR_FILE_NOT_FOUND},
+                                               {ENOTDIR, ERROR_PATH_NOT_FOUND},
+                                               {ELOOP, ERROR_PATH_NOT_FOUND},
+                                               {EMFILE, ERROR_TOO_MANY_OPEN_FILES},
+                                               {ENFILE, ERROR_TOO_MANY_OPEN_FILES},
+                                               {EACCES, ERROR_ACCESS_DENIED},
+                                               {EPERM, ERROR_ACCESS_DENIED},
+                                               {EROFS, ERROR_ACCESS_DENIED},
+                                               {EISDIR, ERROR_ACCESS_DENIED},
+                                               {EBUSY, ERROR_LOCK_VIOLATION},
+                                               {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
+                                               {ENOSPC, ERROR_DISK_FULL},
+                                               {EDQUOT, ERROR_DISK_FULL},
+                                               {EFBIG, ERROR_DISK_FULL},
+                                               {ENAMETOOLONG, ERROR_FILENAME_EXCED_RANGE},
+                                               {EPIPE, ERROR_NO_DATA},
+                                               {ECONNRESET, ERROR_NO_DATA}};
+  const auto* const found = std::ranges::find(kErrors, number, &std::pair<int, DWORD>::first);
+  return found == std::end(kErrors) ? ERROR_GEN_FAILURE : found->second;
 }
 
 std::FILE* OpenToRead(const char* path) {

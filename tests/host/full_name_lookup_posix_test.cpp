@@ -33,6 +33,9 @@ TEST(FullNameLookup, AsksTheControllerFirstAndTheMachineAfterIt) {
       {local, "NetUserGetInfo throws", "exception", false, "", ""},
       {joined + "tanaka=本店 太郎\n", "", "controller found", true, "本店 太郎", "\\\\DC01"},
       {joined + "tanaka=\n", "", "controller without name", true, "", "\\\\DC01"},
+      // A server and a login name are found in any case, and without the server's backslashes.
+      {"joined=1\nDOMAIN=HARBOR\nController=DC01\n[Accounts]\n[accounts dc01]\nTanaka=本店\n", "",
+       "controller found", true, "本店", "\\\\DC01"},
       {joined + "tanaka\n", "", "controller found", true, "田中 太郎", ""},
       {joined + "tanaka\n", "NetUserGetInfo fails after 1 with 2221", "controller with a null name",
        false, "", ""},

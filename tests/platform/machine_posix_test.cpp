@@ -1,4 +1,4 @@
-// What the machine's folder and its machine.ini answer: paths, files, pipes, printers, accounts.
+// What the machine's folder and its machine.ini answer: paths, files, pipes.
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -6,13 +6,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 
 #include "platform/file.h"
-#include "platform/netapi.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/profile.h"
 #include "platform/utf.h"
@@ -45,15 +43,6 @@ TEST_F(Machine, PathsLieBelowTheDriveInTheRoot) {
     EXPECT_EQ(platform::HostPath(path), root / below) << platform::ToUtf8(path);
   EXPECT_EQ(platform::HostPath(L"/etc/../tmp/a\\b"), "/etc/../tmp/a/b");
   EXPECT_EQ(platform::HostPath(L""), "");
-}
-
-TEST_F(Machine, APathIsEmptiedRatherThanOverrun) {
-  wchar_t path[MAX_PATH + 1] = L"C:\\a";
-  EXPECT_TRUE(PathAppendW(path, std::wstring(MAX_PATH - 1 - 5, L'x').c_str()));
-  path[MAX_PATH] = L'#';
-  EXPECT_FALSE(PathAppendW(path, L"y"));
-  EXPECT_STREQ(path, L"");
-  EXPECT_EQ(path[MAX_PATH], L'#');
 }
 
 TEST_F(Machine, HasItsRootFromTheEnvironment) {
@@ -102,45 +91,6 @@ TEST_F(Machine, ProcessesThatWriteAtOnceKeepEachOthersKeys) {
   }
   for (UINT key = 0; key < kKeys; ++key)
     EXPECT_EQ(GetPrivateProfileIntW(L"User", std::to_wstring(key).c_str(), -1, kFile), key);
-}
-
-std::string Text(const wchar_t* text) {
-  return text == nullptr ? "(null)" : platform::ToUtf8(text);
-}
-
-/// The full name, or the result.
-std::string FullName(LPCWSTR server) {
-  BYTE* record = nullptr;
-  const NET_API_STATUS result = NetUserGetInfo(server, L"tanaka", 10, &record);
-  if (result != NERR_Success) return std::to_string(result);
-  const std::string name = Text(reinterpret_cast<USER_INFO_10*>(record)->usri10_full_name);
-  NetApiBufferFree(record);
-  return name;
-}
-
-TEST_F(Machine, HasTheAccountsOfItsDescription) {
-  const std::string joined = "[machine]\nuser=tanaka\ndomain=HARBOR\njoined=1\n";
-  using Row = std::array<std::string, 4>;
-  for (const auto& [description, domain, here, there] :
-       {Row{"[Machine]\nController=\\\\DC01\n[Accounts]\ntanaka=田中 太郎\n", "WORKGROUP 2 2453",
-            "田中 太郎", "2221"},
-        Row{joined + "[ACCOUNTS]\nTanaka=\n", "HARBOR 3 2453", "", "53"},
-        Row{joined + "Controller=\\\\DC01\n[Accounts]\ntanaka\n[Accounts \\\\DC01]\ntanaka=Taro\n",
-            "HARBOR 3 0", "(null)", "Taro"},
-        Row{joined + "Controller=dc01\n[Accounts DC01]\ntanaka\n", "HARBOR 3 0", "2221",
-            "(null)"}}) {
-    std::ofstream(platform::MachineRoot() / "machine.ini") << description;
-    wchar_t* name = nullptr;
-    NETSETUP_JOIN_STATUS status = NetSetupUnknownStatus;
-    EXPECT_EQ(NetGetJoinInformation(nullptr, &name, &status), NERR_Success);
-    BYTE* controller = nullptr;
-    const NET_API_STATUS result = NetGetDCName(nullptr, name, &controller);
-    EXPECT_EQ(Text(name) + " " + std::to_string(status) + " " + std::to_string(result), domain);
-    EXPECT_EQ(FullName(nullptr), here);
-    EXPECT_EQ(FullName(L"\\\\DC01"), there);
-    NetApiBufferFree(name);
-    NetApiBufferFree(controller);
-  }
 }
 
 HANDLE Open(LPCWSTR path, DWORD access = GENERIC_WRITE) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cwchar>
 
 #include "tests/support/test_machine.h"
 
@@ -25,14 +24,7 @@ TEST(CString, ComparesLettersInEveryLocale) {
 }
 
 TEST(CString, FormatsNumbersAndTextAndAnswersForWhatDoesNotFit) {
-  for (const wchar_t* start : {L"%", L"%0", L"%1", L"%12", L"%02", L"%03", L"%012"})
-    for (const wchar_t* type : {L"d", L"X"})
-      for (const int value : {0, 1, -1, 42, 255, -12345, INT_MAX, INT_MIN}) {
-        wchar_t expected[128] = {};
-        const std::wstring format = std::wstring(start) + type;
-        std::swprintf(expected, std::size(expected), format.c_str(), value);
-        EXPECT_EQ(Format(format.c_str(), value), expected);
-      }
+  EXPECT_EQ(Format(L"%d|%03d|%4d|%X", INT_MIN, -7, 42, -1), L"-2147483648|-07|  42|FFFFFFFF");
   const CString own = L"会議室";
   EXPECT_EQ(Format(L"%s_%s|%5s", L"E1", own, L"ab"), L"E1_会議室|   ab");
   EXPECT_EQ(Format(L"%s|%02X%02X 100% ", LPCWSTR{}, BYTE{10}, 171), L"(null)|0AAB 100% ");

@@ -17,17 +17,15 @@
 #include "boundary/exports.h"
 #include "peers/settings_component/setting_file.h"
 #include "platform/utf.h"
+#include "tests/support/policy.h"
 #include "tests/support/seal.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr wchar_t kPolicy[] =
-    L"<QuietMIMOSA><HLE><Watermark><PolicyInfos><PolicyInfo ID='1'><PrinterScope>0</PrinterScope>"
-    L"<ElementIDs><ID>E1</ID></ElementIDs></PolicyInfo></PolicyInfos><Elements><Element ID='E1'>"
-    L"<Kind>0</Kind><Name>題</Name><Text>社外秘</Text></Element></Elements></Watermark></HLE>"
-    L"</QuietMIMOSA>";
+const std::wstring kPolicy =
+    tests::Policy(1, L"0", {{L"E1", {{L"Kind", L"0"}, {L"Name", L"題"}, {L"Text", L"社外秘"}}}});
 
 /// A machine with a policy delivered, for the life of this.
 class SampleMachine {
@@ -58,7 +56,7 @@ class SampleMachine {
 };
 
 int Update() {
-  return SigilSettingUpdateWaterMarkSetting(0, 1, nullptr, kPolicy, 1);
+  return SigilSettingUpdateWaterMarkSetting(0, 1, nullptr, kPolicy.c_str(), 1);
 }
 int SwitchContentLog() {
   return SigilSettingSetUseContentLog(true);
