@@ -34,9 +34,13 @@ else()
   target_compile_options(sigil_options INTERFACE -Wno-sign-conversion)
 endif()
 
-# What is delivered has nothing of the place and the time of its build.
+# What is delivered has nothing of the place and the time of its build. ccache gives the compiler
+# paths that begin at the build folder.
 if(WIN32 OR CMAKE_BUILD_TYPE STREQUAL Release)
-  target_compile_options(sigil_options INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  file(RELATIVE_PATH back ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+  foreach(prefix ${PROJECT_SOURCE_DIR}/ ${PROJECT_BINARY_DIR}/ ${back})
+    target_compile_options(sigil_options INTERFACE -ffile-prefix-map=${prefix}=)
+  endforeach()
 endif()
 if(WIN32)
   target_link_options(sigil_options INTERFACE LINKER:--no-insert-timestamp)
