@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "boundary/exports.h"
 #include "tests/boundary/replacement_windows.h"
 #include "tests/recorder/recorder.h"
+#include "tests/support/policy.h"
 #include "tests/support/test_machine.h"
 
 namespace tests {
@@ -95,6 +98,65 @@ TEST(Library, APassWaitsForTheMutex) {
   GetExitCodeThread(thread, &isDone);
   EXPECT_EQ(isDone, 1U);
   for (const HANDLE handle : {mutex, thread}) CloseHandle(handle);
+}
+
+const std::wstring kPolicy = Policy(1, L"0", {{L"E1", {{L"Kind", L"0"}, {L"Text", L"社外秘"}}}});
+
+/// How many of a thread's calls, which begin with another one in each thread, gave what they may.
+DWORD WINAPI CallAll(void* own) {
+  const std::pair<int (*)(), std::set<int>> calls[] = {
+      {[] { return SigilSettingUpdateWaterMarkSetting(0, 1, nullptr, kPolicy.c_str(), 1); },
+       {0, -99}},
+      {SigilSettingUpdateExcludePrinter, {0}},
+      {[] { return SigilSettingSetUseContentLog(true); }, {0}},
+      // -201: another call has SystemSetting.csv open at this moment
+      {SigilSettingSetWaterMark, {0, -201}}};
+  DWORD good = 0;
+  for (std::size_t i = 0; i < 3 * std::size(calls); ++i) {
+    const auto& [call, results] =
+        calls[(i + reinterpret_cast<std::size_t>(own)) % std::size(calls)];
+    good += results.contains(call()) ? 1U : 0U;
+  }
+  return good;
+}
+
+void ExpectEightGoodThreads() {
+  std::vector<HANDLE> threads;
+  for (std::size_t i = 0; i < 8; ++i)
+    threads.push_back(CreateThread(nullptr, 0, CallAll, reinterpret_cast<void*>(i), 0, nullptr));
+  for (const HANDLE thread : threads) {
+    DWORD good = 0;
+    WaitForSingleObject(thread, INFINITE);
+    GetExitCodeThread(thread, &good);
+    EXPECT_EQ(good, 12U);
+    CloseHandle(thread);
+  }
+}
+
+// Run by the next one as another process.
+TEST(Library, DISABLED_EightThreadsOfTheOtherProcess) {
+  ExpectEightGoodThreads();
+}
+
+TEST(Library, TwoProcessesOfEightThreadsCallAtOnce) {
+  TestMachine machine;
+  machine.SetPrinters({{L"Suite", kSuiteDriver, {}}, {L"Other", L"Driver", {}}});
+  machine.Write(kSystemSetting, "63,1\r\n");
+  machine.Write(kPolicyFile, SealPolicy("<QuietMIMOSA><HLE/></QuietMIMOSA>"));
+  wchar_t command[] =
+      L"boundary_tests.exe --gtest_brief=1 --gtest_also_run_disabled_tests "
+      L"--gtest_filter=Library.DISABLED_EightThreadsOfTheOtherProcess";
+  STARTUPINFOW start = {};
+  start.cb = sizeof start;
+  PROCESS_INFORMATION other;
+  ASSERT_TRUE(CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
+                             &other));
+  ExpectEightGoodThreads();
+  DWORD status = 1;
+  WaitForSingleObject(other.hProcess, INFINITE);
+  GetExitCodeProcess(other.hProcess, &status);
+  EXPECT_EQ(status, 0U);
+  for (const HANDLE handle : {other.hProcess, other.hThread}) CloseHandle(handle);
 }
 
 std::vector<std::string> g_attributes;
