@@ -1,12 +1,13 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <fstream>
+#include <cstdio>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
 #include "peers/settings_component/setting_file.h"
+#include "platform/owner.h"
 
 namespace peers {
 
@@ -22,6 +23,13 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ExcludeRecord, id, name)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(SettingFileContent, entries, drivers, excluded, secondExcluded,
                                    contentLog)
 
+namespace {
+
+constexpr auto kClose = [](std::FILE* file) { std::fclose(file); };
+using OpenFile = Owner<std::FILE*, kClose>;
+
+}  // namespace
+
 /// The records in memory. They are written at the end of its life, if they have changed.
 class Database {
  public:
@@ -30,8 +38,9 @@ class Database {
   }
   ~Database() {
     if (!isChanged) return;
-    std::ofstream out(m_file, std::ios::binary);
-    out << nlohmann::json(content);
+    const std::string json = nlohmann::json(content).dump();
+    const OpenFile file(_wfopen(m_file.c_str(), L"wb"));
+    if (file) std::fwrite(json.data(), 1, json.size(), file.Get());
   }
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
@@ -138,10 +147,13 @@ SettingPlace FindSettingPlace() {
 }
 
 SettingFileContent ReadSettingFile(const fs::path& file) {
-  std::error_code error;
-  if (!fs::exists(file, error)) return {};
-  std::ifstream in(file, std::ios::binary);
-  return nlohmann::json::parse(in).get<SettingFileContent>();
+  const OpenFile opened(_wfopen(file.c_str(), L"rb"));
+  if (!opened) return {};
+  std::string json;
+  char block[0x4000];
+  while (const std::size_t size = std::fread(block, 1, sizeof block, opened.Get()))
+    json.append(block, size);
+  return nlohmann::json::parse(json).get<SettingFileContent>();
 }
 
 }  // namespace peers
