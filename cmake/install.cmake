@@ -7,6 +7,7 @@
 #            bin/sigilctl                    a link there; its manual page, completion for bash and guides
 #   Windows  bin/SigilSetting.dll            and sigilctl.exe, with their symbols beside them; the closed
 #                                            parts come with the host
+#            bin/rehearsal/                  the component and the log of sigilctl's rehearsals
 #   both     include/sigil/sigil_setting.h, the CMake package (and pkg-config's file on Linux), the guides
 #            and CHANGELOG.md, examples/host
 #            include/sigil/parts/            the headers of the closed parts, for their makers
@@ -56,6 +57,8 @@ if(WIN32)
   add_dependencies(SigilSetting import_library)
   install(PROGRAMS $<TARGET_FILE:SigilSetting> $<TARGET_FILE:sigilctl>
           DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES $<TARGET_FILE:SigilUtil_x86> ${PROJECT_BINARY_DIR}/rehearsal/log4cxx.dll
+          DESTINATION ${CMAKE_INSTALL_BINDIR}/rehearsal)
   install(FILES $<TARGET_FILE:SigilSetting>.debug $<TARGET_FILE:sigilctl>.debug
           DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES ${import_library} DESTINATION ${CMAKE_INSTALL_LIBDIR})

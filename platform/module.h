@@ -5,6 +5,13 @@
 
 #include "platform/base.h"
 
+/// Marks a function that a library shows to its hosts.
+#ifdef _WIN32
+#define MODULE_EXPORT __declspec(dllexport)
+#else
+#define MODULE_EXPORT __attribute__((visibility("default")))
+#endif
+
 #ifndef _WIN32
 
 constexpr DWORD DLL_PROCESS_DETACH = 0;

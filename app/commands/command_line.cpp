@@ -17,6 +17,14 @@ const char kVersion[] = SIGIL_VERSION;
 namespace {
 
 constexpr char kSummary[] = "Host program of the SigilSetting library";
+constexpr char kExitStatus[] =
+    "Exit status:\n"
+    "  0  the work is done; check: nothing found; diff: no difference;\n"
+    "     verify: in force\n"
+    "  1  an export or the machine failed, or nothing was saved;\n"
+    "     check: findings; diff: differences; verify: not in force\n"
+    "  2  a wrong argument or a file that will not do; nothing has been changed\n"
+    "\n";
 /// Heads the commands that this home lacks.
 constexpr char kElsewhere[] = "On Linux alone";
 constexpr char kCommandFooter[] = "`sigilctl --help` tells of the exit status and the rest.";
@@ -66,7 +74,7 @@ std::vector<std::string> WithHelpOption(std::vector<std::string> arguments) {
 
 CommandLine::CommandLine() : m_parser(kSummary, "sigilctl") {
   m_parser.fallthrough();  // --root may stand behind the command too
-  m_parser.footer(kFooter);
+  m_parser.footer(std::string(kExitStatus) + kFooter);
   m_parser.set_version_flag("--version", std::string("sigilctl ") + kVersion);
   AddMachineOption(m_parser);
 }
@@ -164,8 +172,7 @@ void AddPolicyId(CLI::App& command, int& policyId) {
 void AddCare(CLI::App& command, Care& care) {
   CLI::Option* const force =
       command.add_flag("--force", care.isForced, "Also a policy that would be refused");
-  if (kMachineIsFolder)
-    command.add_flag("--strict", care.isStrict, "No policy with a finding")->excludes(force);
+  command.add_flag("--strict", care.isStrict, "No policy with a finding")->excludes(force);
 }
 
 void AddPaper(CLI::App& command, std::string& paper, bool& isLandscape) {

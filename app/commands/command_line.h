@@ -54,7 +54,7 @@ void AddPolicyFile(CLI::App& command, std::string& file);
 CLI::Option* AddOutput(CLI::App& command, std::string& file, const std::string& value,
                        const std::string& help);
 void AddPolicyId(CLI::App& command, int& policyId);
-/// Adds --force, and where a rehearsal can be held --strict.
+/// Adds --force and --strict.
 void AddCare(CLI::App& command, Care& care);
 /// Adds the options of the paper, which page::FindPaper takes.
 void AddPaper(CLI::App& command, std::string& paper, bool& isLandscape);

@@ -10,7 +10,7 @@ namespace app {
 /// Adds the commands of this home, in the order of the help.
 void AddCommands(CommandLine& line);
 
-/// The last part of the help: exit status, environment.
+/// The last part of the help.
 extern const char kFooter[];
 
 /// Returns whether the delivered policy is in force, in a sentence; empty in a home that cannot

@@ -1,15 +1,11 @@
 #include "app/commands/commands.h"
+#include "app/machine/policy_file.h"
+#include "app/rehearsal/compare.h"
+#include "app/text/errors.h"
 
 namespace app {
 
 const char kFooter[] =
-    "Exit status:\n"
-    "  0  the work is done; check: nothing found; diff: no difference;\n"
-    "     verify: in force\n"
-    "  1  an export or the machine failed, or nothing was saved;\n"
-    "     check: findings; diff: differences; verify: not in force\n"
-    "  2  a wrong argument or a file that will not do; nothing has been changed\n"
-    "\n"
     "Environment:\n"
     "  SIGIL_ROOT       the machine's folder; else sigil/machine in XDG_DATA_HOME,\n"
     "                   which is ~/.local/share where it is not set\n"
@@ -17,6 +13,15 @@ const char kFooter[] =
     "  SIGIL_LOG_LEVEL  the lowest level that is written to it (0)\n"
     "  TMPDIR           where policies are rehearsed, in private folders that go\n"
     "                   again; memory where it is not set\n";
+
+std::string DeliveredForce() try {
+  const Force force = ForceOf(ReviewPolicy({ReadPolicySource("").text}));
+  if (force.IsIn()) return "yes";
+  if (force.unknown.empty()) return "no; `sigilctl verify` names what differs";
+  return Sentence(force);
+} catch (const std::exception& error) {
+  return "cannot be told: " + CauseOf(error);
+}
 
 void AddCommands(CommandLine& line) {
   AddInit(line);

@@ -101,7 +101,7 @@ int UnsealPolicy(const std::string& file, const std::string& output) {
   if (!output.empty()) {
     WriteOutput(PathOf(output), bytes);
     std::cout << "unseal: " << bytes.size() << " bytes in " << platform::Visible(output) << ".\n";
-  } else if (IsTerminal()) {
+  } else if (IsTerminal(stdout)) {
     PrintVisible(bytes);
   } else {
     PrintBytes(bytes);

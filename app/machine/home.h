@@ -24,6 +24,8 @@ void RequireMachine();
 
 /// Returns the name of the computer.
 std::string HostName();
+/// The machine's folder, or its name.
+std::string MachineName();
 
 /// Where the file of a Windows path is.
 std::filesystem::path HostPath(std::wstring_view windowsPath);

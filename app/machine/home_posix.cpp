@@ -57,6 +57,10 @@ void RequireMachine() {
                      ": no machine here, for want of a machine.ini; `sigilctl init` lays one out");
 }
 
+std::string MachineName() {
+  return platform::MachineRoot().string();
+}
+
 fs::path HostPath(std::wstring_view windowsPath) {
   return platform::HostPath(windowsPath);
 }

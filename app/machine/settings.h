@@ -12,8 +12,13 @@
 namespace app {
 
 /// Returns the setting file's records. Throws std::runtime_error, with the file's name, when it
-/// cannot be read.
+/// cannot be read. On Windows they are what the component gives: of the entries their watermarks'
+/// IDs and names, and the lists.
 peers::SettingFileContent ReadSettings();
+
+/// False where the component gives no values back: texts, switches and the rest of the records.
+extern const bool kReadsValues;
+inline constexpr char kUnreadValues[] = "The component gives no values back, so none is told.";
 
 /// True if the printer is on one of the two exclude lists.
 bool IsExcluded(const peers::SettingFileContent& content, const std::string& printer);

@@ -30,6 +30,9 @@ struct UnreadLine {
   std::string reason;
 };
 
+/// The printers of the machine. Throws std::runtime_error, which tells why there is no list.
+std::vector<PrinterState> ListPrinters();
+
 struct MachineState {
   std::string machine;
   DeliveryFolder delivery;

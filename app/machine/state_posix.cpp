@@ -7,6 +7,7 @@
 #include <set>
 #include <system_error>
 
+#include "app/machine/home.h"
 #include "app/machine/state.h"
 #include "app/text/wording.h"
 #include "host/shared_names.h"
@@ -99,6 +100,13 @@ DWORD AskPipe() {
 
 }  // namespace
 
+std::vector<PrinterState> ListPrinters() {
+  std::vector<PrinterState> printers;
+  for (platform::Printer& printer : platform::LoadMachine().printers)
+    printers.push_back(Kinded(printer));
+  return printers;
+}
+
 std::string WhatIsUnread() {
   std::vector<platform::UnreadLine> unread;
   try {
@@ -124,7 +132,7 @@ std::string WhyLogLost() {
 }
 
 void ExamineMachine(MachineState& state) {
-  state.machine = platform::MachineRoot().string();
+  state.machine = MachineName();
   ExaminePrinters(state);
   state.mutex = WhyMutexRefused();
   if (state.mutex.empty()) state.mutex = WhyClosed(platform::MachineRoot() / "mutex");

@@ -1,3 +1,5 @@
+#include <stdexcept>
+
 #include "app/machine/home.h"
 #include "app/machine/parts.h"
 #include "app/machine/state.h"
@@ -16,25 +18,6 @@ std::string NameFrom(BOOL WINAPI name(LPWSTR, LPDWORD)) {
   wchar_t text[257];
   DWORD capacity = 257;
   return name(text, &capacity) ? platform::ToUtf8(text) : WithError("unknown");
-}
-
-std::optional<std::vector<PrinterState>> ListPrinters(std::string& why) {
-  constexpr DWORD kFlags = PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS;
-  std::vector<PRINTER_INFO_2W> block;
-  DWORD needed = 0, count = 0;
-  while (!EnumPrintersW(kFlags, nullptr, 2, reinterpret_cast<BYTE*>(block.data()),
-                        static_cast<DWORD>(block.size() * sizeof block[0]), &needed, &count)) {
-    if (GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
-      why = WithError("the spooler gives none");
-      return std::nullopt;
-    }
-    block.resize(needed / sizeof block[0] + 1);
-  }
-  std::vector<PrinterState> printers;
-  for (DWORD i = 0; i < count; ++i)
-    printers.push_back(
-        {block[i].pPrinterName, block[i].pDriverName, SigilSettingManagement::KindOf(block[i])});
-  return printers;
 }
 
 /// Opens the mutex alone if it is there, with the access that a pass asks for: taking it could hold
@@ -66,6 +49,27 @@ DWORD AskControlPipe() {
 
 }  // namespace
 
+std::string MachineName() {
+  return HostName();
+}
+
+std::vector<PrinterState> ListPrinters() {
+  constexpr DWORD kFlags = PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS;
+  std::vector<PRINTER_INFO_2W> block;
+  DWORD needed = 0, count = 0;
+  while (!EnumPrintersW(kFlags, nullptr, 2, reinterpret_cast<BYTE*>(block.data()),
+                        static_cast<DWORD>(block.size() * sizeof block[0]), &needed, &count)) {
+    if (GetLastError() != ERROR_INSUFFICIENT_BUFFER)
+      throw std::runtime_error(WithError("the spooler gives none"));
+    block.resize(needed / sizeof block[0] + 1);
+  }
+  std::vector<PrinterState> printers;
+  for (DWORD i = 0; i < count; ++i)
+    printers.push_back(
+        {block[i].pPrinterName, block[i].pDriverName, SigilSettingManagement::KindOf(block[i])});
+  return printers;
+}
+
 // There is no machine.ini, no file is refused for what it is, and where the log writes is its own.
 
 std::vector<RefusedPlace> RefusedPlaces() {
@@ -81,9 +85,13 @@ std::string WhyLogLost() {
 }
 
 void ExamineMachine(MachineState& state) {
-  state.machine = HostName();
+  state.machine = MachineName();
   state.user = NameFrom(GetUserNameW);
-  state.printers = ListPrinters(state.noPrinters);
+  try {
+    state.printers = ListPrinters();
+  } catch (const std::runtime_error& error) {
+    state.noPrinters = error.what();
+  }
   state.settingFile = ExamineSettingFile();
   state.mutex = WhyNoMutex();
   state.userFile = ExamineUserFile();

@@ -1,9 +1,12 @@
 #pragma once
 
-// Draws a laid-out page with Pango and Cairo, in its real size and in the fonts of this machine:
-// the paper with its marks and, below it, a caption.
+// Draws a laid-out page in its real size and in the fonts of this machine: the paper with its marks
+// and, below it, a caption. Pango and Cairo draw on Linux; on Windows GDI measures and SVG alone is
+// written, whose letters the viewer draws.
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/page/layout.h"
@@ -15,6 +18,11 @@ enum class Format { kSvg, kPdf, kPng };
 inline constexpr int kPixelsPerMillimeter = 4;  // of a PNG
 inline constexpr int kBorder = 10;              // around the paper, in millimetres
 inline constexpr int kMargin = 5;               // that most printers cannot print on
+
+/// The extensions of a picture's name, in words.
+extern const char kPictures[];
+/// Returns the format of an extension, as ".svg"; null for one that this home does not draw.
+std::optional<Format> FormatOf(std::string_view extension);
 
 /// Returns the bytes of the picture; without a caption that of the bare paper alone. Throws
 /// std::runtime_error when it cannot be drawn.

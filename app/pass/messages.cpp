@@ -221,6 +221,10 @@ bool RefusesDelivery(const Message& message) {
   return message.number == kNoScope || (message.number == kPolicyRefused && !isMachines);
 }
 
+std::string MeaningOfNoScope() {
+  return MeaningOf({.level = 0, .number = kNoScope, .function = "", .text = ""}).sentence;
+}
+
 WorkDone WorkDoneIn(const Outcome& outcome) {
   WorkDone done;
   for (const Message& message : outcome.messages) {

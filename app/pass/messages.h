@@ -58,6 +58,9 @@ Step StepOf(const Message& message);
 /// True for a message with which set or release refuses a delivered policy for its text.
 bool RefusesDelivery(const Message& message);
 
+/// The meaning of the message with which they refuse one whose scope stands for none.
+std::string MeaningOfNoScope();
+
 struct WorkDone {
   std::size_t entries = 0;  ///< That an update has rebuilt.
   std::size_t marks = 0;    ///< That it has made in them.

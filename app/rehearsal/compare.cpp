@@ -160,6 +160,22 @@ std::map<std::string, const Record*> ByName(const std::vector<Record>& records, 
   return map;
 }
 
+/// The records as far as they can be read back.
+peers::SettingFileContent Readable(peers::SettingFileContent records) {
+  if (kReadsValues) return records;
+  for (peers::EntryRecord& entry : records.entries) {
+    entry.lastSetting = {};
+    entry.customSettings.clear();
+    for (peers::WatermarkRecord& mark : entry.watermarks) {
+      peers::WatermarkRecord read;
+      read.id = mark.id;
+      read.name = mark.name;
+      mark = std::move(read);
+    }
+  }
+  return records;
+}
+
 }  // namespace
 
 std::vector<Difference> Compare(const peers::SettingFileContent& left,
@@ -213,7 +229,7 @@ Force ForceOf(const Review& review) try {
   if (!review.refusal.empty())
     return {.unknown = "the passes refuse the policy: " + review.refusal};
   if (!review.failure.empty()) return {.unknown = "no pass can run here: " + review.failure};
-  return {.differences = Compare(ReadSettingsOfCopy(), review.records, review.Ids()),
+  return {.differences = Compare(ReadSettingsOfCopy(), Readable(review.records), review.Ids()),
           .entries = review.records.entries.size(),
           .excluded = review.records.excluded.size()};
 } catch (const std::exception& error) {
@@ -224,7 +240,7 @@ std::string Sentence(const Force& force) {
   if (!force.unknown.empty()) return "cannot be told: " + force.unknown;
   if (force.IsIn())
     return "in force on " + Counted(force.entries, "entry", "entries") + "; " +
-           Counted(force.excluded, "printer", "printers") + " excluded";
+           Counted(force.excluded, "printer", "printers") + " excluded" + (kReadsValues ? "" : ", by the names of the watermarks");
   return "not in force: " + Counted(force.differences.size(), "difference", "differences");
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-// A policy's text by its parts, as libxml2 reads it: what is written, and on which line.
+// A policy's text by its parts, as the system's parser reads it (libxml2 on Linux): what is
+// written, and on which line.
 //
 // Nothing here knows what a part becomes. Texts are UTF-8; lines count from 1. Time and memory grow
 // in step with the text.

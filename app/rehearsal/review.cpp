@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "app/machine/policy_text.h"
+#include "app/machine/state.h"
 #include "app/pass/messages.h"
 #include "app/rehearsal/placeholders.h"
 #include "app/rehearsal/properties.h"
@@ -14,10 +15,8 @@
 #include "app/text/errors.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
-#include "host/printer_kind.h"
 #include "management/printer_scope.h"
 #include "platform/crt.h"
-#include "platform/posix/machine/machine.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -234,7 +233,7 @@ class Reviewer {
     if (!m_review.unseen.empty()) Find({"unseen", "", "", 0, "no watermark can be seen"});
     if (const auto* entry = DefaultEntry(m_review.records))
       m_review.printers.push_back(FateOf(*entry));
-    for (const platform::Printer& printer : platform::LoadMachine().printers)
+    for (const PrinterState& printer : ListPrinters())
       m_review.printers.push_back(FateOf(platform::ToUtf8(printer.name)));
   }
 
@@ -285,13 +284,8 @@ void RequireFewNodes(const std::wstring& text) {
 
 /// The entries of this machine that an update rebuilds: the default one, and the suite's printers.
 std::size_t CountEntries() {
-  std::vector<platform::Printer> printers = platform::LoadMachine().printers;
-  const auto isSuite = [](platform::Printer& printer) {
-    PRINTER_INFO_2W record{};
-    record.pDriverName = printer.driver.data();
-    return SigilSettingManagement::KindOf(record) == SigilSettingManagement::PrinterKind::kSuite;
-  };
-  return 1 + static_cast<std::size_t>(std::ranges::count_if(printers, isSuite));
+  return 1 + static_cast<std::size_t>(
+                 std::ranges::count(ListPrinters(), PrinterKind::kSuite, &PrinterState::kind));
 }
 
 /// An update makes the watermarks of the policy's list on each entry.

@@ -4,6 +4,7 @@
 // East Asia takes two places and a combining mark none.
 
 #include <cstddef>
+#include <cstdio>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -46,7 +47,7 @@ std::size_t CharacterWidth(char32_t character);
 /// elsewhere.
 std::size_t ConsoleColumns();
 
-/// Returns whether standard output goes to a terminal.
-bool IsTerminal();
+/// Returns whether a standard stream goes to a terminal.
+bool IsTerminal(std::FILE* stream);
 
 }  // namespace app

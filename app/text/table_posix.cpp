@@ -31,8 +31,8 @@ std::size_t ConsoleColumns() {
   return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-bool IsTerminal() {
-  return isatty(STDOUT_FILENO) != 0;
+bool IsTerminal(std::FILE* stream) {
+  return isatty(fileno(stream)) != 0;
 }
 
 }  // namespace app

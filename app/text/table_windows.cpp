@@ -42,8 +42,10 @@ std::size_t ConsoleColumns() {
   return static_cast<std::size_t>(console.srWindow.Right - console.srWindow.Left);
 }
 
-bool IsTerminal() {
-  return ConsoleColumns() > 0;
+bool IsTerminal(std::FILE* stream) {
+  CONSOLE_SCREEN_BUFFER_INFO console;
+  return GetConsoleScreenBufferInfo(
+      GetStdHandle(stream == stdout ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE), &console);
 }
 
 }  // namespace app

@@ -1,6 +1,7 @@
 // The module's entry points.
 
 #include "peers/settings_component/object.h"
+#include "platform/module.h"
 
 namespace {
 
@@ -13,10 +14,7 @@ bool Asked(const GUID* first, const GUID* second, const GUID& wantedFirst,
 
 extern "C" {
 
-#define COMPONENT_EXPORT __attribute__((visibility("default")))
-
-COMPONENT_EXPORT std::int32_t SigilCreateInstance(const GUID* first, const GUID* second,
-                                                  void** out) {
+MODULE_EXPORT std::int32_t SigilCreateInstance(const GUID* first, const GUID* second, void** out) {
   if (first == nullptr || second == nullptr || out == nullptr) return Sigil::kCannotCreate;
   *out = nullptr;
   return peers::Guarded([&]() -> std::int32_t {
@@ -29,12 +27,12 @@ COMPONENT_EXPORT std::int32_t SigilCreateInstance(const GUID* first, const GUID*
 }
 
 /// Does nothing, because there is one store only.
-COMPONENT_EXPORT std::int32_t SigilMergeUserStoreWatermarks() {
+MODULE_EXPORT std::int32_t SigilMergeUserStoreWatermarks() {
   return Sigil::kSuccess;
 }
 
 /// Returns the date of the interfaces as the decimal number YYYYMMDD.
-COMPONENT_EXPORT std::int32_t SigilGetVersionDate() {
+MODULE_EXPORT std::int32_t SigilGetVersionDate() {
   return 20241124;
 }
 }

@@ -1,10 +1,6 @@
 #include "peers/settings_component/guid.h"
 
-#include <sys/random.h>
-
 #include <charconv>
-
-#include "peers/descriptor.h"
 
 namespace peers {
 namespace {
@@ -19,14 +15,6 @@ constexpr bool HyphenBefore(std::size_t pair) {
 }
 
 }  // namespace
-
-std::string NewGuid() {
-  GUID guid{};
-  if (getrandom(&guid, sizeof guid, 0) != sizeof guid) ThrowSystemError("getrandom");
-  guid.Data3 = static_cast<WORD>((guid.Data3 & 0x0FFF) | 0x4000);
-  guid.Data4[0] = static_cast<BYTE>((guid.Data4[0] & 0x3F) | 0x80);
-  return GuidText(guid);
-}
 
 std::string GuidText(const GUID& guid) {
   constexpr char kDigits[] = "0123456789abcdef";

@@ -3,29 +3,18 @@
 // The setting file of the Settings component, as plain records.
 // Text is UTF-8; an `id` is a GUID in its hyphenated text form, lower case.
 //
-// The file is a SQLite database in WAL mode (application_id 0x5349474C, user_version 1):
+// On Linux it is a SQLite database (setting_file_posix.cpp). Each operation that changes something
+// is one transaction there: after a crash of the process the file holds the change whole or not at
+// all. Only Apply waits for the disk: after a power failure, whole transactions since the last
+// Apply may be lost. The file may be hostile. It is refused if it has more than 256 MiB, if its
+// tables are not exactly these, if it has an index, a view or a trigger, and if reading it takes
+// more work than a sound file of its size (see database.h).
 //
-//   entry          id, printer              one row for each printer with settings of its own, and
-//                                           for the default entry "*"; `id` rises with each new one
-//   watermark      entry, position, ...     an entry's watermarks, position 0, 1, ...
-//   setting        entry, position, ...     position 0: its last setting, above: custom settings
-//   active         entry, setting, position, watermark
-//                                           the watermarks that a setting lists
-//   driver         id, name                 drivers with settings of their own
-//   excluded       id, name                 the exclude list, in the order of rowid
-//   second_exclude id, name                 the second exclude list
-//   switch         content_log              one row
+// On Windows, where the component serves rehearsals alone, the records live in memory, and the file
+// is one JSON object, which is read and written once by each SettingFile.
 //
-// Each operation that changes something is one transaction: after a crash of the process the file
-// holds the change whole or not at all. Only Apply waits for the disk: after a power failure, whole
-// transactions since the last Apply may be lost.
-//
-// The file may be hostile. It is refused if it has more than 256 MiB, if its tables are not exactly
-// these, if it has an index, a view or a trigger, and if reading it takes more work than a sound
-// file of its size (see database.h).
-//
-// Failures throw DatabaseError, or std::system_error for the file itself. A refused file is not
-// changed.
+// Failures throw DatabaseError, or std::system_error for the file itself; on Windows
+// std::runtime_error. A refused file is not changed.
 
 #include <compare>
 #include <cstdint>

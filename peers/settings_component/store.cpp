@@ -1,24 +1,13 @@
 #include "peers/settings_component/store.h"
 
-#include <stdexcept>
-
 namespace peers {
-
-namespace fs = std::filesystem;
-
-constexpr std::chrono::seconds kPatience(10);
 
 const SettingPlace& Store::Place() {
   if (!m_place) {
     m_place = FindSettingPlace();
-    // A failure shows when the folder is used.
-    platform::OpenFolder(m_place->file.parent_path(), platform::Missing::kIsMade);
+    MakeFolder(m_place->file.parent_path());
   }
   return *m_place;
-}
-
-fs::path Store::LockFile() {
-  return fs::path(Place().file) += ".lock";
 }
 
 SettingFile& Store::File() {
@@ -27,7 +16,7 @@ SettingFile& Store::File() {
 }
 
 void Store::Lock() {
-  if (!m_lock) m_lock = FileLock::Take(LockFile());
+  if (!m_lock) m_lock = TakeLock(Place().file, false);
   ++m_depth;
 }
 
@@ -37,11 +26,8 @@ bool Store::UnLock() {
   return true;
 }
 
-std::optional<FileLock> Store::TakeTurn() {
-  if (m_lock) return std::nullopt;
-  std::optional<FileLock> turn = FileLock::TryFor(LockFile(), kPatience);
-  if (!turn) throw std::runtime_error("another holds the lock of the setting file");
-  return turn;
+Store::LockHold Store::TakeTurn() {
+  return m_lock ? nullptr : TakeLock(Place().file, true);
 }
 
 }  // namespace peers

@@ -8,9 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "peers/file_lock.h"
 #include "peers/settings_component/setting_file.h"
-#include "platform/posix/machine/machine.h"
 
 namespace peers {
 
@@ -32,7 +30,7 @@ class Store {
   /// As Write, with the existing setting file at the Windows path `path`.
   template <class Action>
   auto WriteAt(std::wstring_view path, Action action) {
-    const std::filesystem::path file = platform::HostPath(path);
+    const std::filesystem::path file = HostPath(path);
     if (file == Place().file) return Write(action);
     const auto turn = TakeTurn();
     SettingFile other(file, SettingFile::Access::kWrite);
@@ -44,15 +42,24 @@ class Store {
   bool UnLock();
 
  private:
+  /// A lock that is held as long as somebody has a copy.
+  using LockHold = std::shared_ptr<void>;
+
   /// Returns the place of the setting file. Makes its folder, if possible.
   const SettingPlace& Place();
-  std::filesystem::path LockFile();
   /// Takes the lock; returns null when this store has it already.
-  std::optional<FileLock> TakeTurn();
+  LockHold TakeTurn();
+
+  // By home: the file of a Windows path; makes a folder, where a failure shows when it is used;
+  // takes the lock on the setting file, waiting for ever, or as long as a turn is worth waiting
+  // for.
+  static std::filesystem::path HostPath(std::wstring_view path);
+  static void MakeFolder(const std::filesystem::path& folder);
+  static LockHold TakeLock(const std::filesystem::path& file, bool isForTurn);
 
   std::optional<SettingPlace> m_place;
   std::unique_ptr<SettingFile> m_file;
-  std::optional<FileLock> m_lock;
+  LockHold m_lock;
   unsigned m_depth = 0;
 };
 

@@ -3,6 +3,7 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/policy_file.h"
+#include "app/machine/settings.h"
 #include "app/rehearsal/compare.h"
 #include "app/text/errors.h"
 #include "app/text/json.h"
@@ -17,6 +18,10 @@ struct Options {
   bool isJson = false;
 };
 
+constexpr char kOnlyNames[] =
+    "  Entries, the names of their watermarks and the exclude list are compared: the component "
+    "gives "
+    "no values back.\n";
 constexpr char kRecord[] = "The record holds";
 constexpr char kPolicy[] = "The policy asks for";
 
@@ -57,6 +62,7 @@ int Verify(const Options& options) try {
               << Sentence(force) << ".\n  SHA-256 " << ChecksumOf(source.text) << "\n";
   if (!options.isJson && !review.emptied.empty())
     std::cout << "  The policy registers nothing: " << review.emptied << ".\n";
+  if (!options.isJson && !kReadsValues) std::cout << "  " << kUnreadValues << "\n";
   if (!options.isJson && !force.differences.empty())
     PrintTable(std::cout, RowsOf(force.differences, force.entries, kRecord, kPolicy), "");
   return !force.unknown.empty() ? 2 : force.IsIn() ? 0 : 1;
@@ -67,15 +73,6 @@ int Verify(const Options& options) try {
 }
 
 }  // namespace
-
-std::string DeliveredForce() try {
-  const Force force = ForceOf(ReviewPolicy({ReadPolicySource("").text}));
-  if (force.IsIn()) return "yes";
-  if (force.unknown.empty()) return "no; `sigilctl verify` names what differs";
-  return Sentence(force);
-} catch (const std::exception& error) {
-  return "cannot be told: " + CauseOf(error);
-}
 
 void AddVerify(CommandLine& line) {
   const auto options = std::make_shared<Options>();

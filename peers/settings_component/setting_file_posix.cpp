@@ -1,4 +1,15 @@
-#include "peers/settings_component/setting_file.h"
+// The file is a SQLite database in WAL mode (application_id 0x5349474C, user_version 1):
+//
+//   entry          id, printer              one row for each printer with settings of its own, and
+//                                           for the default entry "*"; `id` rises with each new one
+//   watermark      entry, position, ...     an entry's watermarks, position 0, 1, ...
+//   setting        entry, position, ...     position 0: its last setting, above: custom settings
+//   active         entry, setting, position, watermark
+//                                           the watermarks that a setting lists
+//   driver         id, name                 drivers with settings of their own
+//   excluded       id, name                 the exclude list, in the order of rowid
+//   second_exclude id, name                 the second exclude list
+//   switch         content_log              one row
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,6 +24,7 @@
 
 #include "peers/descriptor.h"
 #include "peers/settings_component/database.h"
+#include "peers/settings_component/setting_file.h"
 #include "platform/posix/machine/draft.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/machine_file.h"

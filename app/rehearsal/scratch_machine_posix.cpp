@@ -1,4 +1,4 @@
-#include "app/rehearsal/scratch_machine.h"
+#include "app/rehearsal/scratch_machine_posix.h"
 
 #include <fcntl.h>
 #include <stdlib.h>
@@ -159,7 +159,12 @@ void HeldSignals::Release() const {
   pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
 }
 
-ScratchMachine::ScratchMachine() : m_folder(MakeFolder(m_lock)) {}
+ScratchMachine::ScratchMachine()
+    : m_hold(std::make_unique<Hold>()), m_folder(MakeFolder(m_hold->lock)) {}
+
+ScratchMachine::~ScratchMachine() {
+  Remove();
+}
 
 void ScratchMachine::Remove() const {
   std::error_code ignored;

@@ -69,7 +69,7 @@ std::string DeliveredChecksum() try {
 }
 
 void ShowLists(const peers::SettingFileContent& content) {
-  std::cout << "Content log: " << OnOff(content.contentLog) << "\n";
+  if (kReadsValues) std::cout << "Content log: " << OnOff(content.contentLog) << "\n";
   const auto list = [](const char* title, const std::vector<std::string>& names) {
     std::cout << title << (names.empty() ? ": none\n" : ":\n");
     for (const std::string& name : names) std::cout << "  " << OneLine(name) << "\n";
@@ -87,12 +87,15 @@ void ShowLists(const peers::SettingFileContent& content) {
 }
 
 void ShowEntries(const std::vector<const peers::EntryRecord*>& entries) {
-  std::vector<Row> rows = {{"Entry", "Switch", "Active watermarks"}};
+  std::vector<Row> rows = {kReadsValues ? Row{"Entry", "Switch", "Active watermarks"}
+                                        : Row{"Entry", "Watermarks"}};
   for (const peers::EntryRecord* entry : entries)
-    rows.push_back(
-        {NameOf(*entry), OnOff(entry->lastSetting.enabled), Active(entry->lastSetting, *entry)});
+    rows.push_back(kReadsValues ? Row{NameOf(*entry), OnOff(entry->lastSetting.enabled),
+                                      Active(entry->lastSetting, *entry)}
+                                : Row{NameOf(*entry), std::to_string(entry->watermarks.size())});
   std::cout << "Entries:\n";
   PrintTable(std::cout, rows);
+  if (!kReadsValues) std::cout << kUnreadValues << "\n";
 }
 
 using Group = std::vector<const peers::EntryRecord*>;
@@ -124,12 +127,18 @@ void ShowWatermarks(const Group& group) {
   if (watermarks.empty()) return;
   std::vector<Row> rows = {{"Name", "Text", "Font", "Size", "Color", "Style", "Opacity", "Rotate",
                             "Position", "Offset", "Repeat"}};
-  for (const peers::WatermarkRecord& mark : watermarks)
+  if (!kReadsValues) rows[0].resize(1);
+  for (const peers::WatermarkRecord& mark : watermarks) {
+    if (!kReadsValues) {
+      rows.push_back({OneLine(mark.name)});
+      continue;
+    }
     rows.push_back({OneLine(mark.name, kNameWidth), OneLine(mark.text, kTextWidth),
                     OneLine(mark.fontName, kNameWidth), Number(mark.fontSize), Color(mark.color),
                     Style(mark), std::to_string(mark.opacity), std::to_string(mark.rotate),
                     PositionText(mark.printPos), Number(mark.xOffset) + ", " + Number(mark.yOffset),
                     Repeat(mark)});
+  }
   PrintTable(std::cout, rows);
 }
 
@@ -177,7 +186,7 @@ Json ToJson(const peers::ActiveRecord& setting, const Names& names) {
 
 Json ToJson(const peers::WatermarkRecord& mark, bool hasId) {
   Json json = hasId ? Json{{"id", mark.id}} : Json::object();
-  json.update(JsonOf(mark));
+  json.update(kReadsValues ? JsonOf(mark) : Json{{"name", mark.name}});
   return json;
 }
 
@@ -192,6 +201,7 @@ Json ToJson(const peers::EntryRecord& entry, bool hasIds) {
   Json watermarks = Json::array();
   for (const peers::WatermarkRecord& mark : entry.watermarks)
     watermarks.push_back(ToJson(mark, hasIds));
+  if (!kReadsValues) return {{"printer", entry.printer}, {"watermarks", watermarks}};
   return {{"printer", entry.printer},
           {"lastSetting", ToJson(entry.lastSetting, names)},
           {"customSettings", customSettings},
@@ -199,17 +209,19 @@ Json ToJson(const peers::EntryRecord& entry, bool hasIds) {
 }
 
 /// One JSON object: `delivered` (the SHA-256 of its text, or null), `contentLog`, `excluded`
-/// (names) and `entries`, each with `printer`, `lastSetting`, `customSettings` and `watermarks`.
+/// (names) and `entries`, each with `printer`, `lastSetting`, `customSettings` and `watermarks`;
+/// only what can be read.
 void ShowJson(const peers::SettingFileContent& content, bool hasIds) {
   Json excluded = Json::array();
   for (const peers::ExcludeRecord& printer : content.excluded) excluded.push_back(printer.name);
   Json entries = Json::array();
   for (const peers::EntryRecord& entry : content.entries) entries.push_back(ToJson(entry, hasIds));
   const std::string checksum = DeliveredChecksum();
-  PrintJson(std::cout, {{"delivered", checksum.empty() ? Json() : Json(checksum)},
-                        {"contentLog", content.contentLog},
-                        {"excluded", excluded},
-                        {"entries", entries}});
+  Json all = {{"delivered", checksum.empty() ? Json() : Json(checksum)}};
+  if (kReadsValues) all["contentLog"] = content.contentLog;
+  all["excluded"] = excluded;
+  all["entries"] = entries;
+  PrintJson(std::cout, all);
 }
 
 // --- One printer

@@ -1,6 +1,6 @@
-#include "peers/settings_component/database.h"
-
 #include <utility>
+
+#include "peers/settings_component/database.h"
 
 namespace peers {
 

@@ -1,5 +1,3 @@
-#include "app/page/draw.h"
-
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
 #include <pango/pangocairo.h>
@@ -8,6 +6,7 @@
 #include <numbers>
 #include <stdexcept>
 
+#include "app/page/draw.h"
 #include "platform/owner.h"
 #include "platform/utf.h"
 
@@ -259,6 +258,15 @@ Canvas MakeCanvas(Size size, Format format, std::string& bytes) {
 }
 
 }  // namespace
+
+const char kPictures[] = ".svg, .pdf or .png";
+
+std::optional<Format> FormatOf(std::string_view extension) {
+  if (extension == ".svg") return Format::kSvg;
+  if (extension == ".pdf") return Format::kPdf;
+  if (extension == ".png") return Format::kPng;
+  return std::nullopt;
+}
 
 std::string Draw(const Page& page, const std::vector<std::string>& caption, Format format) {
   const Size paper = page.paper.size;

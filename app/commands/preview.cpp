@@ -1,12 +1,11 @@
 #include <algorithm>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
-#include <system_error>
 #include <vector>
 
 #include "app/commands/commands.h"
+#include "app/machine/home.h"
 #include "app/machine/output_file.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
@@ -16,7 +15,6 @@
 #include "app/text/errors.h"
 #include "app/text/input.h"
 #include "app/text/table.h"
-#include "platform/posix/machine/machine.h"
 #include "platform/visible_text.h"
 
 namespace app {
@@ -32,19 +30,16 @@ struct Options {
   std::string printer = "*";
   std::string paper = "A4";
   bool isLandscape = false;
-  bool isPlain = false;           ///< The bare paper, to lay over a print.
-  std::filesystem::path picture;  ///< Its extension, svg, pdf or png, names the format.
+  bool isPlain = false;  ///< The bare paper, to lay over a print.
+  std::string picture;   ///< Its extension names the format.
 };
 
 constexpr char kStandardOutput[] = "-";
 
-page::Format FormatOf(const std::filesystem::path& picture) {
+page::Format FormatOf(const std::string& picture) {
   if (picture == kStandardOutput) return page::Format::kSvg;
-  const std::string extension = picture.extension().string();
-  if (extension == ".svg") return page::Format::kSvg;
-  if (extension == ".pdf") return page::Format::kPdf;
-  if (extension == ".png") return page::Format::kPng;
-  throw UsageError(picture.string() + ": a picture's name ends in .svg, .pdf or .png");
+  if (const auto format = page::FormatOf(PathOf(picture).extension().string())) return *format;
+  throw UsageError(picture + ": a picture's name ends in " + page::kPictures);
 }
 
 const peers::EntryRecord* Find(const peers::SettingFileContent& content, std::string_view printer) {
@@ -101,8 +96,9 @@ struct Subject {
 };
 
 Subject FindSubject(const Options& options) {
-  if (options.file.empty())
-    return {ReadSettings(), "the records of " + OneLine(platform::MachineRoot().string())};
+  if (options.file.empty() && !kReadsValues)
+    throw UsageError(std::string("preview: a policy is needed. ") + kUnreadValues);
+  if (options.file.empty()) return {ReadSettings(), "the records of " + OneLine(MachineName())};
   const PolicySource source = ReadPolicySource(options.file);
   Review review = ReviewSource(source, options.policyId);
   if (!review.emptied.empty()) throw UsageError(source.name + ": " + review.emptied);
@@ -141,9 +137,9 @@ int Preview(const Options& options) {
     std::cout << picture;
     return 0;
   }
-  WriteOutput(options.picture, picture);
-  std::cout << "preview: " << platform::Visible(options.picture.string()) << " shows " << count
-            << " of " << subject << ".\n";
+  WriteOutput(PathOf(options.picture), picture);
+  std::cout << "preview: " << platform::Visible(options.picture) << " shows " << count << " of "
+            << subject << ".\n";
   for (const std::string& note : notes) std::cout << "  " << note << "\n";
   return 0;
 }
@@ -160,8 +156,9 @@ void AddPreview(CommandLine& line) {
   command.add_option("--printer", options->printer, "Whose page (the default entry's)")
       ->type_name("NAME");
   command
-      .add_option("-o,--output", options->picture,
-                  "The picture: a .svg, .pdf or .png; - is standard output, as SVG")
+      .add_option(
+          "-o,--output", options->picture,
+          std::string("The picture: a ") + page::kPictures + "; - is standard output, as SVG")
       ->type_name("PICTURE")
       ->required();
   AddPaper(command, options->paper, options->isLandscape);

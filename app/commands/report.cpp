@@ -82,8 +82,8 @@ std::vector<HtmlPage::TextLine> LinesOf(const std::string& text, const Review& r
   long number = 0;
   for (std::string line; std::getline(stream, line);) {
     ++number;
-    const auto near = remarks.lower_bound(number - kNear);
-    const bool isNear = near != remarks.end() && near->first <= number + kNear;
+    const auto next = remarks.lower_bound(number - kNear);
+    const bool isNear = next != remarks.end() && next->first <= number + kNear;
     if (number > kMostLines && !isNear) continue;
     if (line.ends_with('\r')) line.pop_back();
     const auto own = remarks.find(number);
@@ -210,7 +210,7 @@ int Report(const Options& options) {
     std::cout << page;
     return 0;
   }
-  WriteOutput(options.output, page);
+  WriteOutput(PathOf(options.output), page);
   std::cout << "report: " << page.size() << " bytes in " << platform::Visible(options.output)
             << ".\n";
   return 0;

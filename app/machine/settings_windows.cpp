@@ -1,0 +1,100 @@
+#include <algorithm>
+#include <stdexcept>
+
+#include "app/machine/component.h"
+#include "app/machine/settings.h"
+#include "peers/settings_component/guid.h"
+#include "platform/utf.h"
+
+namespace app {
+
+using platform::ToUtf8;
+using Sigil::Settings;
+
+const bool kReadsValues = false;
+
+namespace {
+
+constexpr std::uint32_t kCapacity = 256;  // of a name, as in the library
+
+std::vector<std::string> Names(Settings& settings, std::int32_t (Settings::*count)(),
+                               std::int32_t (Settings::*get)(std::int32_t, wchar_t*,
+                                                             std::uint32_t*)) {
+  std::vector<std::string> names;
+  for (std::int32_t i = 0, end = (settings.*count)(); i < end; ++i) {
+    wchar_t name[kCapacity] = {};
+    std::uint32_t length = kCapacity;
+    if (Sigil::Failed((settings.*get)(i, name, &length))) continue;
+    name[kCapacity - 1] = L'\0';
+    names.push_back(ToUtf8(name));
+  }
+  return names;
+}
+
+std::vector<peers::ExcludeRecord> Excludes(Settings& settings, std::int32_t (Settings::*count)(),
+                                           std::int32_t (Settings::*get)(std::int32_t, GUID*,
+                                                                         wchar_t*,
+                                                                         std::uint32_t*)) {
+  std::vector<peers::ExcludeRecord> records;
+  for (std::int32_t i = 0, end = (settings.*count)(); i < end; ++i) {
+    GUID id = {};
+    wchar_t name[kCapacity] = {};
+    std::uint32_t length = kCapacity;
+    if ((settings.*get)(i, &id, name, &length) != 0) continue;
+    name[kCapacity - 1] = L'\0';
+    records.push_back({peers::GuidText(id), ToUtf8(name)});
+  }
+  return records;
+}
+
+/// Null for an entry that the component does not give.
+std::optional<peers::EntryRecord> ReadEntry(Settings& settings, const std::string& printer) {
+  Sigil::CReference<Sigil::PrinterSettings> entry;
+  if (settings.GetPrinterSettings(platform::FromUtf8(printer).c_str(), entry.Out()) != 0 || !entry)
+    return std::nullopt;
+  peers::EntryRecord record;
+  record.printer = printer;
+  for (std::int32_t i = 0, end = entry->GetWatermarkCount(); i < end; ++i) {
+    GUID id = {};
+    wchar_t name[kCapacity] = {};
+    if (Sigil::Failed(entry->GetWatermarkInfo(i, &id, name, kCapacity - 1))) continue;
+    name[kCapacity - 1] = L'\0';
+    peers::WatermarkRecord& mark = record.watermarks.emplace_back();
+    mark.id = peers::GuidText(id);
+    mark.name = ToUtf8(name);
+  }
+  return record;
+}
+
+peers::SettingFileContent Read(Settings& settings) {
+  peers::SettingFileContent content;
+  std::vector<std::string> printers =
+      Names(settings, &Settings::GetPrinterSettingCount, &Settings::GetPrinterSettingName);
+  std::erase(printers, "*");
+  printers.insert(printers.begin(), "*");
+  for (const std::string& printer : printers)
+    if (auto entry = ReadEntry(settings, printer)) content.entries.push_back(std::move(*entry));
+  // An entry without watermarks is how the component gives the default one before the first update.
+  if (!content.entries.empty() && content.entries[0].watermarks.empty() && printers.size() == 1)
+    content.entries.clear();
+  content.drivers =
+      Names(settings, &Settings::GetDriverSettingCount, &Settings::GetDriverSettingName);
+  content.excluded =
+      Excludes(settings, &Settings::GetExcludePrinterCount, &Settings::GetExcludePrinter);
+  content.secondExcluded =
+      Excludes(settings, &Settings::GetSecondExcludeCount, &Settings::GetSecondExclude);
+  return content;
+}
+
+}  // namespace
+
+peers::SettingFileContent ReadSettings() try {
+  const Component component;
+  if (!component.fault.empty())
+    throw std::runtime_error("the Settings component " + component.fault);
+  return Read(*component.settings);
+} catch (const ForeignException&) {
+  throw std::runtime_error("the Settings component failed while it was read");
+}
+
+}  // namespace app
