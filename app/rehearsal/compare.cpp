@@ -240,7 +240,8 @@ std::string Sentence(const Force& force) {
   if (!force.unknown.empty()) return "cannot be told: " + force.unknown;
   if (force.IsIn())
     return "in force on " + Counted(force.entries, "entry", "entries") + "; " +
-           Counted(force.excluded, "printer", "printers") + " excluded" + (kReadsValues ? "" : ", by the names of the watermarks");
+           Counted(force.excluded, "printer", "printers") + " excluded" +
+           (kReadsValues ? "" : ", by the names of the watermarks");
   return "not in force: " + Counted(force.differences.size(), "difference", "differences");
 }
 
