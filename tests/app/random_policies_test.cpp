@@ -1,5 +1,6 @@
 // The desk against policies whose records are known from how they were made: `check` names every
-// value that changes and none that does not, and what it tells is what `update` leaves.
+// value that changes and none that does not, and what it tells is what `update` leaves. Of a policy
+// without a fault it finds nothing, and of planted faults each on its line and nothing else.
 //
 // properties.json tells for each property the field that it becomes, what that holds without it,
 // and texts with what they are stored as: those that are kept, and those that are changed. Of
@@ -112,6 +113,97 @@ TEST_P(RandomPolicies, AreToldAsTheyAreStored) {
       for (Json& mark : entry.at("watermarks")) mark.erase("id");
       EXPECT_EQ(entry.at("watermarks").get<std::vector<Json>>(), marks);
     }
+    if (HasFailure()) break;
+  }
+}
+
+struct Fault {
+  const char* property;  ///< Its line is replaced.
+  const char* line;
+  const char* kind;          ///< Of the finding.
+  bool isOfElement = false;  ///< The finding is on the element's line.
+};
+
+const Fault kFaults[] = {
+    {"Opacity", "<Opacity>120</Opacity>", "changed"},
+    {"Opacity", "<Opacity>0</Opacity>", "invisible", true},
+    {"Color", "<Color>0xFFFFFF</Color>", "invisible", true},
+    {"Color", "<Color>red</Color>", "zero"},
+    {"FontName", "<FontNme>Arial</FontNme>", "unread"},
+    {"Text", "<Text>on {Date}</Text>", "unfilled"},
+    {"Kind", "<Kind>7</Kind>", "dropped", true},
+    {"YOffset", "<YOffset>900</YOffset>", "page", true},
+    {"FontSize", "<FontSize>200</FontSize><Fit>0</Fit>", "page", true},
+    {"PrintPos", "<PrintPos>2</PrintPos>", "place", true},
+    {"PrintPos", "<PrintPos>bottom left</PrintPos>", "zero"},
+};
+
+/// A policy of seven headers on the places 2 to 8, of which up to three have a fault.
+class PlantedPolicy {
+ public:
+  PlantedPolicy(unsigned seed, unsigned faults) : m_random(seed) {
+    std::vector<const Fault*> all, planted(kElements);  // in which element; the first has none
+    for (const Fault& fault : kFaults) all.push_back(&fault);
+    std::sample(all.begin(), all.end(), planted.begin() + 1, faults, m_random);
+    std::shuffle(planted.begin() + 1, planted.end(), m_random);
+    std::vector<std::string> elements;
+    for (const Fault* fault : planted) elements.push_back(MakeElement(elements.size() + 2, fault));
+    text = Policy(elements, "<PrinterScope>0</PrinterScope>");
+  }
+
+  std::string text;
+  std::multiset<std::string> told;  ///< "LINE KIND"
+
+ private:
+  static constexpr std::size_t kElements = 7;
+
+  std::string MakeElement(std::size_t place, const Fault* fault) {
+    const std::pair<std::string, std::string> properties[] = {
+        {"Kind", "0"},
+        {"Name", OneOf({"題", "A_b"})},
+        {"Text", OneOf({"社外秘 取扱注意", "PLEASE COPY", "by {WinUser}"})},
+        {"FontSize", OneOf({"9", "12.5"})},
+        {"FontName", "Arial"},
+        {"Color", OneOf({"0xFF0000", "255", "0"})},
+        {"Opacity", OneOf({"1", "80", "100"})},
+        {"PrintPos", std::to_string(place)},
+        {"XOffset", "0"},
+        {"YOffset", OneOf({"0", "0.0"})}};
+    const long first = m_line;
+    std::string element;
+    for (const auto& [name, value] : properties) {
+      element += "\n";
+      ++m_line;
+      const bool isPlanted = fault != nullptr && name == fault->property;
+      element += isPlanted ? fault->line : "<" + name + ">" + value + "</" + name + ">";
+      if (isPlanted)
+        told.insert(std::to_string(fault->isOfElement ? first : m_line) + " " + fault->kind);
+    }
+    ++m_line;  // which the element ends
+    return element;
+  }
+
+  std::string OneOf(const std::vector<std::string>& texts) {
+    return texts[m_random() % texts.size()];
+  }
+
+  std::mt19937 m_random;
+  long m_line = 1;
+};
+
+TEST_P(RandomPolicies, HaveTheFaultsThatArePlanted) {
+  constexpr unsigned kCount = 75;
+  const Desk desk;
+  for (unsigned i = 0; i < kCount; ++i) {
+    const PlantedPolicy policy(GetParam() * kCount + i, i % 4);
+    SCOPED_TRACE(policy.text);
+    desk.Write(policy.text);
+    std::multiset<std::string> told;
+    const Json answer = Json::parse(desk.Answer("check --json policy.xml"));
+    for (const Json& finding : answer.at("findings"))
+      told.insert(std::to_string(finding.value("line", 0)) + " " +
+                  finding.at("kind").get<std::string>());
+    EXPECT_EQ(told, policy.told);
     if (HasFailure()) break;
   }
 }
