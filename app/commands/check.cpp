@@ -190,10 +190,7 @@ void AddCheck(CommandLine& line) {
   CLI::App& command =
       line.Add("check", "Tells what becomes of a policy on this machine; changes nothing",
                [options] { return Check(*options); });
-  command
-      .add_option("FILE", options->file,
-                  "The policy, text or sealed; - is standard input (the delivered one)")
-      ->type_name("");
+  AddPolicySource(command, options->file);
   AddPolicyId(command, options->policyId);
   AddPaper(command, options->paper, options->isLandscape);
   AddJson(command, options->isJson);

@@ -158,6 +158,13 @@ void AddPolicyFile(CLI::App& command, std::string& file) {
       ->required();
 }
 
+void AddPolicySource(CLI::App& command, std::string& file) {
+  command
+      .add_option("FILE", file,
+                  "The policy, text or sealed; - is standard input (the delivered one)")
+      ->type_name("");
+}
+
 CLI::Option* AddOutput(CLI::App& command, std::string& file, const std::string& value,
                        const std::string& help) {
   return command.add_option("-o,--output", file, help)->type_name(value);

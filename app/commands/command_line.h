@@ -50,6 +50,8 @@ CLI::Validator OneOf(std::vector<std::string> words);
 // Options that several commands have.
 
 void AddPolicyFile(CLI::App& command, std::string& file);
+/// Adds FILE, which ReadPolicySource takes: empty stands for the delivered policy.
+void AddPolicySource(CLI::App& command, std::string& file);
 /// Returns the option -o, for a caller that requires it.
 CLI::Option* AddOutput(CLI::App& command, std::string& file, const std::string& value,
                        const std::string& help);

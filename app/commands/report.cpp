@@ -222,10 +222,7 @@ void AddReport(CommandLine& line) {
   const auto options = std::make_shared<Options>();
   CLI::App& command = line.Add("report", "Makes a page to look at and to sign, for a browser",
                                [options] { return Report(*options); });
-  command
-      .add_option("FILE", options->file,
-                  "The policy, text or sealed; - is standard input (the delivered one)")
-      ->type_name("");
+  AddPolicySource(command, options->file);
   AddOutput(command, options->output, "PAGE", "The page, an HTML file; - is standard output")
       ->required();
   AddPolicyId(command, options->policyId);

@@ -79,10 +79,7 @@ void AddVerify(CommandLine& line) {
   CLI::App& command =
       line.Add("verify", "Tells whether a policy is what the entries hold; changes nothing",
                [options] { return Verify(*options); });
-  command
-      .add_option("FILE", options->file,
-                  "The policy, text or sealed; - is standard input (the delivered one)")
-      ->type_name("");
+  AddPolicySource(command, options->file);
   AddPolicyId(command, options->policyId);
   AddJson(command, options->isJson);
 }

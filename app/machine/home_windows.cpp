@@ -10,6 +10,7 @@
 
 #include "app/machine/home.h"
 #include "platform/utf.h"
+#include "platform/windows/host_folder.h"
 
 namespace app {
 
@@ -67,15 +68,16 @@ std::string HostName() {
   return GetComputerNameW(name, &capacity) ? platform::ToUtf8(name) : "unknown";
 }
 
+std::string MachineName() {
+  return HostName();
+}
+
 std::filesystem::path HostPath(std::wstring_view windowsPath) {
   return windowsPath;
 }
 
 std::wstring BesideHost(const std::wstring& fileName) {
-  std::wstring path(MAX_PATH, L'\0');
-  while (GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())) == path.size())
-    path.resize(2 * path.size());
-  return path.substr(0, path.rfind(L'\\') + 1) + fileName;
+  return platform::HostFolder() + fileName;
 }
 
 }  // namespace app

@@ -5,6 +5,7 @@
 #include "app/text/errors.h"
 #include "app/text/file_windows.h"
 #include "peers/logging/log_path_windows.h"
+#include "platform/mfc.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -19,10 +20,9 @@ std::size_t Read(const File& file, char* block, std::size_t size) {
 }
 
 /// The size of the file at the path; 0 where there is none.
-std::uint64_t SizeAt(const std::wstring& path) {
-  WIN32_FILE_ATTRIBUTE_DATA data;
-  if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) return 0;
-  return std::uint64_t{data.nFileSizeHigh} << 32 | data.nFileSizeLow;
+ULONGLONG SizeAt(const std::wstring& path) {
+  CFileStatus status;
+  return CFile::GetStatus(path.c_str(), status) ? status.m_size : 0;
 }
 
 }  // namespace
@@ -44,9 +44,9 @@ LogSource OpenLog() {
 LogSource FollowLog() {
   const std::wstring path = logging::LogFile();
   const auto file = std::make_shared<File>(OpenToRead(path));
-  return [path, file, place = std::uint64_t{0}](char* block, std::size_t size) mutable {
+  return [path, file, place = ULONGLONG{0}](char* block, std::size_t size) mutable {
     for (constexpr DWORD kTick = 100;; Sleep(kTick)) {
-      const std::uint64_t seen = SizeAt(path);
+      const ULONGLONG seen = SizeAt(path);
       const std::size_t count = *file ? Read(*file, block, size) : 0;
       place += count;
       if (count > 0) return count;

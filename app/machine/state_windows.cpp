@@ -49,10 +49,6 @@ DWORD AskControlPipe() {
 
 }  // namespace
 
-std::string MachineName() {
-  return HostName();
-}
-
 std::vector<PrinterState> ListPrinters() {
   constexpr DWORD kFlags = PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS;
   std::vector<PRINTER_INFO_2W> block;

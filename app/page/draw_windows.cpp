@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "app/page/draw.h"
+#include "app/text/html.h"
 #include "app/text/table.h"
 #include "platform/owner.h"
 #include "platform/utf.h"
@@ -122,23 +123,6 @@ SetText Set(const peers::WatermarkRecord& record, Alignment alignment) {
   return set;
 }
 
-std::string Escaped(const std::string& text) {
-  std::string escaped;
-  for (const char each : text) {
-    if (each == '&')
-      escaped += "&amp;";
-    else if (each == '<')
-      escaped += "&lt;";
-    else if (each == '>')
-      escaped += "&gt;";
-    else if (each == '"')
-      escaped += "&quot;";
-    else
-      escaped += each;
-  }
-  return escaped;
-}
-
 template <class... Values>
 std::string Printed(const char* form, Values... values) {
   char text[512];
@@ -158,7 +142,7 @@ std::string TextOf(const Mark& mark) {
                  "<text x=\"%d\" y=\"%d\" textLength=\"%d\" "
                  "lengthAdjust=\"spacingAndGlyphs\">",
                  x + set.Left(line, mark.lines), y, line.width) +
-             Escaped(platform::ToUtf8(line.text)) + "</text>";
+             MarkupEscaped(platform::ToUtf8(line.text)) + "</text>";
     y += set.height;
   }
   return svg;
@@ -175,8 +159,8 @@ std::string SvgOf(const Mark& mark, std::size_t number) {
       record.italic ? " font-style=\"italic\"" : "",
       record.underLine ? " text-decoration=\"underline\"" : "");
   const std::string font = platform::ToUtf8(LinesOf(record.fontName).front().text);
-  svg +=
-      Escaped("'" + font.substr(0, font.find('\'')) + "'") + "\">" + TextOf(mark) + "</g></defs>\n";
+  svg += MarkupEscaped("'" + font.substr(0, font.find('\'')) + "'") + "\">" + TextOf(mark) +
+         "</g></defs>\n";
   for (const Point& center : mark.centers)
     svg += Printed(
         "<use xlink:href=\"#m%u\" transform=\"translate(%.3f %.3f) rotate(%d) "
@@ -220,7 +204,7 @@ std::string CaptionOf(const std::vector<std::string>& lines, double top) {
   for (std::size_t i = 0; i < lines.size(); ++i)
     svg += Printed("<text y=\"%.3f\"%s>", top + static_cast<double>(i + 1) * kCaptionLine,
                    i == 0 ? " font-weight=\"bold\"" : "") +
-           Escaped(lines[i]) + "</text>\n";
+           MarkupEscaped(lines[i]) + "</text>\n";
   return svg + "</g>\n";
 }
 

@@ -75,11 +75,11 @@ std::string Encoded(std::string_view bytes) {
 
 }  // namespace
 
-std::string HtmlEscaped(std::string_view text) {
+std::string MarkupEscaped(std::string_view text) {
   constexpr std::string_view kMarkup = "&<>\"'";
   constexpr const char* kNames[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&#39;"};
   std::string escaped;
-  for (const char each : platform::Visible(text)) {
+  for (const char each : text) {
     const std::size_t place = kMarkup.find(each);
     if (place == kMarkup.npos)
       escaped += each;
@@ -87,6 +87,10 @@ std::string HtmlEscaped(std::string_view text) {
       escaped += kNames[place];
   }
   return escaped;
+}
+
+std::string HtmlEscaped(std::string_view text) {
+  return MarkupEscaped(platform::Visible(text));
 }
 
 HtmlPage::HtmlPage(const std::string& title)

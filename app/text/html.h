@@ -38,7 +38,9 @@ class HtmlPage {
   std::string m_html;
 };
 
-/// The text as it stands in HTML, in an attribute too.
+/// The text as it stands in XML or HTML, in an attribute too.
+std::string MarkupEscaped(std::string_view text);
+/// The same, with controls made visible.
 std::string HtmlEscaped(std::string_view text);
 
 }  // namespace app

@@ -8,6 +8,7 @@
 
 #include "peers/settings_component/setting_file.h"
 #include "platform/owner.h"
+#include "platform/windows/host_folder.h"
 
 namespace peers {
 
@@ -139,10 +140,7 @@ void SettingFile::Apply(const std::vector<ListChange>& changes) {
 
 /// Beside the host's executable.
 SettingPlace FindSettingPlace() {
-  std::wstring host(MAX_PATH, L'\0');
-  while (GetModuleFileNameW(nullptr, host.data(), static_cast<DWORD>(host.size())) == host.size())
-    host.resize(2 * host.size());
-  const std::wstring folder = host.substr(0, host.rfind(L'\\') + 1) + L"settings";
+  const std::wstring folder = platform::HostFolder() + L"settings";
   return {folder, fs::path(folder) / L"HarborLedge!.cfg"};
 }
 
