@@ -133,7 +133,7 @@ class Database {
   std::map<const char*, Owner<sqlite3_stmt*, sqlite3_finalize>> m_statements;
 };
 
-/// Rolls back at its end unless committed.
+/// Rolls back at its end unless committed. Its guard spares each of its queries one.
 class Transaction {
  public:
   /// For several reads of one state.
@@ -146,6 +146,7 @@ class Transaction {
   void Commit();
 
  private:
+  platform::NoSizeSignal m_guard;
   Database* m_open;
 };
 

@@ -1,6 +1,7 @@
 // What the component asks of Linux, apart from the setting file itself.
 
 #include <sys/random.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
@@ -25,8 +26,9 @@ fs::path Store::HostPath(std::wstring_view path) {
   return platform::HostPath(path);
 }
 
+/// A folder that is there is looked at when a file in it is opened.
 void Store::MakeFolder(const fs::path& folder) {
-  platform::OpenFolder(folder, platform::Missing::kIsMade);
+  if (access(folder.c_str(), F_OK) != 0) platform::OpenFolder(folder, platform::Missing::kIsMade);
 }
 
 Store::LockHold Store::TakeLock(const fs::path& file, bool isForTurn) {

@@ -218,12 +218,13 @@ void WriteActive(Database& database, std::int64_t entry, std::size_t setting,
 
 /// Identifies one state of machine.ini. The place is kept as long as the state is the same, because
 /// each handle on the component asks for it, and reading a machine with many printers takes long.
-using MachineState = std::tuple<fs::path, fs::file_time_type, std::uintmax_t>;
+using MachineState = std::tuple<fs::path, time_t, long, off_t>;
 
 MachineState CurrentMachine() {
-  std::error_code missing;
-  const fs::path file = platform::MachineRoot() / "machine.ini";
-  return {file, fs::last_write_time(file, missing), fs::file_size(file, missing)};
+  struct stat status = {};  // as it is when there is no such file
+  fs::path file = platform::MachineRoot() / "machine.ini";
+  stat(file.c_str(), &status);
+  return {std::move(file), status.st_mtim.tv_sec, status.st_mtim.tv_nsec, status.st_size};
 }
 
 SettingPlace AskForPlace() {

@@ -1,9 +1,12 @@
 #include "platform/module.h"
 
 #include <dlfcn.h>
+#include <limits.h>
 #include <link.h>
 #include <stdlib.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -161,9 +164,10 @@ HMODULE GetModuleHandleW(LPCWSTR name) {
 DWORD GetModuleFileNameW(HMODULE, LPWSTR path, DWORD capacity) {
   if (IsToFail("GetModuleFileNameW")) return 0;
   try {
-    std::error_code error;
+    char link[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", link, sizeof link);
     const std::wstring name =
-        platform::FromUtf8(std::filesystem::read_symlink("/proc/self/exe", error).native());
+        platform::FromUtf8({link, static_cast<std::size_t>(std::max(length, ssize_t{0}))});
     const bool isFitting = name.size() < capacity;
     path[name.copy(path, capacity - 1)] = L'\0';
     SetLastError(isFitting ? ERROR_SUCCESS : ERROR_INSUFFICIENT_BUFFER);

@@ -42,10 +42,15 @@ Descriptor OpenRoot() {
   return Descriptor(open(MachineRoot().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
-std::optional<RootState> StateOf(const Descriptor& root) {
+using Status = std::optional<struct stat>;
+
+Status StatusOf(const Descriptor& file) {
   struct stat status = {};
-  if (!root || fstat(root.Get(), &status) != 0) return std::nullopt;
-  return RootState{status.st_uid, status.st_uid == geteuid(), (status.st_mode & 022) != 0};
+  return file && fstat(file.Get(), &status) == 0 ? Status(status) : std::nullopt;
+}
+
+RootState StateOf(const struct stat& root) {
+  return {root.st_uid, root.st_uid == geteuid(), (root.st_mode & 022) != 0};
 }
 
 /// Returns false when the new folder cannot be closed to others. One that another process has made
@@ -55,7 +60,8 @@ bool MakeFolder(const Descriptor& parent, const std::string& name) {
          fchmodat(parent.Get(), name.c_str(), kOwnFolder, 0) == 0;
 }
 
-Descriptor EnterRoot(Missing missing) {
+/// Puts the root's status into `status`.
+Descriptor EnterRoot(Missing missing, Status& status) {
   Descriptor root = OpenRoot();
   if (!root && errno == ENOENT && missing == Missing::kIsMade) {
     const Place place = FindPlace(MachineRoot(), Missing::kIsMade);
@@ -63,9 +69,10 @@ Descriptor EnterRoot(Missing missing) {
     if (!MakeFolder(place.folder, place.name)) return {};
     root = OpenRoot();
   }
-  const auto state = StateOf(root);
-  if (state && (!state->isOwn || state->isOpenToOthers)) return FailWith(EACCES);
-  return root;
+  status = StatusOf(root);
+  if (!status) return {};
+  const RootState state = StateOf(*status);
+  return state.isOwn && !state.isOpenToOthers ? std::move(root) : FailWith(EACCES);
 }
 
 Descriptor Enter(const Descriptor& folder, const std::string& name, Missing missing) {
@@ -98,25 +105,17 @@ Descriptor Walk(Descriptor folder, std::string_view rest, Missing missing) {
 /// for one folder thousands of times.
 class LastWalk {
  public:
-  Descriptor Reach(Descriptor root, const std::string& rest, Missing missing) {
-    const Status top = Ask(root);
+  Descriptor Reach(Descriptor root, const Status& top, const std::string& rest, Missing missing) {
     if (Descriptor folder = Repeat(root, top, rest)) return folder;
     Descriptor folder = Walk(std::move(root), rest, missing);
     const std::scoped_lock lock(m_mutex);
     m_rest = rest;
     m_top = top;
-    m_folder = Ask(folder);
+    m_folder = StatusOf(folder);
     return folder;
   }
 
  private:
-  using Status = std::optional<struct stat>;
-
-  static Status Ask(const Descriptor& folder) {
-    struct stat status = {};
-    return folder && fstat(folder.Get(), &status) == 0 ? Status(status) : std::nullopt;
-  }
-
   static bool IsSame(const Status& one, const Status& other) {
     return one && other && one->st_dev == other->st_dev && one->st_ino == other->st_ino;
   }
@@ -130,7 +129,7 @@ class LastWalk {
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
     const long number = syscall(SYS_openat2, root.Get(), rest.c_str(), &how, sizeof how);
     Descriptor folder(static_cast<int>(number));  // none on a kernel without openat2
-    const Status found = Ask(folder);
+    const Status found = StatusOf(folder);
     const bool isClosed = found && found->st_uid == geteuid() && (found->st_mode & kOthers) == 0;
     return isClosed && IsSame(found, m_folder) ? std::move(folder) : Descriptor();
   }
@@ -144,8 +143,9 @@ class LastWalk {
 /// Opens the folder `rest` below the root.
 Descriptor Reach(const std::string& rest, Missing missing) {
   static LastWalk last;
-  Descriptor root = EnterRoot(missing);
-  return !root || rest.empty() ? std::move(root) : last.Reach(std::move(root), rest, missing);
+  Status top;
+  Descriptor root = EnterRoot(missing, top);
+  return !root || rest.empty() ? std::move(root) : last.Reach(std::move(root), top, rest, missing);
 }
 
 Descriptor OpenBelow(const std::string& rest, int flags, mode_t type) {
@@ -225,7 +225,8 @@ Place PlaceOf(const fs::path& path) {
 }
 
 std::optional<RootState> ExamineRoot() {
-  return StateOf(OpenRoot());
+  const Status root = StatusOf(OpenRoot());
+  return root ? std::optional(StateOf(*root)) : std::nullopt;
 }
 
 }  // namespace platform

@@ -7,6 +7,8 @@ namespace platform {
 
 namespace {
 
+thread_local unsigned t_depth = 0;
+
 sigset_t SizeSignal() {
   sigset_t set;
   sigemptyset(&set);
@@ -17,6 +19,7 @@ sigset_t SizeSignal() {
 }  // namespace
 
 NoSizeSignal::NoSizeSignal() {
+  if (t_depth++ > 0) return;
   const sigset_t set = SizeSignal();
   pthread_sigmask(SIG_BLOCK, &set, &m_before);
   if (sigismember(&m_before, SIGXFSZ) != 1) return;  // it would have been delivered
@@ -26,6 +29,7 @@ NoSizeSignal::NoSizeSignal() {
 }
 
 NoSizeSignal::~NoSizeSignal() {
+  if (--t_depth > 0) return;
   const int error = errno;
   const sigset_t set = SizeSignal();
   const timespec now = {};

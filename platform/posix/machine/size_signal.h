@@ -9,7 +9,7 @@
 namespace platform {
 
 /// While it lives, SIGXFSZ is blocked in this thread, and one that came meanwhile is discarded at
-/// its end.
+/// its end. One that lives within another does nothing.
 class NoSizeSignal {
  public:
   NoSizeSignal();
