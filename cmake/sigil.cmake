@@ -118,9 +118,12 @@ function(sigil_library name kind)
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   if(WIN32)
     set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "")
-    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/platform/windows/dll/run_time.cpp)
-    target_link_options(${name} PRIVATE LINKER:--entry=_EnterDll@12
-                                        LINKER:--wrap=__gthr_win32_mutex_destroy)
+    # No host loads a 64-bit module, so those of the tests keep the run-time as it comes.
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+      target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/platform/windows/dll/run_time.cpp)
+      target_link_options(${name} PRIVATE LINKER:--entry=_EnterDll@12
+                                          LINKER:--wrap=__gthr_win32_mutex_destroy)
+    endif()
     sigil_part_symbols(${name})
   else()
     # With clang's sanitizers the program has what they leave open.

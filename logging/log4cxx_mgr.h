@@ -7,6 +7,7 @@
 // On Windows the component comes from the platform's usual compiler. GCC and clang are told that
 // compiler's names for the three forms, for calling them as for taking their place; log4cxx.def
 // exports them. GCC hands a name to its assembler as it is written, so its names have quotes.
+// 64-bit tests use the same names; no underscore precedes them there.
 
 #ifdef _WIN32
 #define LOG4CXX_MGR_API
@@ -15,6 +16,8 @@
 #endif
 #if defined(__MINGW32__) && defined(__clang__)
 #define LOG4CXX_MGR_NAME(name) __asm__("_" name)
+#elif defined(__MINGW64__)
+#define LOG4CXX_MGR_NAME(name) __asm__("\"" name "\"")
 #elif defined(__MINGW32__)
 #define LOG4CXX_MGR_NAME(name) __asm__("\"_" name "\"")
 #else

@@ -2,9 +2,10 @@
 
 // Calls into a module that another compiler may have built, with exceptions of its own. In each
 // home such an exception leaves the call as an exception of this library, so that frames are
-// unwound and a catch-all handler catches it.
+// unwound and a catch-all handler catches it. A 64-bit build for Windows meets no
+// such module, because it has only tests, and calls as Linux does.
 
-#ifdef _WIN32
+#if defined(_WIN32) && !defined(_WIN64)
 
 #include <type_traits>
 

@@ -10,6 +10,10 @@
 // An operation takes its arguments off the stack, a function does not, and the guard does not know
 // how many there are. It passes a copy of the greatest number, and takes off as many as were taken
 // off the copy.
+//
+// The chain and the frames exist in 32-bit programs only, so a 64-bit build has no guard.
+
+#ifndef _WIN64
 
 extern "C" [[noreturn]] void ThrowForeign() {
   throw ForeignException();
@@ -117,3 +121,5 @@ _theGuardedOperations:
 
         .text
 )");
+
+#endif
