@@ -15,7 +15,7 @@
 #include "app/machine/output_file.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
-#include "app/page/draw.h"
+#include "app/page/page.h"
 #include "app/rehearsal/compare.h"
 #include "app/rehearsal/fields.h"
 #include "app/text/errors.h"

@@ -6,7 +6,7 @@
 #include "app/commands/commands.h"
 #include "app/machine/file_state.h"
 #include "app/pass/messages.h"
-#include "app/pass/result.h"
+#include "app/pass/pass.h"
 #include "app/text/wording.h"
 
 namespace app {

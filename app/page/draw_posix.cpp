@@ -6,53 +6,38 @@
 #include <numbers>
 #include <stdexcept>
 
-#include "app/page/draw.h"
+#include "app/page/page.h"
 #include "platform/owner.h"
 #include "platform/utf.h"
 
 namespace app::page {
 namespace {
 
-constexpr double kMillimetersPerPoint = 25.4 / 72;
 constexpr double kSetPoints = 50;
-constexpr double kCaptionPoints = 7;
 
 using Attributes = Owner<PangoAttrList*, pango_attr_list_unref>;
 using Description = Owner<PangoFontDescription*, pango_font_description_free>;
+using Context = Owner<PangoContext*, g_object_unref>;
+using Layout = Owner<PangoLayout*, g_object_unref>;
+using Surface = Owner<cairo_surface_t*, cairo_surface_destroy>;
+using Drawing = Owner<cairo_t*, cairo_destroy>;
 
 /// The fonts of this machine, and the way in which all texts are set. One point is one unit.
-class Typesetting {
- public:
-  static const Typesetting& Get() {
-    static const Typesetting typesetting;
-    return typesetting;
-  }
-  Typesetting(const Typesetting&) = delete;
-  Typesetting& operator=(const Typesetting&) = delete;
-
-  PangoContext* Context() const { return m_context.Get(); }
-
- private:
-  Typesetting()
-      : m_fonts(pango_cairo_font_map_new()),
-        m_context(pango_font_map_create_context(m_fonts.Get())) {
-    pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(m_fonts.Get()), 72);
-    const Owner<cairo_font_options_t*, cairo_font_options_destroy> options(
-        cairo_font_options_create());
-    cairo_font_options_set_hint_style(options.Get(), CAIRO_HINT_STYLE_NONE);
-    cairo_font_options_set_hint_metrics(options.Get(), CAIRO_HINT_METRICS_OFF);
-    cairo_font_options_set_antialias(options.Get(), CAIRO_ANTIALIAS_GRAY);
-    pango_cairo_context_set_font_options(m_context.Get(), options.Get());
-    pango_context_set_round_glyph_positions(m_context.Get(), FALSE);
-    // Han characters take their Japanese form.
-    pango_context_set_language(m_context.Get(), pango_language_from_string("ja"));
-  }
-  Owner<PangoFontMap*, g_object_unref> m_fonts;
-  Owner<PangoContext*, g_object_unref> m_context;
-};
-
-PangoLayout* NewLayout() {
-  return pango_layout_new(Typesetting::Get().Context());
+Context MakeContext() {
+  const Owner<PangoFontMap*, g_object_unref> fonts(pango_cairo_font_map_new());
+  pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(fonts.Get()), 72);
+  Context context(pango_font_map_create_context(fonts.Get()));
+  const Owner<cairo_font_options_t*, cairo_font_options_destroy> options(
+      cairo_font_options_create());
+  // Hints would fit the letters to pixels that a printer has not.
+  cairo_font_options_set_hint_style(options.Get(), CAIRO_HINT_STYLE_NONE);
+  cairo_font_options_set_hint_metrics(options.Get(), CAIRO_HINT_METRICS_OFF);
+  cairo_font_options_set_antialias(options.Get(), CAIRO_ANTIALIAS_GRAY);
+  pango_cairo_context_set_font_options(context.Get(), options.Get());
+  pango_context_set_round_glyph_positions(context.Get(), FALSE);
+  // Han characters take their Japanese form.
+  pango_context_set_language(context.Get(), pango_language_from_string("ja"));
+  return context;
 }
 
 /// Returns text that can be drawn, whatever the bytes are: each ill-formed part and each
@@ -70,15 +55,17 @@ std::string Sound(const std::string& text) {
   return platform::ToUtf8(sound);
 }
 
-void SetWords(PangoLayout* layout, const std::string& text) {
+/// A text in a font, with one attribute from its beginning on.
+Layout SetText(const std::string& text, const Description& font, PangoAttribute* attribute) {
+  static const Context context = MakeContext();
+  Layout layout(pango_layout_new(context.Get()));
   const std::string sound = Sound(text);
-  pango_layout_set_text(layout, sound.data(), static_cast<int>(sound.size()));
-}
-
-void SetAttribute(PangoLayout* layout, PangoAttribute* attribute) {
+  pango_layout_set_text(layout.Get(), sound.data(), static_cast<int>(sound.size()));
+  pango_layout_set_font_description(layout.Get(), font.Get());
   const Attributes attributes(pango_attr_list_new());
-  pango_attr_list_insert(attributes.Get(), attribute);
-  pango_layout_set_attributes(layout, attributes.Get());
+  if (attribute != nullptr) pango_attr_list_insert(attributes.Get(), attribute);
+  pango_layout_set_attributes(layout.Get(), attributes.Get());
+  return layout;
 }
 
 Description Font(const std::string& family, double points) {
@@ -88,86 +75,54 @@ Description Font(const std::string& family, double points) {
   return font;
 }
 
-Description FontOf(const peers::WatermarkRecord& record) {
-  Description font = Font(record.fontName, kSetPoints);
+/// The text of a watermark in one size, kSetPoints. It is scaled when it is drawn, so its measures
+/// are in proportion to its size.
+Layout SetMark(const peers::WatermarkRecord& record, Alignment lines = Alignment::kLeft) {
+  constexpr PangoAlignment kAlignments[] = {PANGO_ALIGN_LEFT, PANGO_ALIGN_CENTER,
+                                            PANGO_ALIGN_RIGHT};
+  const Description font = Font(record.fontName, kSetPoints);
   if (record.bold) pango_font_description_set_weight(font.Get(), PANGO_WEIGHT_BOLD);
   if (record.italic) pango_font_description_set_style(font.Get(), PANGO_STYLE_ITALIC);
-  return font;
+  Layout layout =
+      SetText(record.text, font,
+              record.underLine ? pango_attr_underline_new(PANGO_UNDERLINE_SINGLE) : nullptr);
+  pango_layout_set_alignment(layout.Get(), kAlignments[static_cast<int>(lines)]);
+  return layout;
 }
 
-/// A text as Pango sets it, in one size, kSetPoints, and without hints, which would fit the letters
-/// to pixels that a printer has not. The text is scaled when it is drawn, so its measures are in
-/// proportion to its size.
-class SetText {
- public:
-  explicit SetText(const peers::WatermarkRecord& record, Alignment lines = Alignment::kLeft)
-      : m_layout(NewLayout()), m_isFitted(record.fit) {
-    constexpr PangoAlignment kAlignments[] = {PANGO_ALIGN_LEFT, PANGO_ALIGN_CENTER,
-                                              PANGO_ALIGN_RIGHT};
-    pango_layout_set_alignment(m_layout.Get(), kAlignments[static_cast<int>(lines)]);
-    pango_layout_set_font_description(m_layout.Get(), FontOf(record).Get());
-    SetWords(m_layout.Get(), record.text);
-    if (record.underLine)
-      SetAttribute(m_layout.Get(), pango_attr_underline_new(PANGO_UNDERLINE_SINGLE));
-  }
-
-  struct Box {
-    double x, y, width, height;
-  };
-  /// Returns the box of the lines and of ink beyond them, as a slanted letter has; of a fitted text
-  /// the box of the ink alone. In points, like all measures of Pango here.
-  Box Covered() const {
-    PangoRectangle ink, lines;
-    pango_layout_get_extents(m_layout.Get(), &ink, &lines);
-    if (m_isFitted) lines = ink;
-    const int x = std::min(ink.x, lines.x), y = std::min(ink.y, lines.y);
-    const int right = std::max(ink.x + ink.width, lines.x + lines.width);
-    const int bottom = std::max(ink.y + ink.height, lines.y + lines.height);
-    return {pango_units_to_double(x), pango_units_to_double(y), pango_units_to_double(right - x),
-            pango_units_to_double(bottom - y)};
-  }
-
-  PangoLayout* Layout() const { return m_layout.Get(); }
-
- private:
-  Owner<PangoLayout*, g_object_unref> m_layout;
-  bool m_isFitted;
+struct Box {
+  double x, y, width, height;
 };
+
+/// Returns the box of the lines and of ink beyond them, as a slanted letter has; of a fitted text
+/// the box of the ink alone. In points, like all measures of Pango here.
+Box Covered(const Layout& layout, bool isFitted) {
+  PangoRectangle ink, lines;
+  pango_layout_get_extents(layout.Get(), &ink, &lines);
+  if (isFitted) lines = ink;
+  const int x = std::min(ink.x, lines.x), y = std::min(ink.y, lines.y);
+  const int right = std::max(ink.x + ink.width, lines.x + lines.width);
+  const int bottom = std::max(ink.y + ink.height, lines.y + lines.height);
+  return {pango_units_to_double(x), pango_units_to_double(y), pango_units_to_double(right - x),
+          pango_units_to_double(bottom - y)};
+}
 
 /// Lines of text, the first in bold, wrapped to a width in millimetres.
-class SetCaption {
- public:
-  SetCaption(const std::vector<std::string>& lines, double width) : m_layout(NewLayout()) {
-    pango_layout_set_font_description(m_layout.Get(), Font("Sans", kCaptionPoints).Get());
-    std::string text;
-    for (const std::string& line : lines) text += line + "\n";
-    SetWords(m_layout.Get(), text);
-    pango_layout_set_width(m_layout.Get(), pango_units_from_double(width / kMillimetersPerPoint));
-    pango_layout_set_wrap(m_layout.Get(), PANGO_WRAP_WORD_CHAR);
-    PangoAttribute* const bold = pango_attr_weight_new(PANGO_WEIGHT_BOLD);
-    bold->end_index = static_cast<guint>(text.find('\n'));
-    SetAttribute(m_layout.Get(), bold);
-  }
-
-  /// In millimetres.
-  double Height() const {
-    int height = 0;
-    pango_layout_get_size(m_layout.Get(), nullptr, &height);
-    return pango_units_to_double(height) * kMillimetersPerPoint;
-  }
-  PangoLayout* Layout() const { return m_layout.Get(); }
-
- private:
-  Owner<PangoLayout*, g_object_unref> m_layout;
-};
-
-using Surface = Owner<cairo_surface_t*, cairo_surface_destroy>;
-using Drawing = Owner<cairo_t*, cairo_destroy>;
+Layout SetCaption(const std::vector<std::string>& lines, double width) {
+  std::string text;
+  for (const std::string& line : lines) text += line + "\n";
+  PangoAttribute* const bold = pango_attr_weight_new(PANGO_WEIGHT_BOLD);
+  bold->end_index = static_cast<guint>(text.find('\n'));
+  Layout layout = SetText(text, Font("Sans", kCaptionPoints), bold);
+  pango_layout_set_width(layout.Get(), pango_units_from_double(width / kMillimetersPerPoint));
+  pango_layout_set_wrap(layout.Get(), PANGO_WRAP_WORD_CHAR);
+  return layout;
+}
 
 /// Numbers of the page are millimetres from the paper's upper left corner.
 void DrawMark(cairo_t* drawing, const Mark& mark) {
-  const SetText text(mark.record, mark.lines);
-  const SetText::Box box = text.Covered();
+  const Layout text = SetMark(mark.record, mark.lines);
+  const Box box = Covered(text, mark.record.fit);
   const auto color = static_cast<std::uint32_t>(mark.record.color);
   const auto part = [&](int shift) { return (color >> shift & 0xFF) / 255.0; };
   const double scale = mark.points / kSetPoints * kMillimetersPerPoint;
@@ -178,7 +133,7 @@ void DrawMark(cairo_t* drawing, const Mark& mark) {
     cairo_rotate(drawing, -mark.record.rotate * std::numbers::pi / 180);
     cairo_scale(drawing, scale, scale);
     cairo_move_to(drawing, -box.x - box.width / 2, -box.y - box.height / 2);
-    pango_cairo_show_layout(drawing, text.Layout());
+    pango_cairo_show_layout(drawing, text.Get());
     cairo_restore(drawing);
   }
 }
@@ -210,12 +165,12 @@ void DrawEdges(cairo_t* drawing, const Size& paper) {
   cairo_stroke(drawing);
 }
 
-void DrawCaption(cairo_t* drawing, const SetCaption& caption) {
+void DrawCaption(cairo_t* drawing, const Layout& caption) {
   cairo_save(drawing);
   cairo_scale(drawing, kMillimetersPerPoint, kMillimetersPerPoint);
   cairo_set_source_rgb(drawing, 0.25, 0.25, 0.25);
   cairo_move_to(drawing, 0, 0);
-  pango_cairo_show_layout(drawing, caption.Layout());
+  pango_cairo_show_layout(drawing, caption.Get());
   cairo_restore(drawing);
 }
 
@@ -234,27 +189,15 @@ void Check(cairo_status_t status) {
                              cairo_status_to_string(status));
 }
 
-/// A surface of a size in millimetres, and the units of the surface in one.
-struct Canvas {
-  Surface surface;
-  double scale;
-};
-
-Canvas MakeCanvas(Size size, Format format, std::string& bytes) {
-  constexpr double kPoints = 1 / kMillimetersPerPoint;
-  const double width = size.width * kPoints, height = size.height * kPoints;
-  switch (format) {
-    case Format::kSvg:
-      return {Surface(cairo_svg_surface_create_for_stream(Append, &bytes, width, height)), kPoints};
-    case Format::kPdf:
-      return {Surface(cairo_pdf_surface_create_for_stream(Append, &bytes, width, height)), kPoints};
-    case Format::kPng:
-      break;
-  }
-  return {Surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24,
-                                             static_cast<int>(size.width * kPixelsPerMillimeter),
-                                             static_cast<int>(size.height * kPixelsPerMillimeter))),
-          kPixelsPerMillimeter};
+/// A surface of a size in millimetres, of `scale` units each.
+Surface MakeSurface(Size size, double scale, Format format, std::string& bytes) {
+  const double width = size.width * scale, height = size.height * scale;
+  if (format == Format::kPng)
+    return Surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(width),
+                                              static_cast<int>(height)));
+  const auto create = format == Format::kSvg ? cairo_svg_surface_create_for_stream
+                                             : cairo_pdf_surface_create_for_stream;
+  return Surface(create(Append, &bytes, width, height));
 }
 
 }  // namespace
@@ -271,15 +214,20 @@ std::optional<Format> FormatOf(std::string_view extension) {
 std::string Draw(const Page& page, const std::vector<std::string>& caption, Format format) {
   const Size paper = page.paper.size;
   const bool isPlain = caption.empty();
-  const SetCaption words(caption, paper.width);
-  const Size size =
-      isPlain ? paper
-              : Size{paper.width + 2 * kBorder, paper.height + 2 * kBorder + words.Height()};
+  const Layout words = SetCaption(caption, paper.width);
+  Size size = paper;
+  if (!isPlain) {
+    int height = 0;
+    pango_layout_get_size(words.Get(), nullptr, &height);
+    size = {paper.width + 2 * kBorder,
+            paper.height + 2 * kBorder + pango_units_to_double(height) * kMillimetersPerPoint};
+  }
+  const double scale = format == Format::kPng ? kPixelsPerMillimeter : 1 / kMillimetersPerPoint;
   std::string bytes;
-  const Canvas canvas = MakeCanvas(size, format, bytes);
+  const Surface surface = MakeSurface(size, scale, format, bytes);
   {
-    const Drawing drawing(cairo_create(canvas.surface.Get()));
-    cairo_scale(drawing.Get(), canvas.scale, canvas.scale);
+    const Drawing drawing(cairo_create(surface.Get()));
+    cairo_scale(drawing.Get(), scale, scale);
     if (!isPlain) {
       cairo_set_source_rgb(drawing.Get(), 0.94, 0.94, 0.94);
       cairo_paint(drawing.Get());
@@ -294,14 +242,14 @@ std::string Draw(const Page& page, const std::vector<std::string>& caption, Form
     Check(cairo_status(drawing.Get()));
   }
   if (format == Format::kPng)
-    Check(cairo_surface_write_to_png_stream(canvas.surface.Get(), Append, &bytes));
-  cairo_surface_finish(canvas.surface.Get());
-  Check(cairo_surface_status(canvas.surface.Get()));
+    Check(cairo_surface_write_to_png_stream(surface.Get(), Append, &bytes));
+  cairo_surface_finish(surface.Get());
+  Check(cairo_surface_status(surface.Get()));
   return bytes;
 }
 
 Size MeasureText(const peers::WatermarkRecord& record) {
-  const SetText::Box box = SetText(record).Covered();
+  const Box box = Covered(SetMark(record), record.fit);
   constexpr double kOnePoint = kMillimetersPerPoint / kSetPoints;
   return {box.width * kOnePoint, box.height * kOnePoint};
 }

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <stdexcept>
 
-#include "app/page/draw.h"
+#include "app/page/page.h"
 #include "app/text/html.h"
 #include "app/text/table.h"
 #include "platform/owner.h"
@@ -13,11 +13,9 @@
 namespace app::page {
 namespace {
 
-constexpr double kMillimetersPerPoint = 25.4 / 72;
 /// The size in which texts are measured: units of the font.
 constexpr int kEm = 1000;
 constexpr double kUnit = kMillimetersPerPoint / kEm;  // of a text of one point, in millimetres
-constexpr double kCaptionPoints = 7;
 constexpr double kCaptionLine = kCaptionPoints * 1.3 * kMillimetersPerPoint;
 
 void DeleteFont(HFONT font) {

@@ -1,5 +1,3 @@
-#include "app/page/layout.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -7,6 +5,8 @@
 #include <set>
 #include <stdexcept>
 #include <utility>
+
+#include "app/page/page.h"
 
 namespace app::page {
 namespace {

@@ -1,8 +1,10 @@
 #include "app/pass/messages.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <iterator>
 #include <set>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -20,133 +22,103 @@ constexpr char kMendPolicy[] =
     "again.";
 
 struct Row {
-  int number;
-  Weight weight;
+  std::initializer_list<int> numbers;  ///< The messages that mean the same.
   const char* sentence;
-  const char* next;
+  const char* next = "";
 };
 
-// By number. What a message's own text adds, as a printer's name, is told behind the sentence.
-constexpr Row kRows[] = {
-    {100907, Weight::kFailure, "the setting file's mutex could not be made", kMendMutex},
-    {100908, Weight::kFailure,
+// By the first number. A message's own text, as a printer's name, stands behind the sentence.
+constexpr Row kFailures[] = {
+    {{100907}, "the setting file's mutex could not be made", kMendMutex},
+    {{100908},
      "the setting file's mutex could not be taken: another process kept it, or died with it",
      kAgain},
-    {99999999, Weight::kTrace, "", ""},
-    {152100040, Weight::kWarning, "SystemSetting.csv has an empty row, where reading ends", ""},
-    {153000020, Weight::kFailure, "switching the watermarks off failed", ""},
-    {153000050, Weight::kFailure, "switching the watermarks on failed", ""},
-    {153000080, Weight::kFailure, "the policy could not be applied", ""},
-    {153000081, Weight::kWarning, "the login name stands in for the user's full name",
-     kMendAccount},
-    {153000110, Weight::kFailure, "switching the watermarks off for the service failed", ""},
-    {153000140, Weight::kFailure, "switching the content log failed", ""},
-    {153000160, Weight::kFailure, "rebuilding the exclude list failed", ""},
-    {153000280, Weight::kFailure, "SystemSetting.csv could not be read", kDoctor},
-    {153000300, Weight::kFailure, "SystemSetting.csv could not be read", kDoctor},
-    {153100010, Weight::kFailure, "the printers could not be listed", kMendPrinters},
-    {153100030, Weight::kFailure, "the printers could not be listed", kMendPrinters},
-    {153100040, Weight::kFailure, "the printers could not be listed", kMendPrinters},
-    {153100050, Weight::kFailure, "the Settings component could not be had", kDoctor},
-    {153100090, Weight::kFailure, "a printer could not be switched", kDoctor},
-    {153100100, Weight::kFailure, "the switching broke off", kReport},
-    {153100110, Weight::kFailure, "there is no scope to go by, or no list of printers", kDoctor},
-    {153100120, Weight::kFailure, "the Settings component could not be had", kDoctor},
-    {153100160, Weight::kFailure, "the update broke off", kReport},
-    {153100170, Weight::kFailure, "the policy is refused", kMendPolicy},
-    {153100180, Weight::kFailure, "an entry's last setting could not be had", kDoctor},
-    {153100190, Weight::kFailure, "an entry could not be rebuilt to its end", kReport},
-    {153100230, Weight::kWarning,
+    {{153000020}, "switching the watermarks off failed"},
+    {{153000050}, "switching the watermarks on failed"},
+    {{153000080}, "the policy could not be applied"},
+    {{153000110}, "switching the watermarks off for the service failed"},
+    {{153000140}, "switching the content log failed"},
+    {{153000160}, "rebuilding the exclude list failed"},
+    {{153000280, 153000300}, "SystemSetting.csv could not be read", kDoctor},
+    {{153100010, 153100030, 153100040}, "the printers could not be listed", kMendPrinters},
+    {{153100050, 153100120, 153100520, 153400010},
+     "the Settings component could not be had",
+     kDoctor},
+    {{153100090}, "a printer could not be switched", kDoctor},
+    {{153100100}, "the switching broke off", kReport},
+    {{153100110}, "there is no scope to go by, or no list of printers", kDoctor},
+    {{153100160}, "the update broke off", kReport},
+    {{153100170}, "the policy is refused", kMendPolicy},
+    {{153100180}, "an entry's last setting could not be had", kDoctor},
+    {{153100190}, "an entry could not be rebuilt to its end", kReport},
+    {{153100250, 153100290}, "an element was dropped: there is no entry for it", kReport},
+    {{153100260, 153100300}, "an element was dropped: its watermark could not be made", kReport},
+    {{153100470}, "an entry's old watermarks could not be deleted", kReport},
+    {{153100480}, "an element was dropped: its registration broke off", kReport},
+    {{153100530}, "switching the content log broke off", kReport},
+    {{153100540}, "the delivered policy is refused", kDoctor},
+    {{153100560}, "the delivered policy could not be deciphered", kDoctor},
+    {{153100570}, "there is no delivered policy", kDoctor},
+    {{153100580}, "the default entry could not be had", kDoctor},
+    {{153100590}, "a printer's entry could not be had", kDoctor},
+    {{153100600}, "the registration broke off", kReport},
+    {{153100630}, "the policy's elements could not be registered"},
+    {{153100650}, "SystemSetting.csv could not be opened", kDoctor},
+    {{153100670}, "reading SystemSetting.csv broke off", kDoctor},
+    {{153100750}, "the printers or the Settings component could not be had", kDoctor},
+    {{153100800}, "rebuilding the exclude list broke off", kReport},
+    {{153100830, 153100840, 153100850, 153100860},
+     "the turn on the setting file could not be had",
+     kAgain},
+    {{153400040}, "an entry could not be had to switch it on", kDoctor},
+    {{153400050}, "an entry's last setting could not be had to switch it on", kDoctor},
+    {{153400080}, "an entry could not be had to switch it off or clear it", kDoctor},
+    {{153400090}, "an entry's last setting could not be had to switch it off", kDoctor},
+    {{153400160}, "an entry could not be had", kDoctor},
+    {{153400210}, "a printer's old setting could not be deleted", kDoctor},
+    {{153400230}, "a driver's old setting could not be deleted", kDoctor},
+    {{153400250}, "the setting file's path is unknown", kDoctor},
+    {{153400260}, "deleting the printers' old settings broke off", kReport},
+};
+constexpr Row kUnsaved[] = {
+    {{153400030}, "the setting file could not be saved"},
+    {{153400070}, "an entry switched on could not be saved"},
+    {{153400110}, "an entry switched off or cleared could not be saved"},
+    {{153400130}, "the emptied exclude list could not be saved"},
+};
+constexpr Row kWarnings[] = {
+    {{152100040}, "SystemSetting.csv has an empty row, where reading ends"},
+    {{153000081}, "the login name stands in for the user's full name", kMendAccount},
+    {{153100230},
      "an element was dropped: its Kind stands for nothing that is registered",
      "Mend its Kind or take it off the policy's list."},
-    {153100240, Weight::kWarning, "an element was dropped: the policy lists it without an ID",
+    {{153100240, 153100280},
+     "an element was dropped: the policy lists it without an ID",
      "Give the list's entry an ID or take it out."},
-    {153100250, Weight::kFailure, "an element was dropped: there is no entry for it", kReport},
-    {153100260, Weight::kFailure, "an element was dropped: its watermark could not be made",
-     kReport},
-    {153100280, Weight::kWarning, "an element was dropped: the policy lists it without an ID",
-     "Give the list's entry an ID or take it out."},
-    {153100290, Weight::kFailure, "an element was dropped: there is no entry for it", kReport},
-    {153100300, Weight::kFailure, "an element was dropped: its watermark could not be made",
-     kReport},
-    {153100320, Weight::kWarning, "Client.ini names no delivery folder; the default one is used",
-     ""},
-    {153100330, Weight::kWarning, "Client.ini names no delivery folder; the default one is used",
-     ""},
-    {153100340, Weight::kWarning,
-     "the delivery folder that Client.ini names is none; the default one is used", ""},
-    {153100350, Weight::kWarning, "the user's full name could not be looked up", kMendAccount},
-    {153100360, Weight::kWarning, "the user's full name could not be looked up", kMendAccount},
-    {153100370, Weight::kWarning, "no domain controller answered for the user's full name",
-     kMendAccount},
-    {153100380, Weight::kWarning, "the look-up of the user's full name broke off", kMendAccount},
-    {153100410, Weight::kWarning, "the control service was not told: no security descriptor",
-     kReport},
-    {153100420, Weight::kWarning, "the control service was not told: nobody serves its pipe",
-     kPipe},
-    {153100430, Weight::kWarning, "the control service was not told: its pipe took no message",
-     kPipe},
-    {153100440, Weight::kWarning, "the control service's pipe could not be closed", kReport},
-    {153100470, Weight::kFailure, "an entry's old watermarks could not be deleted", kReport},
-    {153100480, Weight::kFailure, "an element was dropped: its registration broke off", kReport},
-    {153100490, Weight::kWarning, "the look-up of the delivery folder broke off", kDoctor},
-    {153100510, Weight::kWarning, "telling the control service broke off", kReport},
-    {153100520, Weight::kFailure, "the Settings component could not be had", kDoctor},
-    {153100530, Weight::kFailure, "switching the content log broke off", kReport},
-    {153100540, Weight::kFailure, "the delivered policy is refused", kDoctor},
-    {153100560, Weight::kFailure, "the delivered policy could not be deciphered", kDoctor},
-    {153100570, Weight::kFailure, "there is no delivered policy", kDoctor},
-    {153100580, Weight::kFailure, "the default entry could not be had", kDoctor},
-    {153100590, Weight::kFailure, "a printer's entry could not be had", kDoctor},
-    {153100600, Weight::kFailure, "the registration broke off", kReport},
-    {153100630, Weight::kFailure, "the policy's elements could not be registered", ""},
-    {153100650, Weight::kFailure, "SystemSetting.csv could not be opened", kDoctor},
-    {153100670, Weight::kFailure, "reading SystemSetting.csv broke off", kDoctor},
-    {153100680, Weight::kWarning, "the control service was not told: no message", kReport},
-    {153100720, Weight::kWarning, "the user's full name is empty", kMendAccount},
-    {153100750, Weight::kFailure, "the printers or the Settings component could not be had",
+    {{153100320, 153100330}, "Client.ini names no delivery folder; the default one is used"},
+    {{153100340}, "the delivery folder that Client.ini names is none; the default one is used"},
+    {{153100350, 153100360}, "the user's full name could not be looked up", kMendAccount},
+    {{153100370}, "no domain controller answered for the user's full name", kMendAccount},
+    {{153100380, 153100908}, "the look-up of the user's full name broke off", kMendAccount},
+    {{153100410}, "the control service was not told: no security descriptor", kReport},
+    {{153100420}, "the control service was not told: nobody serves its pipe", kPipe},
+    {{153100430}, "the control service was not told: its pipe took no message", kPipe},
+    {{153100440}, "the control service's pipe could not be closed", kReport},
+    {{153100490}, "the look-up of the delivery folder broke off", kDoctor},
+    {{153100510}, "telling the control service broke off", kReport},
+    {{153100680}, "the control service was not told: no message", kReport},
+    {{153100720}, "the user's full name is empty", kMendAccount},
+    {{153100901}, "the user's full name was not found; the login name is used", kMendAccount},
+    {{153100904}, "the folder of the user information is unknown", kDoctor},
+    {{153100907, 153100951},
+     "the Settings component could not be had for the user information",
      kDoctor},
-    {153100800, Weight::kFailure, "rebuilding the exclude list broke off", kReport},
-    {153100830, Weight::kFailure, "the turn on the setting file could not be had", kAgain},
-    {153100840, Weight::kFailure, "the turn on the setting file could not be had", kAgain},
-    {153100850, Weight::kFailure, "the turn on the setting file could not be had", kAgain},
-    {153100860, Weight::kFailure, "the turn on the setting file could not be had", kAgain},
-    {153100901, Weight::kWarning, "the user's full name was not found; the login name is used",
-     kMendAccount},
-    {153100904, Weight::kWarning, "the folder of the user information is unknown", kDoctor},
-    {153100907, Weight::kWarning,
-     "the Settings component could not be had for the user information", kDoctor},
-    {153100908, Weight::kWarning, "the look-up of the user's full name broke off", kMendAccount},
-    {153100950, Weight::kWarning, "the user information could not be read", kDoctor},
-    {153100951, Weight::kWarning,
-     "the Settings component could not be had for the user information", kDoctor},
-    {153100952, Weight::kWarning, "the user information could not be reset", kDoctor},
-    {153400010, Weight::kFailure, "the Settings component could not be had", kDoctor},
-    {153400030, Weight::kUnsaved, "the setting file could not be saved", ""},
-    {153400040, Weight::kFailure, "an entry could not be had to switch it on", kDoctor},
-    {153400050, Weight::kFailure, "an entry's last setting could not be had to switch it on",
-     kDoctor},
-    {153400070, Weight::kUnsaved, "an entry switched on could not be saved", ""},
-    {153400080, Weight::kFailure, "an entry could not be had to switch it off or clear it",
-     kDoctor},
-    {153400090, Weight::kFailure, "an entry's last setting could not be had to switch it off",
-     kDoctor},
-    {153400110, Weight::kUnsaved, "an entry switched off or cleared could not be saved", ""},
-    {153400130, Weight::kUnsaved, "the emptied exclude list could not be saved", ""},
-    {153400160, Weight::kFailure, "an entry could not be had", kDoctor},
-    {153400210, Weight::kFailure, "a printer's old setting could not be deleted", kDoctor},
-    {153400230, Weight::kFailure, "a driver's old setting could not be deleted", kDoctor},
-    {153400250, Weight::kFailure, "the setting file's path is unknown", kDoctor},
-    {153400260, Weight::kFailure, "deleting the printers' old settings broke off", kReport},
-    {153400302, Weight::kWarning, "the setting folder's path is unknown", kDoctor},
-    {153400303, Weight::kWarning, "the setting folder's path is unknown", kDoctor},
+    {{153100950}, "the user information could not be read", kDoctor},
+    {{153100952}, "the user information could not be reset", kDoctor},
+    {{153400302, 153400303}, "the setting folder's path is unknown", kDoctor},
 };
 
-const Row* Find(int number) {
-  const auto* const found = std::ranges::find(kRows, number, &Row::number);
-  return found == std::end(kRows) ? nullptr : found;
-}
-
+constexpr int kPlaceReached = 99999999;  // which the library gives the level of a warning
 constexpr int kEntryEmptied = 153100200;
 constexpr int kEntryNotEmptied = 153100470;
 constexpr int kDropped[] = {153100230, 153100240, 153100250, 153100260,
@@ -164,16 +136,20 @@ constexpr int kSwitchedOff = 153400100;  // also that an entry is cleared, which
 constexpr std::string_view kClears = "OperationSigilSettings::ClearWatermark";
 
 // "...　ElementID：ID → GUID：GUID"
-constexpr std::string_view kBeforeId = "ElementID：";
 constexpr std::string_view kBeforeGuid = " → GUID：";
 constexpr std::size_t kGuidLength = 36;
 
 }  // namespace
 
 Meaning MeaningOf(const Message& message) {
-  const Row* const row = Find(message.number);
-  if (row == nullptr) return {Weight::kWarning, message.text, ""};
-  return {row->weight, row->sentence, row->next};
+  using Table = std::pair<Weight, std::span<const Row>>;
+  for (const auto& [weight, rows] :
+       {Table(Weight::kFailure, kFailures), Table(Weight::kUnsaved, kUnsaved),
+        Table(Weight::kWarning, kWarnings)})
+    for (const Row& row : rows)
+      if (std::ranges::find(row.numbers, message.number) != row.numbers.end())
+        return {weight, row.sentence, row.next};
+  return {message.number == kPlaceReached ? Weight::kTrace : Weight::kWarning, message.text, ""};
 }
 
 std::vector<Message> Troubles(const std::vector<Message>& messages) {
@@ -197,14 +173,9 @@ Meaning FirstFailure(const std::vector<Message>& messages) {
 std::optional<MadeMark> MadeMarkIn(const Message& message) {
   if (message.number != kHeaderFooterMade && message.number != kStampMade) return std::nullopt;
   const std::string& text = message.text;
-  const std::size_t id = text.find(kBeforeId);
-  const std::size_t guid = text.rfind(kBeforeGuid);
-  if (id == text.npos || guid == text.npos || guid < id + kBeforeId.size() ||
-      text.size() != guid + kBeforeGuid.size() + kGuidLength)
-    return std::nullopt;
-  const std::size_t start = id + kBeforeId.size();
-  return MadeMark{text.substr(start, guid - start), text.substr(text.size() - kGuidLength),
-                  message.number == kStampMade};
+  const std::size_t guid = text.size() - std::min(text.size(), kGuidLength);
+  if (!std::string_view(text).substr(0, guid).ends_with(kBeforeGuid)) return std::nullopt;
+  return MadeMark{text.substr(guid), message.number == kStampMade};
 }
 
 Step StepOf(const Message& message) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "app/pass/library.h"
+#include "app/pass/pass.h"
 
 namespace app {
 
@@ -36,7 +36,6 @@ Meaning FirstFailure(const std::vector<Message>& messages);
 
 /// An element that has become a watermark of an entry.
 struct MadeMark {
-  std::string elementId;
   std::string guid;
   bool isStamp = false;
 };

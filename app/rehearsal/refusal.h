@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/pass/library.h"
+#include "app/pass/pass.h"
 
 namespace app {
 

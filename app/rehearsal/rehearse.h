@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "app/pass/library.h"
+#include "app/pass/pass.h"
 #include "app/rehearsal/scratch_machine.h"
 #include "peers/settings_component/setting_file.h"
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "app/machine/policy_file.h"
-#include "app/page/layout.h"
+#include "app/page/page.h"
 #include "app/rehearsal/document.h"
 #include "app/rehearsal/rehearse.h"
 #include "app/rehearsal/remarks.h"

@@ -6,7 +6,7 @@
 #include <tuple>
 #include <vector>
 
-#include "app/page/draw.h"
+#include "app/page/page.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "app/page/layout.h"
+#include "app/page/page.h"
 #include "app/rehearsal/review.h"
 
 namespace app {

@@ -8,7 +8,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "app/page/draw.h"
+#include "app/page/page.h"
 #include "tests/app/records.h"
 
 namespace tests {

@@ -4,7 +4,7 @@
 #include <regex>
 #include <sstream>
 
-#include "app/page/layout.h"
+#include "app/page/page.h"
 #include "tests/app/desk.h"
 
 namespace tests {

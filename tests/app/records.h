@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/page/layout.h"
+#include "app/page/page.h"
 
 namespace tests {
 

@@ -1,25 +1,73 @@
-#include "app/pass/result.h"
+#include "app/pass/pass.h"
 
 #include <algorithm>
 #include <iostream>
 #include <set>
+#include <stdexcept>
 
 #include "app/machine/file_state.h"
+#include "app/machine/home.h"
+#include "app/machine/parts.h"
 #include "app/machine/state.h"
 #include "app/pass/messages.h"
 #include "app/text/errors.h"
 #include "app/text/table.h"
-#include "app/text/wording.h"
-#include "boundary/exports.h"
+#include "peers/logging/log_watch.h"
+#include "platform/utf.h"
 
 namespace app {
 namespace {
 
-constexpr char kUnwatched[] = "The log tells the rest; it cannot be watched from here.";
-
-std::string NotTold(const char* reason) {
-  return std::string("The watermarks are off, but the control service was not told: ") + reason;
+Part Load(const wchar_t* fileName) {
+  Part part = LoadPart(fileName);
+  if (!part.fault.empty())
+    throw std::runtime_error(platform::ToUtf8(BesideHost(fileName)) + ": the library " +
+                             part.fault);
+  return part;
 }
+
+template <class Operation>
+void LookUp(const Part& library, const char* name, Operation& operation) {
+  operation = Function<Operation>(library, name);
+  if (operation == nullptr) throw std::runtime_error(std::string(name) + ": not in the library");
+}
+
+Exports LoadExports() {
+  static const Part library = Load(kLibrary);
+  Exports exports{};
+  LookUp(library, "SigilSettingReleaseWaterMark", exports.release);
+  LookUp(library, "SigilSettingSetWaterMark", exports.set);
+  LookUp(library, "SigilSettingUpdateWaterMarkSetting", exports.update);
+  LookUp(library, "SigilSettingReleaseWaterMarkForService", exports.releaseForService);
+  LookUp(library, "SigilSettingSetUseContentLog", exports.setUseContentLog);
+  LookUp(library, "SigilSettingUpdateExcludePrinter", exports.updateExclude);
+  return exports;
+}
+
+/// Gathers the messages of its lifetime.
+class Watch {
+ public:
+  explicit Watch(std::vector<Message>& messages)
+      : m_setWatcher(Function<SigilWatchLogFunction*>(Load(kLog), "SigilWatchLog")) {
+    s_messages = &messages;
+    if (m_setWatcher != nullptr) m_setWatcher(&Take);
+  }
+  ~Watch() {
+    if (m_setWatcher != nullptr) m_setWatcher(nullptr);
+  }
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+  explicit operator bool() const { return m_setWatcher != nullptr; }
+
+ private:
+  static void Take(int level, int number, const wchar_t* function, const wchar_t* text) {
+    s_messages->push_back({level, number, platform::ToUtf8(function), platform::ToUtf8(text)});
+  }
+
+  static inline std::vector<Message>* s_messages = nullptr;
+  SigilWatchLogFunction* const m_setWatcher;
+};
 
 bool Has(const std::vector<Message>& troubles, Weight weight) {
   return std::ranges::any_of(
@@ -32,29 +80,24 @@ bool Ran(int result) {
          result != SIGIL_SETTING_UNREADABLE;
 }
 
-/// Why a pass did not run to its end, and a step against that.
-struct Cause {
-  std::string sentence;
-  std::string next = {};
-  bool isForeseen = false;  ///< The machine's state explains all of the failure.
-};
-
-Cause CauseOf(const Outcome& outcome, const Work& work, const std::string& unsaved) {
-  if (!work.cause.empty()) return {work.cause};
-  if (!unsaved.empty()) return {unsaved};
-  if (const std::string why = WhyForeseen(work.command, outcome.result); !why.empty())
-    return {why, "", true};
-  const Meaning first = FirstFailure(outcome.messages);
-  return {first.sentence, first.next};
+/// The sentence of a result, except 0, of a pass that ran to its end.
+std::string SentenceOf(int result) {
+  constexpr const char* kReasons[] = {"no security descriptor", "its pipe could not be opened",
+                                      "writing to its pipe failed", "closing its pipe failed",
+                                      "there was no message"};
+  if (result == SIGIL_SETTING_NO_FULL_NAME)
+    return "The policy is applied, but the user's full name has not been obtained yet.";
+  if (result >= 0 || result < -5) return "This result has no meaning.";
+  return std::string("The watermarks are off, but the control service was not told: ") +
+         kReasons[-result - 1] + ".";
 }
 
-/// The sentence of a pass that ran to its end; `unsaved` is why its work is not in the setting
-/// file.
+/// The same with the troubles of the pass; `unsaved` is why its work is not in the setting file.
 std::string Sentence(int result, const Work& work, const std::string& unsaved,
                      const std::vector<Message>& troubles) {
   if (!unsaved.empty()) return "Yet it is not saved: " + unsaved + ".";
   if (Has(troubles, Weight::kFailure)) return "Yet not all is done.";
-  return result == SIGIL_SETTING_DONE ? work.done : MeaningOf(result);
+  return result == SIGIL_SETTING_DONE ? work.done : SentenceOf(result);
 }
 
 /// Prints the messages of one number together, with the step against them once.
@@ -88,23 +131,19 @@ void TellRefusedPlaces() {
 
 }  // namespace
 
-std::string MeaningOf(int result) {
-  switch (result) {
-    case SIGIL_SETTING_NO_FULL_NAME:
-      return "The policy is applied, but the user's full name has not been obtained yet.";
-    case -1:
-      return NotTold("no security descriptor.");
-    case -2:
-      return NotTold("its pipe could not be opened.");
-    case -3:
-      return NotTold("writing to its pipe failed.");
-    case -4:
-      return NotTold("closing its pipe failed.");
-    case -5:
-      return NotTold("there was no message.");
-    default:
-      return "This result has no meaning.";
-  }
+ExportCall UpdateCall(const std::wstring& text, int policyId, bool resetName) {
+  return [=](const Exports& exports) {
+    return exports.update(0, policyId, nullptr, text.c_str(), resetName ? 1 : 0);
+  };
+}
+
+Outcome Call(const ExportCall& call) {
+  const Exports exports = LoadExports();
+  Outcome outcome;
+  const Watch watch(outcome.messages);
+  outcome.isWatched = static_cast<bool>(watch);
+  outcome.result = call(exports);
+  return outcome;
 }
 
 std::string WhyUnsaved() try {
@@ -121,7 +160,13 @@ int Report(const Outcome& outcome, const Work& work) {
   const std::string unsaved = !isUnsaved ? "" : work.unsaved.empty() ? WhyUnsaved() : work.unsaved;
   const bool hasRun = Ran(outcome.result);
   const bool isWhole = hasRun && !isUnsaved && !Has(troubles, Weight::kFailure);
-  const Cause cause = hasRun ? Cause{} : CauseOf(outcome, work, unsaved);
+  std::string cause = work.cause.empty() ? unsaved : work.cause;
+  bool isForeseen = false;  // the machine's state explains all of the failure
+  if (!hasRun && cause.empty()) {
+    cause = WhyForeseen(work.command, outcome.result);
+    isForeseen = !cause.empty();
+    if (!isForeseen) cause = FirstFailure(outcome.messages).sentence;
+  }
 
   std::cout << work.command << ": " << outcome.result << ". ";
   if (hasRun)
@@ -129,23 +174,23 @@ int Report(const Outcome& outcome, const Work& work) {
   else
     std::cout << (outcome.result == SIGIL_SETTING_FAILED ? "The pass failed: "
                                                          : "Nothing is done: ")
-              << cause.sentence << ".\n";
+              << cause << ".\n";
   if (!outcome.isWatched)
-    std::cout << "  " << kUnwatched << "\n";
+    std::cout << "  The log tells the rest; it cannot be watched from here.\n";
   else if (isWhole && !work.numbers.empty())
     std::cout << "  " << work.numbers << "\n";
   for (const std::string& line : work.lines) std::cout << "  " << line << "\n";
   std::cout << std::flush;
   const std::set<Message> told(work.told.begin(), work.told.end());
   std::erase_if(troubles, [&](const Message& message) {
-    const bool isCause = cause.isForeseen && MeaningOf(message).weight == Weight::kFailure;
+    const bool isCause = isForeseen && MeaningOf(message).weight == Weight::kFailure;
     return (isCause && !work.isVerbose) || told.contains(message);
   });
   Tell(std::move(troubles), work.isVerbose);
   TellRefusedPlaces();
-  const bool isToldToAll =
+  const bool isDone =
       outcome.result == SIGIL_SETTING_DONE || outcome.result == SIGIL_SETTING_NO_FULL_NAME;
-  return isWhole && isToldToAll ? 0 : 1;
+  return isWhole && isDone ? 0 : 1;
 }
 
 }  // namespace app

@@ -1,16 +1,22 @@
 #pragma once
 
-// Where the watermarks of a page stand: from an entry's records and a paper to placed marks. All
-// lengths are millimetres, counted from the paper's upper left corner to the right and down.
+// The page that a printer's watermarks make: from an entry's records and a paper to placed marks
+// (LayOut), and from those to a picture (Draw). All lengths are millimetres, counted from the
+// paper's upper left corner to the right and down.
 //
 // The Settings component decides what its numbers mean on paper. This layout is a stand-in for it,
 // and what it takes them to mean is written in kMeaning, which stands under each picture and in
-// docs/policy.md. What a text measures is asked of the caller, so nothing here knows of fonts.
+// docs/policy.md. The layout asks its caller for the size of a text, so that it needs no fonts.
 //
 // No record makes a page without end: numbers are pulled into the ranges that the library itself
 // keeps, texts are cut, and copies are left out from a number on. A note tells of each.
+//
+// A picture shows the page in its real size and in the fonts of this machine, and below it a
+// caption. Pango and Cairo draw on Linux; on Windows GDI measures and SVG alone is written, whose
+// letters the viewer draws.
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -79,5 +85,26 @@ inline constexpr std::string_view kMeaning[] = {
     "Letters come from this machine's fonts; the machine that prints may have others.",
     "The dotted line is 5 mm from the edge: most printers print nothing beyond it.",
 };
+
+enum class Format { kSvg, kPdf, kPng };
+
+inline constexpr double kMillimetersPerPoint = 25.4 / 72;
+inline constexpr double kCaptionPoints = 7;
+inline constexpr int kPixelsPerMillimeter = 4;  // of a PNG
+inline constexpr int kBorder = 10;              // around the paper, in millimetres
+inline constexpr int kMargin = 5;               // that most printers cannot print on
+
+/// The extensions of a picture's name, in words.
+extern const char kPictures[];
+/// Returns the format of an extension, as ".svg"; null for one that this home does not draw.
+std::optional<Format> FormatOf(std::string_view extension);
+
+/// Returns the bytes of the picture; without a caption that of the bare paper alone. Throws
+/// std::runtime_error when it cannot be drawn.
+std::string Draw(const Page& page, const std::vector<std::string>& caption, Format format);
+
+/// Returns the size of a text of one point, in millimetres: of its lines, or of the ink alone where
+/// it is fitted to the page.
+Size MeasureText(const peers::WatermarkRecord& record);
 
 }  // namespace app::page
