@@ -7,7 +7,6 @@
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/machine/state.h"
-#include "app/rehearsal/fields.h"
 #include "app/rehearsal/review.h"
 #include "app/text/json.h"
 #include "app/text/table.h"

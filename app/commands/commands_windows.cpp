@@ -1,5 +1,5 @@
 #include "app/commands/commands.h"
-#include "app/rehearsal/rehearse_windows.h"
+#include "app/rehearsal/rehearse.h"
 
 namespace app {
 

@@ -17,7 +17,6 @@
 #include "app/machine/settings.h"
 #include "app/page/page.h"
 #include "app/rehearsal/compare.h"
-#include "app/rehearsal/fields.h"
 #include "app/text/errors.h"
 #include "app/text/html.h"
 #include "app/text/input.h"
@@ -113,7 +112,7 @@ void AddMarks(HtmlPage& page, const Review& review) {
   for (const ElementFate& element : review.elements) {
     if (!element.mark) continue;
     const peers::WatermarkRecord& mark = *element.mark;
-    rows.push_back({element.id, mark.text, mark.fit ? "fitted" : Shown(mark.fontSize) + " pt",
+    rows.push_back({element.id, mark.text, mark.fit ? "fitted" : Shown("fontSize", mark.fontSize) + " pt",
                     PositionText(mark.printPos), std::to_string(mark.opacity) + " %"});
   }
   if (rows.size() > 1) page.Table("Watermarks of the default entry", rows);

@@ -9,7 +9,6 @@
 #include "app/commands/commands.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
-#include "app/rehearsal/fields.h"
 #include "app/text/errors.h"
 #include "app/text/json.h"
 #include "app/text/table.h"

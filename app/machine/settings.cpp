@@ -1,6 +1,8 @@
 #include "app/machine/settings.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdio>
 #include <set>
 
 #include "app/machine/state.h"
@@ -53,6 +55,39 @@ std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entr
   lines.resize(kMost);
   lines.push_back("and " + std::to_string(left) + " entries more");
   return lines;
+}
+
+Json JsonOf(const peers::WatermarkRecord& mark) {
+  return {{"name", mark.name},
+          {"text", mark.text},
+          {"fontSize", mark.fontSize},
+          {"fontName", mark.fontName},
+          {"color", mark.color},
+          {"bold", mark.bold},
+          {"italic", mark.italic},
+          {"underLine", mark.underLine},
+          {"fit", mark.fit},
+          {"opacity", mark.opacity},
+          {"rotate", mark.rotate},
+          {"printPos", mark.printPos},
+          {"positionOption", mark.positionOption},
+          {"xOffset", mark.xOffset},
+          {"yOffset", mark.yOffset},
+          {"repeatFirstAxis", mark.repeatFirstAxis},
+          {"repeatSecondAxis", mark.repeatSecondAxis},
+          {"repeatHSpace", mark.repeatHSpace},
+          {"repeatVSpace", mark.repeatVSpace}};
+}
+
+std::string Shown(const std::string& field, const Json& value) {
+  char text[32] = {};
+  if (value.is_boolean()) return value.get<bool>() ? "on" : "off";
+  if (value.is_string()) return Quoted(value.get<std::string>());
+  if (value.is_number_float())
+    return {text, std::to_chars(text, text + sizeof text, value.get<double>()).ptr};
+  if (field != "color") return value.dump();
+  std::snprintf(text, sizeof text, "0x%06X", static_cast<unsigned>(value.get<std::int32_t>()));
+  return text;
 }
 
 }  // namespace app

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/text/json.h"
 #include "peers/settings_component/setting_file.h"
 
 namespace app {
@@ -46,5 +47,11 @@ inline std::string PositionText(std::int32_t position) {
                                      "bottom left", "bottom center", "bottom right"};
   return position >= 0 && position < 9 ? kPlaces[position] : std::to_string(position);
 }
+
+/// Returns the fields of a record, except its random ID, by the names and in the order of the
+/// setting file.
+Json JsonOf(const peers::WatermarkRecord& mark);
+/// Returns the value of such a field for people: 'text', 14, on, 0xFF0000.
+std::string Shown(const std::string& field, const Json& value);
 
 }  // namespace app

@@ -1,15 +1,11 @@
 #include "app/rehearsal/compare.h"
 
 #include <algorithm>
-#include <iterator>
 #include <map>
 #include <set>
 
 #include "app/machine/settings.h"
-#include "app/rehearsal/fields.h"
-#include "app/rehearsal/scratch_machine.h"
 #include "app/text/errors.h"
-#include "app/text/table.h"
 #include "app/text/wording.h"
 
 namespace app {
@@ -31,6 +27,7 @@ struct Marks {
   std::map<std::string, MarkKey> keyOfGuid;
 };
 
+/// A watermark is known by the ID that its name begins with, else by its name.
 std::string ElementOf(const peers::WatermarkRecord& mark, const std::set<std::string>& ids) {
   for (std::size_t end = mark.name.rfind('_'); end != std::string::npos && end > 0;
        end = mark.name.rfind('_', end - 1))
@@ -43,22 +40,21 @@ Marks MarksOf(const peers::EntryRecord& entry, const std::set<std::string>& ids)
   std::map<std::string, int> count;
   for (const peers::WatermarkRecord& mark : entry.watermarks) {
     const std::string element = ElementOf(mark, ids);
-    const MarkKey key = {element, ++count[element]};
-    marks.order.push_back(key);
+    const MarkKey& key = marks.order.emplace_back(element, ++count[element]);
     marks.byKey[key] = &mark;
     marks.keyOfGuid[mark.id] = key;
   }
   return marks;
 }
 
-std::string Shown(const MarkKey& key) {
+std::string InWords(const MarkKey& key) {
   return OneLine(key.first, kNameWidth) +
          (key.second > 1 ? " (" + std::to_string(key.second) + ")" : "");
 }
 
-std::string Shown(const std::vector<MarkKey>& keys) {
+std::string InWords(const std::vector<MarkKey>& keys) {
   std::string names;
-  for (const MarkKey& key : keys) names += (names.empty() ? "" : " ") + Shown(key);
+  for (const MarkKey& key : keys) names += (names.empty() ? "" : " ") + InWords(key);
   return names.empty() ? "none" : OneLine(names, kListWidth);
 }
 
@@ -82,10 +78,9 @@ std::vector<MarkKey> Listed(const peers::ActiveRecord& setting, const Marks& mar
 /// Gathers differences; those of one kind in several entries become one.
 class Comparison {
  public:
-  explicit Comparison(const std::vector<std::string>& ids) : m_ids(ids.begin(), ids.end()) {}
+  explicit Comparison(const std::set<std::string>& ids) : m_ids(ids) {}
 
   void CompareEntries(const peers::EntryRecord& left, const peers::EntryRecord& right) {
-    m_entry = left.printer;
     const Marks before = MarksOf(left, m_ids), after = MarksOf(right, m_ids);
     CompareMarks(before, after);
     CompareSettings(left.lastSetting, right.lastSetting, before, after, "");
@@ -121,19 +116,24 @@ class Comparison {
       if (right.byKey.contains(key))
         before.push_back(key);
       else
-        Add(Shown(key), kWatermark, kThere, kNowhere);
+        Add(InWords(key), kWatermark, kThere, kNowhere);
     for (const MarkKey& key : right.order)
       if (left.byKey.contains(key))
         after.push_back(key);
       else
-        Add(Shown(key), kWatermark, kNowhere, kThere);
-    for (const MarkKey& key : before)
-      for (const Field& field : Fields()) {
-        const FieldValue one = field.get(*left.byKey.at(key));
-        const FieldValue two = field.get(*right.byKey.at(key));
-        if (one != two) Add(Shown(key), field.name, Shown(one), Shown(two));
-      }
-    if (before != after) Add("", "order", Shown(before), Shown(after));
+        Add(InWords(key), kWatermark, kNowhere, kThere);
+    for (const MarkKey& key : before) CompareFields(key, *left.byKey.at(key), *right.byKey.at(key));
+    if (before != after) Add("", "order", InWords(before), InWords(after));
+  }
+
+  void CompareFields(const MarkKey& key, peers::WatermarkRecord left,
+                     const peers::WatermarkRecord& right) {
+    left.id = right.id;
+    if (left == right) return;
+    const Json before = JsonOf(left), after = JsonOf(right);
+    for (const auto& [field, value] : before.items())
+      if (const Json& other = after.at(field); value != other)
+        Add(InWords(key), field, Shown(field, value), Shown(field, other));
   }
 
   void CompareSettings(const peers::ActiveRecord& left, const peers::ActiveRecord& right,
@@ -144,10 +144,10 @@ class Comparison {
     const auto one = Listed(left, before, after), two = Listed(right, after, before);
     // Without a switch that is on, a list prints nothing.
     if (left.enabled && right.enabled && one != two)
-      Add("", name + "active", Shown(one), Shown(two));
+      Add("", name + "active", InWords(one), InWords(two));
   }
 
-  const std::set<std::string> m_ids;
+  const std::set<std::string>& m_ids;  ///< Of the elements that the watermarks come from.
   std::string m_entry;
   std::vector<Difference> m_found;
   std::map<std::vector<std::string>, std::size_t> m_places;
@@ -167,20 +167,18 @@ peers::SettingFileContent Readable(peers::SettingFileContent records) {
     entry.lastSetting = {};
     entry.customSettings.clear();
     for (peers::WatermarkRecord& mark : entry.watermarks) {
-      peers::WatermarkRecord read;
-      read.id = mark.id;
-      read.name = mark.name;
-      mark = std::move(read);
+      peers::WatermarkRecord named;
+      named.id = mark.id;
+      named.name = mark.name;
+      mark = std::move(named);
     }
   }
   return records;
 }
 
-}  // namespace
-
 std::vector<Difference> Compare(const peers::SettingFileContent& left,
                                 const peers::SettingFileContent& right,
-                                const std::vector<std::string>& ids) {
+                                const std::set<std::string>& ids) {
   Comparison comparison(ids);
   const auto before = ByName(left.entries, &peers::EntryRecord::printer);
   const auto after = ByName(right.entries, &peers::EntryRecord::printer);
@@ -205,9 +203,11 @@ std::vector<Difference> Compare(const peers::SettingFileContent& left,
   return comparison.Take();
 }
 
+}  // namespace
+
 std::vector<Difference> Compare(const Review& left, const Review& right) {
-  std::vector<std::string> ids = left.Ids();
-  std::ranges::copy(right.Ids(), std::back_inserter(ids));
+  std::set<std::string> ids = left.Ids();
+  ids.merge(right.Ids());
   return Compare(left.records, right.records, ids);
 }
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "app/rehearsal/review.h"
-#include "peers/settings_component/setting_file.h"
+#include "app/text/table.h"
 
 namespace app {
 
@@ -21,19 +21,13 @@ struct Difference {
   std::string right;
 };
 
-/// Compares all entries and the exclude list. `ids` are the elements that the watermarks come from:
-/// a watermark is known by the ID that its name begins with, else by its name.
-std::vector<Difference> Compare(const peers::SettingFileContent& left,
-                                const peers::SettingFileContent& right,
-                                const std::vector<std::string>& ids);
-/// Compares the records that two policies leave.
+/// Compares the records that two policies leave: all entries and the exclude list.
 std::vector<Difference> Compare(const Review& left, const Review& right);
 
 /// Returns the rows of a table, with headings, of which the last two are the names of the sides.
 /// The entries are named where a difference is not the same in all of `entries`.
-std::vector<std::vector<std::string>> RowsOf(const std::vector<Difference>& differences,
-                                             std::size_t entries, const std::string& left,
-                                             const std::string& right);
+std::vector<Row> RowsOf(const std::vector<Difference>& differences, std::size_t entries,
+                        const std::string& left, const std::string& right);
 
 struct Force {
   /// The record's value is the left one, the policy's the right.

@@ -8,7 +8,6 @@
 #include <set>
 
 #include "app/machine/settings.h"
-#include "app/rehearsal/fields.h"
 #include "app/rehearsal/placeholders.h"
 #include "app/text/wording.h"
 
@@ -22,7 +21,7 @@ struct PropertyRow {
   bool isInHeader;  ///< It is read in a header or footer.
   bool isInStamp;
   Form form;          ///< kCode: a number that stands for something.
-  const char* field;  ///< Of the record (fields.h); empty for Kind, which has none.
+  const char* field;  ///< Of the record's JSON; empty for Kind, which has none.
   const char* range = "";
 };
 
@@ -61,11 +60,6 @@ const PropertyRow* FindRow(const std::string& name) {
   const auto* const found =
       std::ranges::find_if(kRows, [&](const PropertyRow& row) { return name == row.name; });
   return found == std::end(kRows) ? nullptr : found;
-}
-
-const Field& FieldOf(const PropertyRow& row) {
-  return *std::ranges::find_if(
-      Fields(), [&](const Field& field) { return std::string_view(field.name) == row.field; });
 }
 
 /// The number in a policy that stands for this place of the page; the record counts the places row
@@ -113,12 +107,9 @@ std::string RuleOf(const PropertyRow& row) {
 }
 
 /// Nothing for a text.
-std::optional<double> NumberIn(const FieldValue& value) {
-  if (const auto* flag = std::get_if<bool>(&value)) return *flag ? 1 : 0;
-  if (const auto* real = std::get_if<double>(&value)) return *real;
-  if (const auto* number = std::get_if<std::int32_t>(&value)) return *number;
-  if (const auto* colour = std::get_if<Colour>(&value)) return colour->value;
-  return std::nullopt;
+std::optional<double> NumberIn(const Json& value) {
+  if (value.is_string()) return std::nullopt;
+  return value.is_boolean() ? value.get<bool>() : value.get<double>();
 }
 
 class PropertyReview {
@@ -127,6 +118,7 @@ class PropertyReview {
                  Remarks& notes, const std::vector<std::string>& fullNames)
       : m_element(element),
         m_mark(*registered.mark),
+        m_fields(JsonOf(m_mark)),
         m_isStamp(registered.isStamp),
         m_findings(findings),
         m_notes(notes),
@@ -152,12 +144,11 @@ class PropertyReview {
   bool IsRead(const PropertyRow& row) const { return m_isStamp ? row.isInStamp : row.isInHeader; }
 
   /// A name without the ID that it begins with, a code in the policy's number.
-  FieldValue ValueOf(const PropertyRow& row) const {
+  Json ValueOf(const PropertyRow& row) const {
     if (row.form == Form::kCode) return CodeIn(row, m_mark, m_isStamp);
-    FieldValue value = FieldOf(row).get(m_mark);
     if (std::string_view(row.field) == "name")
-      std::get<std::string>(value).erase(0, m_element.id.size() + 1);
-    return value;
+      return std::string(m_mark.name).erase(0, m_element.id.size() + 1);
+    return m_fields.at(row.field);
   }
 
   void ReviewUnread(const Property& property, const PropertyRow* row) {
@@ -182,7 +173,7 @@ class PropertyReview {
   }
 
   void ReviewText(const Property& property, const PropertyRow& row) {
-    const std::string stored = std::get<std::string>(ValueOf(row));
+    const std::string stored = ValueOf(row).get<std::string>();
     const std::string change =
         Quoted(property.text) == Quoted(stored)
             ? "it is cut, or loses white space at an end: " + std::to_string(property.text.size()) +
@@ -209,12 +200,12 @@ class PropertyReview {
   }
 
   void ReviewNumber(const Property& property, const PropertyRow& row) {
-    const FieldValue value = ValueOf(row);
+    const Json value = ValueOf(row);
     const std::optional<double> number = NumberOf(Trimmed(property.text));
     if (number && number == NumberIn(value)) return;
     const bool isCode = row.form == Form::kCode;
     const std::string written = NumberOrQuoted(property.text);
-    const std::string became = Shown(value);
+    const std::string became = Shown(row.field, value);
     const bool isZero = !number && (isCode || NumberIn(value) == 0);
     std::string message = IsBlank(property.text) ? "it is empty, which reads as " + became
                           : isCode               ? written + " counts as " + became
@@ -228,7 +219,7 @@ class PropertyReview {
   /// Reports a property that the pass reads and the element lacks.
   void ReviewLacking(const PropertyRow& row) {
     if (m_firsts.contains(row.name) || !IsRead(row) || !m_notes.HasRoom("lacking")) return;
-    const std::string became = Shown(ValueOf(row));
+    const std::string became = Shown(row.field, ValueOf(row));
     m_notes.Add({"lacking", m_element.id, row.name, m_element.lines.front(),
                  "it is not there, which reads as " + became, "", became});
   }
@@ -239,6 +230,7 @@ class PropertyReview {
 
   const PolicyElement& m_element;
   const peers::WatermarkRecord& m_mark;
+  const Json m_fields;
   const bool m_isStamp;
   Remarks& m_findings;
   Remarks& m_notes;

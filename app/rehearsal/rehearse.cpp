@@ -1,6 +1,7 @@
 #include "app/rehearsal/rehearse.h"
 
 #include <algorithm>
+#include <iostream>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -10,6 +11,7 @@
 #include "app/text/errors.h"
 #include "app/text/input.h"
 #include "app/text/json.h"
+#include "app/text/table.h"
 
 namespace app {
 namespace {
@@ -67,7 +69,7 @@ void RequireSaved(const Rehearsal& rehearsal, const Json& guids, const ScratchMa
         return MeaningOf(message).weight == Weight::kUnsaved;
       });
   if (!isSaved)
-    throw std::runtime_error("the scratch machine in " + scratch.Place().string() +
+    throw std::runtime_error("the scratch machine in " + scratch.Folder().parent_path().string() +
                              " could not be saved");
 }
 
@@ -114,6 +116,19 @@ Rehearsal Rehearse(const PolicyCall& call) {
 const peers::EntryRecord* DefaultEntry(const peers::SettingFileContent& records) {
   const auto found = std::ranges::find(records.entries, "*", &peers::EntryRecord::printer);
   return found == records.entries.end() ? nullptr : &*found;
+}
+
+Progress::~Progress() {
+  if (!m_line.empty()) std::cerr << "\r" << std::string(m_line.size(), ' ') << "\r" << std::flush;
+}
+
+void Progress::Tick() {
+  const auto passed = std::chrono::steady_clock::now() - m_start;
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(passed).count();
+  std::string line = "rehearsing: " + std::to_string(seconds) + " s ...";
+  if (!IsTerminal(stderr) || seconds == 0 || line == m_line) return;
+  m_line = std::move(line);
+  std::cerr << "\r" << m_line << std::flush;
 }
 
 }  // namespace app

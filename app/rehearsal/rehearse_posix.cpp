@@ -1,29 +1,118 @@
+// The folder of a rehearsal, and its child process. A signal waits until both are gone.
+
+#include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/file.h>
+#include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
-#include "app/machine/client.h"
-#include "app/machine/policy_file.h"
-#include "app/pass/messages.h"
-#include "app/rehearsal/progress.h"
 #include "app/rehearsal/rehearse.h"
-#include "app/rehearsal/scratch_machine_posix.h"
-#include "platform/posix/machine/machine.h"
-#include "platform/posix/machine/whole_file.h"
-#include "platform/utf.h"
+#include "peers/descriptor.h"
 
 namespace app {
 namespace {
 
-void EnterMachine(const std::filesystem::path& root) {
-  setenv("SIGIL_ROOT", root.c_str(), 1);
-  unsetenv("SIGIL_LOG");
-  setenv("SIGIL_LOG_LEVEL", "9", 1);  // the messages are watched; nobody reads the scratch's log
+namespace fs = std::filesystem;
+
+constexpr char kPrefix[] = "sigilctl-rehearsal-";
+
+/// Throws std::runtime_error for a folder in which another account could put a folder of its own in
+/// the place of the scratch's: in the folder itself or in one above it.
+void RequireClosed(fs::path folder) {
+  for (;; folder = folder.parent_path()) {
+    struct stat status = {};
+    if (stat(folder.c_str(), &status) != 0) peers::ThrowSystemError(folder.string());
+    const bool isOthers = status.st_uid != 0 && status.st_uid != geteuid();
+    const bool isOpen = (status.st_mode & 022) != 0 && (status.st_mode & S_ISVTX) == 0;
+    if (isOthers || isOpen)
+      throw std::runtime_error("TMPDIR is not safe: other accounts can replace what lies in " +
+                               folder.string());
+    if (folder == folder.root_path()) return;
+  }
 }
+
+/// In memory where that can be had, because a rehearsal need not wait for a disk.
+fs::path ScratchPlace() {
+  const char* const named = getenv("TMPDIR");
+  if (named != nullptr && *named != '\0') {
+    fs::path place = fs::canonical(named);
+    RequireClosed(place);
+    return place;
+  }
+  const fs::path memory = "/dev/shm";
+  return access(memory.c_str(), W_OK | X_OK) == 0 ? memory : fs::path("/tmp");
+}
+
+/// A descriptor that keeps the folder's lock, when the folder is this account's and nobody has its
+/// lock.
+peers::Descriptor LockFolder(const fs::path& path) {
+  peers::Descriptor folder(
+      open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+  struct stat own = {};
+  struct stat named = {};
+  const bool isOwn = folder && fstat(folder.Get(), &own) == 0 && own.st_uid == geteuid() &&
+                     flock(folder.Get(), LOCK_EX | LOCK_NB) == 0;
+  // Between the two another process may have removed it, as a left-over.
+  const bool isThere = isOwn && lstat(path.c_str(), &named) == 0 && named.st_ino == own.st_ino;
+  return isThere ? std::move(folder) : peers::Descriptor();
+}
+
+void RemoveLeftOvers(const fs::path& place) {
+  std::error_code ignored;
+  for (const fs::directory_entry& each : fs::directory_iterator(place, ignored))
+    if (each.path().filename().string().starts_with(kPrefix))
+      if (const peers::Descriptor lock = LockFolder(each.path()))
+        fs::remove_all(each.path(), ignored);
+}
+
+fs::path MakeFolder(peers::Descriptor& lock) {
+  const fs::path place = ScratchPlace();
+  RemoveLeftOvers(place);
+  constexpr int kTries = 8;
+  for (int i = 0; i < kTries; ++i) {
+    std::string name = (place / kPrefix).string() + "XXXXXX";
+    if (mkdtemp(name.data()) == nullptr) peers::ThrowSystemError(name);
+    lock = LockFolder(name);
+    if (lock) return name;
+    rmdir(name.c_str());
+  }
+  throw std::runtime_error(place.string() + ": no folder there can be locked");
+}
+
+/// SIGHUP, SIGINT, SIGQUIT and SIGTERM wait in its lifetime, and take effect at its end.
+class HeldSignals {
+ public:
+  HeldSignals() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+      struct sigaction now = {};
+      const bool isIgnored = sigaction(signal, nullptr, &now) == 0 && now.sa_handler == SIG_IGN;
+      if (!isIgnored) sigaddset(&held, signal);
+    }
+    pthread_sigmask(SIG_BLOCK, &held, &m_before);
+    m_file = peers::Descriptor(signalfd(-1, &held, SFD_CLOEXEC));
+  }
+  ~HeldSignals() { Release(); }
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+
+  /// Becomes readable, for poll(2), as soon as one of them waits.
+  int File() const { return m_file.Get(); }
+  /// Has the calling process, a child, take them as before.
+  void Release() const { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
+
+ private:
+  sigset_t m_before = {};
+  peers::Descriptor m_file;
+};
 
 /// False when nobody reads any more.
 bool WriteAll(int file, std::string_view bytes) {
@@ -114,30 +203,21 @@ class Child {
 
 }  // namespace
 
-void ScratchMachine::Enter() const {
-  EnterMachine(CopyMachine());
+struct ScratchMachine::Hold {
+  HeldSignals signals;
+  peers::Descriptor lock;
+};
+
+ScratchMachine::ScratchMachine()
+    : m_hold(std::make_unique<Hold>()), m_folder(MakeFolder(m_hold->lock)) {}
+
+ScratchMachine::~ScratchMachine() {
+  Remove();
 }
 
-std::string ScratchMachine::WhyUndelivered(const std::wstring& text) const {
-  EnterMachine(MakeBareMachine());
-  const DeliveryFolder delivery = FindDeliveryFolder();
-  const auto write = [](const std::wstring& path, const std::string& bytes) {
-    const auto file = platform::HostPath(path);
-    std::filesystem::create_directories(file.parent_path());
-    platform::ReplaceWholeFile(file, bytes);
-  };
-  write(delivery.PolicyFile(), SealText(platform::ToUtf8(text)));
-  write(delivery.SystemSetting(), "63,1\r\n");
-  const Outcome outcome = Call([](const Exports& exports) { return exports.set(); });
-  if (outcome.result != SIGIL_SETTING_FAILED) return "";
-  const auto isFailure = [](const Message& message) {
-    return MeaningOf(message).weight == Weight::kFailure;
-  };
-  const std::vector<Message> troubles = Troubles(outcome.messages);
-  const auto first = std::ranges::find_if(troubles, isFailure);
-  if (first == troubles.end() || !RefusesDelivery(*first))
-    throw std::runtime_error("set could not be tried: " + FirstFailure(troubles).sentence);
-  return MeaningOf(*first).sentence;
+void ScratchMachine::Remove() const {
+  std::error_code ignored;
+  fs::remove_all(m_folder, ignored);
 }
 
 std::string ScratchMachine::Ask(const PolicyCall& call) const {

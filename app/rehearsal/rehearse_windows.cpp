@@ -1,5 +1,3 @@
-#include "app/rehearsal/rehearse_windows.h"
-
 #include <cstdlib>
 #include <stdexcept>
 
@@ -10,7 +8,6 @@
 #include "app/machine/settings.h"
 #include "app/machine/user_file.h"
 #include "app/pass/messages.h"
-#include "app/rehearsal/progress.h"
 #include "app/rehearsal/rehearse.h"
 #include "app/text/errors.h"
 #include "app/text/file_windows.h"

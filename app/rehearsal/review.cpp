@@ -312,9 +312,9 @@ std::size_t Review::Registered() const {
       elements, [](const ElementFate& fate) { return fate.mark.has_value(); }));
 }
 
-std::vector<std::string> Review::Ids() const {
-  std::vector<std::string> ids;
-  for (const ElementFate& element : elements) ids.push_back(element.id);
+std::set<std::string> Review::Ids() const {
+  std::set<std::string> ids;
+  for (const ElementFate& element : elements) ids.insert(element.id);
   return ids;
 }
 

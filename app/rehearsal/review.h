@@ -6,6 +6,7 @@
 // of the pass, or one that the picture of the page tells. The review works no value out.
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -57,7 +58,7 @@ struct Review {
   /// How many of the elements have become watermarks.
   std::size_t Registered() const;
   /// The IDs of its elements.
-  std::vector<std::string> Ids() const;
+  std::set<std::string> Ids() const;
 };
 
 /// The paper that the page is laid out on where none is named.
