@@ -1,6 +1,8 @@
-#include <utility>
+#include "app/rehearsal/document.h"
 
-#include "app/rehearsal/document_builder.h"
+#include <algorithm>
+#include <iterator>
+
 #include "app/text/wording.h"
 
 namespace app {
@@ -17,6 +19,23 @@ Part& PartOf(std::vector<Part>& parts, std::map<std::string, std::size_t>& place
 
 }  // namespace
 
+/// Where a node stands.
+enum class DocumentBuilder::Place {
+  kDocument,
+  kRoot,
+  kHle,
+  kWatermark,
+  kPolicies,
+  kPolicy,
+  kList,
+  kListed,
+  kScope,
+  kElements,
+  kElement,
+  kProperty,
+  kStranger,  ///< Or inside one.
+};
+
 struct DocumentBuilder::Form {
   Place parent;
   std::string_view name;  ///< Empty: any.
@@ -24,49 +43,51 @@ struct DocumentBuilder::Form {
   std::string_view attribute = {};  ///< The one that is read.
 };
 
-constexpr DocumentBuilder::Form DocumentBuilder::kForms[] = {
-    {Place::kDocument, "QuietMIMOSA", Place::kRoot},
-    {Place::kRoot, "HLE", Place::kHle, "Version"},
-    {Place::kHle, "Watermark", Place::kWatermark},
-    {Place::kWatermark, "PolicyInfos", Place::kPolicies},
-    {Place::kPolicies, "PolicyInfo", Place::kPolicy, "ID"},
-    {Place::kPolicy, "ElementIDs", Place::kList},
-    {Place::kList, "ID", Place::kListed},
-    {Place::kPolicy, "PrinterScope", Place::kScope},
-    {Place::kWatermark, "Elements", Place::kElements},
-    {Place::kElements, "Element", Place::kElement, "ID"},
-    {Place::kElement, "", Place::kProperty},
-};
-
 /// The form of a node in `parent`; null for a stranger.
-const DocumentBuilder::Form* DocumentBuilder::FormOf(std::string_view name, Place parent) {
-  for (const Form& form : kForms) {
-    if (form.parent != parent || (!form.name.empty() && form.name != name)) continue;
-    // The first of these counts, whatever it holds.
-    const bool isSecond = form.place == Place::kHle && std::exchange(m_hasHle, true);
-    return isSecond ? nullptr : &form;
-  }
-  return nullptr;
+const DocumentBuilder::Form* DocumentBuilder::FormOf(const std::string& name, Place parent) {
+  static constexpr Form kForms[] = {
+      {Place::kDocument, "QuietMIMOSA", Place::kRoot},
+      {Place::kRoot, "HLE", Place::kHle, "Version"},
+      {Place::kHle, "Watermark", Place::kWatermark},
+      {Place::kWatermark, "PolicyInfos", Place::kPolicies},
+      {Place::kPolicies, "PolicyInfo", Place::kPolicy, "ID"},
+      {Place::kPolicy, "ElementIDs", Place::kList},
+      {Place::kList, "ID", Place::kListed},
+      {Place::kPolicy, "PrinterScope", Place::kScope},
+      {Place::kWatermark, "Elements", Place::kElements},
+      {Place::kElements, "Element", Place::kElement, "ID"},
+      {Place::kElement, "", Place::kProperty},
+  };
+  const auto* const form = std::ranges::find_if(kForms, [&](const Form& each) {
+    return each.parent == parent && (each.name.empty() || each.name == name);
+  });
+  if (form == std::end(kForms)) return nullptr;
+  // The first of these counts, whatever it holds.
+  const bool isSecond = form->place == Place::kHle && std::exchange(m_hasHle, true);
+  return isSecond ? nullptr : form;
 }
 
-void DocumentBuilder::Start(std::string_view name, bool isPlain,
-                            std::span<const Attribute> attributes, long line) {
+void DocumentBuilder::Start(const std::string& name, bool isPlain,
+                            const std::vector<Attribute>& attributes, long line) {
   const Open parent = m_open.empty() ? Open{Place::kDocument, ""} : m_open.back();
   if (m_text != nullptr || parent.place == Place::kStranger) {
     m_open.push_back(parent);
     return;
   }
   const Form* const form = isPlain ? FormOf(name, parent.place) : nullptr;
-  m_open.push_back({form == nullptr ? Place::kStranger : form->place, std::string(name)});
-  if (form == nullptr) return AddStranger(std::string(name), parent.name, line);
+  m_open.push_back({form == nullptr ? Place::kStranger : form->place, name});
+  if (form == nullptr) {
+    m_document.strangers.push_back({name, parent.name, line});
+    return;
+  }
   std::string id;
   for (const Attribute& each : attributes) {
     if (each.isPlain && each.name == form->attribute)
       id = each.value;
     else if (!each.isXml)
-      AddStranger("@" + std::string(each.name), std::string(name), line);
+      m_document.strangers.push_back({"@" + each.name, name, line});
   }
-  Enter(form->place, std::string(name), id, line);
+  Enter(form->place, name, id, line);
 }
 
 void DocumentBuilder::Enter(Place place, const std::string& name, const std::string& id,
@@ -95,10 +116,6 @@ void DocumentBuilder::End() {
     m_text = nullptr;
   }
   m_open.pop_back();
-}
-
-void DocumentBuilder::AddStranger(std::string name, std::string parent, long line) {
-  m_document.strangers.push_back({std::move(name), std::move(parent), line});
 }
 
 const PolicyElement* PolicyDocument::FindElement(const std::string& id) const {

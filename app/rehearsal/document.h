@@ -8,6 +8,8 @@
 
 #include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace app {
@@ -63,5 +65,45 @@ struct PolicyDocument {
 /// Reads a text that the XML service of the machine takes, so that nothing in it is a trap for the
 /// parser. Throws std::runtime_error for a text that is no document, and std::bad_alloc.
 PolicyDocument ReadDocument(const std::string& text);
+
+/// Makes a document of a parser's events, for the two homes' ReadDocument. Texts are UTF-8.
+class DocumentBuilder {
+ public:
+  struct Attribute {
+    std::string name;  ///< Without its prefix.
+    std::string value;
+    bool isPlain = true;  ///< In no namespace.
+    bool isXml = false;   ///< Of XML's own, as xml:space.
+  };
+
+  /// `isPlain`: the node is in no namespace. `line` is that of the event.
+  void Start(const std::string& name, bool isPlain, const std::vector<Attribute>& attributes,
+             long line);
+  void AddText(std::string_view text) {
+    if (m_text != nullptr) *m_text += text;
+  }
+  void End();
+
+  PolicyDocument Take() { return std::move(m_document); }
+
+ private:
+  enum class Place;
+  struct Form;
+  struct Open {
+    Place place;
+    std::string name;
+  };
+
+  const Form* FormOf(const std::string& name, Place parent);
+  void Enter(Place place, const std::string& name, const std::string& id, long line);
+
+  PolicyDocument m_document;
+  std::vector<Open> m_open;
+  bool m_hasHle = false;
+  PolicyElement* m_element = nullptr;  ///< The innermost ones.
+  PolicyInfo* m_policy = nullptr;
+  std::string* m_text = nullptr;  ///< Takes the text inside an ID, a scope or a property,
+  std::size_t m_textDepth = 0;    ///< which is so many nodes deep.
+};
 
 }  // namespace app

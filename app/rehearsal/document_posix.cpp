@@ -8,18 +8,14 @@
 #include <string_view>
 #include <vector>
 
-#include "app/rehearsal/document_builder.h"
+#include "app/rehearsal/document.h"
 #include "platform/owner.h"
 
 namespace app {
 namespace {
 
-std::string_view View(const xmlChar* text) {
-  return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
-}
-
-std::string_view View(const xmlChar* begin, const xmlChar* end) {
-  return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
+std::string Text(const xmlChar* text) {
+  return text == nullptr ? "" : reinterpret_cast<const char*>(text);
 }
 
 void PrintNothing(void* /*context*/, const char* /*format*/, ...) {}  // NOLINT(cert-dcl50-cpp)
@@ -57,14 +53,16 @@ class Reader {
     handler.startElementNs = [](void* self, const xmlChar* name, const xmlChar*, const xmlChar* uri,
                                 int, const xmlChar**, int count, int, const xmlChar** attributes) {
       Guard(self, [&](Reader& reader) {
-        reader.Start(View(name), uri == nullptr, {attributes, static_cast<std::size_t>(5 * count)});
+        reader.Start(Text(name), uri == nullptr, {attributes, static_cast<std::size_t>(5 * count)});
       });
     };
     handler.endElementNs = [](void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
       Guard(self, [](Reader& reader) { reader.m_builder.End(); });
     };
     handler.characters = [](void* self, const xmlChar* text, int size) {
-      Guard(self, [&](Reader& reader) { reader.m_builder.AddText(View(text, text + size)); });
+      const std::string_view view(reinterpret_cast<const char*>(text),
+                                  static_cast<std::size_t>(size));
+      Guard(self, [&](Reader& reader) { reader.m_builder.AddText(view); });
     };
     handler.ignorableWhitespace = handler.characters;
     handler.cdataBlock = handler.characters;
@@ -84,15 +82,13 @@ class Reader {
     }
   }
 
-  long Line() const { return m_parser->input == nullptr ? 0 : m_parser->input->line; }
-
   /// `attributes` holds five each: name, prefix, namespace, begin and end of the value.
-  void Start(std::string_view name, bool isPlain, std::span<const xmlChar*> attributes) {
+  void Start(const std::string& name, bool isPlain, std::span<const xmlChar*> attributes) {
     std::vector<DocumentBuilder::Attribute> list;
     for (; !attributes.empty(); attributes = attributes.subspan(5))
-      list.push_back({View(attributes[0]), View(attributes[3], attributes[4]),
-                      attributes[2] == nullptr, View(attributes[1]) == "xml"});
-    m_builder.Start(name, isPlain, list, Line());
+      list.push_back({Text(attributes[0]), std::string(attributes[3], attributes[4]),
+                      attributes[2] == nullptr, Text(attributes[1]) == "xml"});
+    m_builder.Start(name, isPlain, list, m_parser->input == nullptr ? 0 : m_parser->input->line);
   }
 
   DocumentBuilder m_builder;

@@ -2,7 +2,7 @@
 #include <new>
 #include <stdexcept>
 
-#include "app/rehearsal/document_builder.h"
+#include "app/rehearsal/document.h"
 #include "platform/owner.h"
 #include "platform/utf.h"
 #include "platform/xml.h"
@@ -105,8 +105,6 @@ class Handler : public ISAXContentHandler {
   void Start(const std::string& name, bool isPlain, ISAXAttributes& attributes) {
     int count = 0;
     _com_util::CheckError(attributes.getLength(&count));
-    std::vector<std::pair<std::string, std::string>> texts;  // names and values
-    texts.reserve(static_cast<std::size_t>(count));
     std::vector<DocumentBuilder::Attribute> list;
     for (int i = 0; i < count; ++i) {
       const wchar_t *space, *local, *qualified, *value;
@@ -116,8 +114,8 @@ class Handler : public ISAXContentHandler {
       _com_util::CheckError(attributes.getValue(i, &value, &valueSize));
       const std::string whole = Text(qualified, qualifiedSize);
       if (whole == "xmlns" || whole.starts_with("xmlns:")) continue;
-      const auto& [own, text] = texts.emplace_back(Text(local, localSize), Text(value, valueSize));
-      list.push_back({own, text, spaceSize == 0, whole.starts_with("xml:")});
+      list.push_back({Text(local, localSize), Text(value, valueSize), spaceSize == 0,
+                      whole.starts_with("xml:")});
     }
     int line = 0;
     if (m_locator != nullptr) m_locator->getLineNumber(&line);
