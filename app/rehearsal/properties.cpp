@@ -1,14 +1,17 @@
-#include "app/rehearsal/properties.h"
+// The properties of an element, and what became of each in the watermark's record.
+//
+// One table says which property fills which field, of which kind, in which form and range. The
+// values come from the record alone.
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <map>
 #include <optional>
 #include <set>
 
 #include "app/machine/settings.h"
-#include "app/rehearsal/placeholders.h"
+#include "app/machine/user_file.h"
+#include "app/rehearsal/review.h"
 #include "app/text/wording.h"
 
 namespace app {
@@ -33,7 +36,7 @@ constexpr PropertyRow kRows[] = {
     {"FontName", true, true, Form::kText, "fontName"},
     {"FontSize", true, true, Form::kReal, "fontSize", "above 0, to 200"},
     {"Italic", true, true, Form::kFlag, "italic"},
-    {kKind, true, true, Form::kCode, "", "0 or 1"},
+    {"Kind", true, true, Form::kCode, "", "0 or 1"},
     {"Name", true, true, Form::kText, "name"},
     {"Opacity", true, true, Form::kInteger, "opacity", "0 to 100"},
     {"PrintPos", true, false, Form::kCode, "printPos", "1 to 9"},
@@ -62,48 +65,82 @@ const PropertyRow* FindRow(const std::string& name) {
   return found == std::end(kRows) ? nullptr : found;
 }
 
-/// The number in a policy that stands for this place of the page; the record counts the places row
-/// by row.
-std::int32_t PositionCode(std::int32_t place) {
-  constexpr std::array<std::int32_t, 9> kCodes = {1, 2, 3, 7, 8, 9, 4, 5, 6};
-  const auto index = static_cast<std::size_t>(place);
-  return index < kCodes.size() ? kCodes[index] : 0;
-}
-
 bool IsKind(const PropertyRow& row) {
   return *row.field == '\0';
 }
 
-/// Returns the number in a policy that gives this record.
-std::int32_t CodeIn(const PropertyRow& row, const peers::WatermarkRecord& mark, bool isStamp) {
-  if (IsKind(row)) return isStamp ? 1 : 0;
-  if (std::string_view(row.field) == "printPos") return PositionCode(mark.printPos);
-  return (mark.repeatFirstAxis ? 1 : 0) + (mark.repeatSecondAxis ? 2 : 0);
-}
+/// A number in a policy that stands for something else in the record.
+struct Code {
+  std::int32_t number;
+  std::string meaning;
+};
 
-/// What the number of a code stands for in the record.
-std::string CodeMeaning(const PropertyRow& row, const peers::WatermarkRecord& mark, bool isStamp) {
-  if (IsKind(row)) return isStamp ? "a stamp" : "a header or footer";
-  if (std::string_view(row.field) == "printPos") return PositionText(mark.printPos);
-  if (mark.repeatFirstAxis && mark.repeatSecondAxis) return "along both axes";
-  if (mark.repeatFirstAxis) return "along the first axis";
-  return mark.repeatSecondAxis ? "along the second axis" : "not repeated";
+/// Returns the code that gives this record.
+Code CodeIn(const PropertyRow& row, const Registered& registered) {
+  // The record counts the places of the page row by row.
+  constexpr std::int32_t kPlaces[] = {1, 2, 3, 7, 8, 9, 4, 5, 6};
+  constexpr const char* kAxes[] = {"not repeated", "along the first axis", "along the second axis",
+                                   "along both axes"};
+  const peers::WatermarkRecord& mark = *registered.mark;
+  if (IsKind(row)) return registered.isStamp ? Code{1, "a stamp"} : Code{0, "a header or footer"};
+  if (std::string_view(row.field) == "printPos") {
+    const auto place = static_cast<std::size_t>(mark.printPos);
+    return {place < std::size(kPlaces) ? kPlaces[place] : 0, PositionText(mark.printPos)};
+  }
+  const int axes = (mark.repeatFirstAxis ? 1 : 0) + (mark.repeatSecondAxis ? 2 : 0);
+  return {axes, kAxes[axes]};
 }
 
 /// The form and the range of a number, as an author has to write it.
 std::string RuleOf(const PropertyRow& row) {
-  switch (row.form) {
-    case Form::kFlag:
-      return "1 is on, anything else off";
-    case Form::kColour:
-      return std::string("a whole number, or 0x and hexadecimal digits, ") + row.range;
-    case Form::kReal:
-      return std::string("a real number, ") + row.range;
-    case Form::kInteger:
-      return std::string("a whole number, ") + row.range;
-    default:
-      return row.range;
+  constexpr const char* kForms[] = {"",
+                                    "a real number, ",
+                                    "1 is on, anything else off",
+                                    "a whole number, or 0x and hexadecimal digits, ",
+                                    "a whole number, ",
+                                    ""};
+  return std::string(kForms[static_cast<int>(row.form)]) + row.range;
+}
+
+constexpr std::string_view kUser = "{WinUser}";
+
+/// The "{...}" at `open`, or what looks like one that is not closed: the word.
+std::string PlaceholderAt(const std::string& text, std::size_t open) {
+  const std::size_t close = text.find_first_of("{}", open + 1);
+  if (close != text.npos && text[close] == '}') return text.substr(open, close + 1 - open);
+  return text.substr(open, text.find_first_of("{ \t\r\n", open + 1) - open);
+}
+
+/// Returns the texts in braces that stand in the record as in the policy, and no more than some.
+std::set<std::string> Unfilled(const std::string& written, const std::string& stored) {
+  constexpr std::size_t kMost = 3;
+  std::set<std::string> seen;
+  std::set<std::string> unfilled;
+  for (std::size_t open = written.find('{'); open != written.npos && unfilled.size() < kMost;
+       open = written.find('{', open + 1)) {
+    const std::string placeholder = PlaceholderAt(written, open);
+    if (seen.insert(placeholder).second && stored.find(placeholder) != stored.npos)
+      unfilled.insert(placeholder);
   }
+  return unfilled;
+}
+
+/// Returns the user's name where `stored` is `written` with one name in place of each {WinUser}.
+std::optional<std::string> UserIn(const std::string& written, const std::string& stored) {
+  const std::size_t first = written.find(kUser);
+  if (first == written.npos) return std::nullopt;
+  const std::size_t count = CountUsers(written);
+  const std::size_t rest = written.size() - count * kUser.size();
+  if (stored.size() < rest || first > stored.size()) return std::nullopt;
+  std::string user = stored.substr(first, (stored.size() - rest) / count);
+  std::string expected;
+  std::size_t from = 0;
+  for (std::size_t at = first; at != written.npos; at = written.find(kUser, from)) {
+    expected.append(written, from, at - from).append(user);
+    from = at + kUser.size();
+  }
+  if (expected.append(written, from) != stored) return std::nullopt;
+  return user;
 }
 
 /// Nothing for a text.
@@ -114,15 +151,12 @@ std::optional<double> NumberIn(const Json& value) {
 
 class PropertyReview {
  public:
-  PropertyReview(const PolicyElement& element, const Registered& registered, Remarks& findings,
-                 Remarks& notes, const std::vector<std::string>& fullNames)
+  PropertyReview(const PolicyElement& element, const ElementFate& fate, Review& review)
       : m_element(element),
-        m_mark(*registered.mark),
-        m_fields(JsonOf(m_mark)),
-        m_isStamp(registered.isStamp),
-        m_findings(findings),
-        m_notes(notes),
-        m_fullNames(fullNames) {}
+        m_fate(fate),
+        m_fields(JsonOf(*fate.mark)),
+        m_findings(review.findings),
+        m_notes(review.notes) {}
 
   void Run() {
     for (const Property& property : m_element.properties) {
@@ -141,13 +175,15 @@ class PropertyReview {
   }
 
  private:
-  bool IsRead(const PropertyRow& row) const { return m_isStamp ? row.isInStamp : row.isInHeader; }
+  bool IsRead(const PropertyRow& row) const {
+    return m_fate.isStamp ? row.isInStamp : row.isInHeader;
+  }
 
   /// A name without the ID that it begins with, a code in the policy's number.
   Json ValueOf(const PropertyRow& row) const {
-    if (row.form == Form::kCode) return CodeIn(row, m_mark, m_isStamp);
+    if (row.form == Form::kCode) return CodeIn(row, m_fate).number;
     if (std::string_view(row.field) == "name")
-      return std::string(m_mark.name).erase(0, m_element.id.size() + 1);
+      return std::string(m_fate.mark->name).erase(0, m_element.id.size() + 1);
     return m_fields.at(row.field);
   }
 
@@ -193,7 +229,7 @@ class PropertyReview {
 
   void ReviewUser(const Property& property, const std::string& user, const std::string& change) {
     m_notes.Add({"filled", m_element.id, property.name, property.line, change + " here"});
-    if (const std::string name = NameBefore(user, m_fullNames); !name.empty())
+    if (const std::string name = NameBefore(user); !name.empty())
       Find("lost", property,
            "the user's name " + Quoted(name) + " became " + Quoted(user) +
                " in a user information file that is not UTF-16; remove that file");
@@ -211,7 +247,7 @@ class PropertyReview {
                           : isCode               ? written + " counts as " + became
                           : isZero               ? written + " reads as " + became
                                                  : written + " became " + became;
-    if (isCode) message += ", " + CodeMeaning(row, m_mark, m_isStamp);
+    if (isCode) message += ", " + CodeIn(row, m_fate).meaning;
     m_findings.Add({isZero ? "zero" : "changed", m_element.id, property.name, property.line,
                     message + "; " + RuleOf(row), property.text, became});
   }
@@ -229,20 +265,24 @@ class PropertyReview {
   }
 
   const PolicyElement& m_element;
-  const peers::WatermarkRecord& m_mark;
-  const Json m_fields;
-  const bool m_isStamp;
+  const ElementFate& m_fate;
+  const Json m_fields;  ///< Of the record.
   Remarks& m_findings;
   Remarks& m_notes;
-  const std::vector<std::string>& m_fullNames;
   std::map<std::string_view, long> m_firsts;  ///< The line of the first property of each name.
 };
 
 }  // namespace
 
-void ReviewProperties(const PolicyElement& element, const Registered& registered, Remarks& findings,
-                      Remarks& notes, const std::vector<std::string>& fullNames) {
-  PropertyReview(element, registered, findings, notes, fullNames).Run();
+std::size_t CountUsers(const std::string& text) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(kUser); at != text.npos; at = text.find(kUser, at + kUser.size()))
+    ++count;
+  return count;
+}
+
+void ReviewProperties(const PolicyElement& element, const ElementFate& fate, Review& review) {
+  PropertyReview(element, fate, review).Run();
 }
 
 }  // namespace app

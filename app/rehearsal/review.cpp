@@ -9,9 +9,6 @@
 #include "app/machine/policy_text.h"
 #include "app/machine/state.h"
 #include "app/pass/messages.h"
-#include "app/rehearsal/placeholders.h"
-#include "app/rehearsal/properties.h"
-#include "app/rehearsal/sight.h"
 #include "app/text/errors.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
@@ -21,6 +18,8 @@
 
 namespace app {
 namespace {
+
+constexpr std::size_t kMostOfAKind = 1000;
 
 // Bounds that no policy of a real machine comes near. They keep each process under half a gigabyte,
 // and a pass under half a minute.
@@ -59,7 +58,8 @@ class Reviewer {
   void Run(const page::Paper& paper) {
     RequireWhole();
     MatchElements();
-    ReviewElements();
+    for (const ElementFate& fate : m_review.elements)
+      if (fate.isFirst) ReviewElement(fate, m_document.FindElement(fate.id));
     ReviewSight(paper, m_review);
     ReviewPolicies();
     ReviewList();
@@ -75,23 +75,6 @@ class Reviewer {
  private:
   void Find(Finding finding) { m_review.findings.Add(std::move(finding)); }
 
-  /// Pairs the IDs of the list with what the pass registered. Throws when the counts differ,
-  /// because the pairs would be wrong.
-  void MatchElements() {
-    if (m_policy == nullptr) return;
-    if (m_rehearsal.registered.size() != m_policy->listed.size())
-      throw std::runtime_error("the rehearsal is incomplete: it tells of " +
-                               std::to_string(m_rehearsal.registered.size()) + " of " +
-                               std::to_string(m_policy->listed.size()) + " IDs");
-    for (std::size_t i = 0; i < m_policy->listed.size(); ++i) {
-      const ListedId& listed = m_policy->listed[i];
-      const PolicyElement* const element = m_document.FindElement(listed.id);
-      m_review.elements.push_back(
-          {listed.id, element == nullptr ? listed.line : element->lines.front(),
-           element != nullptr && !HasQuote(listed.id), m_rehearsal.registered[i].mark});
-    }
-  }
-
   /// Throws when the pass has failed at something for which the policy is not to blame, as when the
   /// memory ends.
   void RequireWhole() const {
@@ -104,44 +87,51 @@ class Reviewer {
         throw std::runtime_error("the rehearsal is incomplete: " + meaning.sentence);
   }
 
-  /// Each once, although it may be listed again.
-  void ReviewElements() {
-    std::set<std::string_view> seen;
-    for (std::size_t i = 0; i < m_review.elements.size(); ++i) {
-      const ElementFate& fate = m_review.elements[i];
-      if (!seen.insert(fate.id).second) continue;
-      const PolicyElement* const element = m_document.FindElement(fate.id);
-      if (fate.mark)
-        ReviewMark(fate, element, m_rehearsal.registered[i]);
-      else
-        ReviewDropped(fate, element, m_rehearsal.registered[i]);
+  /// Pairs the IDs of the list with what the pass registered. Throws when the counts differ,
+  /// because the pairs would be wrong.
+  void MatchElements() {
+    if (m_policy == nullptr) return;
+    const std::vector<ListedId>& list = m_policy->listed;
+    if (m_rehearsal.registered.size() != list.size())
+      throw std::runtime_error("the rehearsal is incomplete: it tells of " +
+                               std::to_string(m_rehearsal.registered.size()) + " of " +
+                               std::to_string(list.size()) + " IDs");
+    std::set<std::string_view> ids;
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const auto& [id, line] = list[i];
+      const PolicyElement* const element = m_document.FindElement(id);
+      m_review.elements.push_back({std::move(m_rehearsal.registered[i]), id,
+                                   element == nullptr ? line : element->lines.front(),
+                                   element != nullptr && !HasQuote(id), ids.insert(id).second});
     }
   }
 
-  void ReviewDropped(const ElementFate& fate, const PolicyElement* element,
-                     const Registered& registered) {
+  /// `element` is null where the policy has none of the ID.
+  void ReviewElement(const ElementFate& fate, const PolicyElement* element) {
+    if (!fate.mark)
+      ReviewDropped(fate, element);
+    else if (fate.isThere)
+      ReviewProperties(*element, fate, m_review);
+    else
+      Find({"nothing", fate.id, "", fate.line,
+            std::string(element == nullptr ? "there is no element of this ID"
+                                           : "its ID cannot be asked for") +
+                "; a watermark is registered from nothing"});
+  }
+
+  void ReviewDropped(const ElementFate& fate, const PolicyElement* element) {
     if (!m_review.findings.HasRoom("dropped")) return;
     std::string why = "the pass does not say why";
-    if (registered.reason) {
-      why = MeaningOf(*registered.reason).sentence;
+    if (fate.reason) {
+      why = MeaningOf(*fate.reason).sentence;
       why.erase(0, why.find(": ") + 2);
     }
     if (element != nullptr) {
-      const auto kind = std::ranges::find(element->properties, kKind, &Property::name);
+      const auto kind = std::ranges::find(element->properties, "Kind", &Property::name);
       if (kind != element->properties.end() && !IsBlank(kind->text))
         why += " (Kind " + OneLine(Trimmed(kind->text), kTextWidth) + ")";
     }
     Find({"dropped", fate.id, "", fate.line, "dropped: " + why});
-  }
-
-  void ReviewMark(const ElementFate& fate, const PolicyElement* element,
-                  const Registered& registered) {
-    if (!fate.isThere)
-      return Find({"nothing", fate.id, "", fate.line,
-                   std::string(element == nullptr ? "there is no element of this ID"
-                                                  : "its ID cannot be asked for") +
-                       "; a watermark is registered from nothing"});
-    ReviewProperties(*element, registered, m_review.findings, m_review.notes, m_fullNames);
   }
 
   void ReviewPolicies() {
@@ -240,8 +230,8 @@ class Reviewer {
   /// Trouble of the pass that is not the reason of a dropped element is a note about the machine.
   void ReviewTroubles() {
     std::set<std::pair<int, std::string>> reasons;
-    for (const Registered& registered : m_rehearsal.registered)
-      if (registered.reason) reasons.emplace(registered.reason->number, registered.reason->text);
+    for (const ElementFate& fate : m_review.elements)
+      if (fate.reason) reasons.emplace(fate.reason->number, fate.reason->text);
     for (const Message& trouble : m_rehearsal.troubles)
       if (reasons.contains({trouble.number, trouble.text}))
         m_review.told.push_back(trouble);
@@ -268,7 +258,6 @@ class Reviewer {
   const PolicyInfo* const m_policy;
   Rehearsal& m_rehearsal;
   Review& m_review;
-  const std::vector<std::string> m_fullNames = FullNames();
 };
 
 [[noreturn]] void RefuseSize(const std::string& what, std::size_t most) {
@@ -306,6 +295,38 @@ void RequireFewMarks(const PolicyDocument& document, int policyId) {
 }
 
 }  // namespace
+
+void Remarks::Add(Finding finding) {
+  ++m_count;
+  if (++m_counts[finding.kind] <= kMostOfAKind) m_kept.push_back(std::move(finding));
+}
+
+bool Remarks::HasRoom(const std::string& kind) {
+  std::size_t& count = m_counts[kind];
+  if (count < kMostOfAKind) return true;
+  ++count;
+  ++m_count;
+  return false;
+}
+
+void Remarks::Close() {
+  std::ranges::stable_sort(m_kept, {}, &Finding::line);
+  for (const auto& [kind, count] : m_counts)
+    if (count > kMostOfAKind)
+      m_kept.push_back({kind, "", "", 0, "and " + std::to_string(count - kMostOfAKind) + " more"});
+}
+
+std::string Remark(const Finding& finding, std::size_t width) {
+  std::string subject = OneLine(finding.element, width);
+  const std::string property = OneLine(finding.property, width);
+  if (!property.empty()) subject += (subject.empty() ? "" : " ") + property;
+  return subject + (subject.empty() ? "" : ": ") + finding.message;
+}
+
+std::string Line(const std::string& file, const Finding& finding) {
+  const std::string line = finding.line > 0 ? std::to_string(finding.line) + ":" : "";
+  return file + ":" + line + " " + Remark(finding, kTextWidth);
+}
 
 std::size_t Review::Registered() const {
   return static_cast<std::size_t>(std::ranges::count_if(

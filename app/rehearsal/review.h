@@ -3,8 +3,10 @@
 // What a policy becomes on this machine, as a rehearsal shows it, compared with its text.
 //
 // Every finding is a difference that was seen, between the text and the records or in the messages
-// of the pass, or one that the picture of the page tells. The review works no value out.
+// of the pass, or one that the picture of the page shows. The review works no value out.
 
+#include <cstddef>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,17 +16,53 @@
 #include "app/page/page.h"
 #include "app/rehearsal/document.h"
 #include "app/rehearsal/rehearse.h"
-#include "app/rehearsal/remarks.h"
 #include "peers/settings_component/setting_file.h"
 
 namespace app {
 
-/// An ID of the policy's list.
-struct ElementFate {
+struct Finding {
+  std::string kind;      ///< One word for programs: "changed", "zero", "unread", ...
+  std::string element;   ///< Its ID; empty when the finding is about no element.
+  std::string property;  ///< Empty when it is about no property.
+  long line = 0;         ///< 0 when it is about no line.
+  std::string message;
+  std::string written = "";  ///< Of a value: the text of the policy.
+  std::string became = "";   ///< Of a value: the record's, for people.
+};
+
+/// "E1 FontSize: -3 became 1", with no name longer than `width` places.
+std::string Remark(const Finding& finding, std::size_t width = std::string::npos);
+
+/// "policy.xml:24: E1 FontSize: -3 became 1", on one line whatever the texts in it.
+std::string Line(const std::string& file, const Finding& finding);
+
+/// Findings, or notes. Of each kind the first ones are kept and the others counted, because a text
+/// may hold a million.
+class Remarks {
+ public:
+  void Add(Finding finding);
+  /// Returns false, and counts, where one more of the kind would not be kept. For a caller that can
+  /// spare its words.
+  bool HasRoom(const std::string& kind);
+  /// Sorts them by line, and adds one of each kind that says how many were not kept.
+  void Close();
+
+  const std::vector<Finding>& Kept() const { return m_kept; }
+  /// How many there are in all.
+  std::size_t Count() const { return m_count; }
+
+ private:
+  std::vector<Finding> m_kept;
+  std::map<std::string, std::size_t> m_counts;  ///< By kind.
+  std::size_t m_count = 0;
+};
+
+/// An ID of the policy's list, and the watermark that it became.
+struct ElementFate : Registered {
   std::string id;
   long line = 0;         ///< Of the element, or of the list's entry when there is no element.
   bool isThere = false;  ///< There is an element that the ID can be asked for.
-  std::optional<peers::WatermarkRecord> mark;  ///< Nothing when it was dropped.
+  bool isFirst = false;  ///< The list does not have the ID before.
 };
 
 struct PrinterFate {
@@ -42,7 +80,7 @@ struct Review {
   std::vector<PrinterFate> printers;  ///< The default entry first, as "*".
   Remarks findings;                   ///< Faults.
   Remarks notes;                      ///< No faults, and good to know.
-  std::vector<Message> told;          ///< The messages of trouble that the findings tell.
+  std::vector<Message> told;          ///< The messages of trouble that the findings name.
 
   /// Why the passes refuse the text; then there is nothing else.
   std::string refusal;
@@ -75,5 +113,19 @@ Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsa
 /// Reviews the policy. Throws UsageError, with the source's name, for one that is refused.
 Review ReviewSource(const PolicySource& source, int policyId,
                     const page::Paper& paper = kUsualPaper);
+
+// The parts of a review.
+
+/// Compares each property of the element, which is registered, with the record, and adds each
+/// difference to the findings, and to the notes the properties that the element lacks.
+void ReviewProperties(const PolicyElement& element, const ElementFate& fate, Review& review);
+
+/// Adds the elements that nobody sees, that lie off the paper, run off it, or lie in one place with
+/// another to the findings, and what else the picture shows to the notes. Each element counts once,
+/// because an update registers the same on every entry.
+void ReviewSight(const page::Paper& paper, Review& review);
+
+/// Returns how many times the text has {WinUser}, which an update fills in.
+std::size_t CountUsers(const std::string& text);
 
 }  // namespace app

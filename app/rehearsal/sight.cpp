@@ -1,12 +1,11 @@
-#include "app/rehearsal/sight.h"
+// Which of a policy's watermarks a reader of the page sees, and which lie wrong on the paper, by
+// the same layout as the picture's.
 
 #include <map>
-#include <set>
-#include <string_view>
 #include <tuple>
 #include <vector>
 
-#include "app/page/page.h"
+#include "app/rehearsal/review.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
 
@@ -15,20 +14,21 @@ namespace {
 
 constexpr std::int32_t kWhite = 0xFFFFFF;
 
-/// An element that a reader sees, and its watermark.
-struct SeenElement {
-  const ElementFate* fate;
-  const peers::WatermarkRecord* mark;
-};
-using SeenElements = std::vector<SeenElement>;
+/// Returns why nobody sees the watermark, wherever it lies: "its opacity is 0"; empty where one
+/// does.
+std::string WhyUnseen(const peers::WatermarkRecord& mark) {
+  if (IsBlank(mark.text)) return "its text is empty";
+  if (mark.opacity == 0) return "its opacity is 0";
+  return mark.color == kWhite ? "it is white on white paper" : "";
+}
 
-/// The watermarks that a reader sees, one of each ID.
+/// The elements that a reader sees, one of each ID.
+using SeenElements = std::vector<const ElementFate*>;
+
 SeenElements Seen(const Review& review) {
-  std::set<std::string_view> ids;
   SeenElements seen;
   for (const ElementFate& fate : review.elements)
-    if (fate.mark && ids.insert(fate.id).second && WhyUnseen(*fate.mark).empty())
-      seen.push_back({&fate, &*fate.mark});
+    if (fate.isFirst && fate.mark && WhyUnseen(*fate.mark).empty()) seen.push_back(&fate);
   return seen;
 }
 
@@ -36,8 +36,8 @@ SeenElements Seen(const Review& review) {
 peers::EntryRecord EntryOf(const SeenElements& seen) {
   peers::EntryRecord entry;
   entry.lastSetting.enabled = true;
-  for (const SeenElement& each : seen) {
-    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*each.mark);
+  for (const ElementFate* each : seen) {
+    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*each->mark);
     mark.name = std::to_string(entry.watermarks.size() - 1);
     entry.lastSetting.watermarks.push_back(mark.id);
   }
@@ -52,7 +52,7 @@ void ReviewPage(const page::Paper& paper, const SeenElements& seen, Review& revi
       review.notes.Add({"page", "", "", 0, on + note.text});
       continue;
     }
-    const ElementFate& fate = *seen.at(std::stoul(note.watermark)).fate;
+    const ElementFate& fate = *seen.at(std::stoul(note.watermark));
     (note.isOffPage ? review.findings : review.notes)
         .Add({"page", fate.id, "", fate.line, on + "it " + note.text});
   }
@@ -65,8 +65,8 @@ auto PlaceOf(const peers::WatermarkRecord& mark) {
 
 void ReviewPlaces(const SeenElements& seen, Review& review) {
   std::map<decltype(PlaceOf({})), const ElementFate*> places;
-  for (const auto& [fate, mark] : seen) {
-    const auto [first, isNew] = places.emplace(PlaceOf(*mark), fate);
+  for (const ElementFate* fate : seen) {
+    const auto [first, isNew] = places.emplace(PlaceOf(*fate->mark), fate);
     if (!isNew && review.findings.HasRoom("place"))
       review.findings.Add({"place", fate->id, "", fate->line,
                            "it lies in the place of " + OneLine(first->second->id, kTextWidth) +
@@ -77,10 +77,9 @@ void ReviewPlaces(const SeenElements& seen, Review& review) {
 /// Adds each element that is registered and not seen. One that the policy has not is a finding
 /// already.
 void ReviewUnseen(Review& review) {
-  std::set<std::string_view> ids;
   for (const ElementFate& fate : review.elements) {
-    const std::string why = fate.mark ? WhyUnseen(*fate.mark) : "";
-    if (why.empty() || !ids.insert(fate.id).second) continue;
+    const std::string why = fate.isFirst && fate.mark ? WhyUnseen(*fate.mark) : "";
+    if (why.empty()) continue;
     if (fate.isThere && review.findings.HasRoom("invisible"))
       review.findings.Add({"invisible", fate.id, "", fate.line, "invisible: " + why});
     if (review.unseen.empty())
@@ -89,12 +88,6 @@ void ReviewUnseen(Review& review) {
 }
 
 }  // namespace
-
-std::string WhyUnseen(const peers::WatermarkRecord& mark) {
-  if (IsBlank(mark.text)) return "its text is empty";
-  if (mark.opacity == 0) return "its opacity is 0";
-  return mark.color == kWhite ? "it is white on white paper" : "";
-}
 
 void ReviewSight(const page::Paper& paper, Review& review) {
   const SeenElements seen = Seen(review);
