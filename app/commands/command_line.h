@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "app/rehearsal/refusal.h"
+#include "app/rehearsal/review.h"
 
 namespace app {
 

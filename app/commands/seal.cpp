@@ -12,7 +12,7 @@
 #include "app/machine/output_file.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/policy_text.h"
-#include "app/rehearsal/refusal.h"
+#include "app/rehearsal/review.h"
 #include "app/text/errors.h"
 #include "app/text/input.h"
 #include "app/text/table.h"

@@ -7,7 +7,7 @@
 #include "app/machine/user_file.h"
 #include "app/pass/messages.h"
 #include "app/pass/pass.h"
-#include "app/rehearsal/refusal.h"
+#include "app/rehearsal/review.h"
 #include "app/text/input.h"
 #include "app/text/wording.h"
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <stdexcept>
 
@@ -10,44 +11,48 @@
 #include "app/pass/messages.h"
 #include "app/text/errors.h"
 #include "app/text/input.h"
-#include "app/text/json.h"
 #include "app/text/table.h"
 
 namespace app {
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Message, level, number, function, text)
+
 namespace {
 
-Json JsonOf(const Message& message) {
-  return {message.level, message.number, message.function, message.text};
-}
-
-Message MessageOf(const Json& json) {
-  return {json.at(0), json.at(1), json.at(2), json.at(3)};
-}
-
-/// "walk": the messages about the default entry's elements; "guids": those made of any entry.
-Json WalkOf(const Outcome& outcome) {
-  Json walk = Json::array();
-  Json guids = Json::array();
+/// The child's answer, as JSON on its way.
+struct Answer {
+  std::string error = {};  ///< Why the child held no rehearsal; then there is nothing else.
+  int result = 0;
+  std::string file = {};  ///< The scratch's setting file.
+  std::vector<Message> troubles = {};
+  std::vector<Message> walk = {};       ///< Of the default entry's elements, one message of each.
+  std::vector<std::string> guids = {};  ///< Of the watermarks of all entries.
   bool hasUnread = false;
+  std::string undelivered = {};
+};
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Answer, error, result, file, troubles, walk, guids, hasUnread,
+                                   undelivered)
+
+void ReadMessages(const std::vector<Message>& messages, Answer& answer) {
   std::size_t entries = 0;
-  for (const Message& message : outcome.messages) {
+  for (const Message& message : messages) {
     const Step step = StepOf(message);
     if (step == Step::kEntry) ++entries;
-    hasUnread = hasUnread || step == Step::kUnread;
-    if (const auto made = MadeMarkIn(message)) guids.push_back(made->guid);
+    if (step == Step::kUnread) answer.hasUnread = true;
+    if (const auto made = MadeMarkIn(message)) answer.guids.push_back(made->guid);
     if (entries <= 1 && (step == Step::kMade || step == Step::kDropped))
-      walk.push_back(JsonOf(message));
+      answer.walk.push_back(message);
   }
-  return {{"walk", walk}, {"guids", guids}, {"hasUnread", hasUnread}};
+  answer.troubles = Troubles(messages);
 }
 
-std::vector<Registered> Match(const Json& walk, const peers::SettingFileContent& records) {
+std::vector<Registered> Match(const std::vector<Message>& walk,
+                              const peers::SettingFileContent& records) {
   std::map<std::string, const peers::WatermarkRecord*> marks;
   if (const auto* entry = DefaultEntry(records))
     for (const peers::WatermarkRecord& mark : entry->watermarks) marks[mark.id] = &mark;
   std::vector<Registered> all;
-  for (const Json& each : walk) {
-    const Message message = MessageOf(each);
+  for (const Message& message : walk) {
     const auto made = MadeMarkIn(message);
     const auto mark = made ? marks.find(made->guid) : marks.end();
     Registered& registered = all.emplace_back();
@@ -59,12 +64,13 @@ std::vector<Registered> Match(const Json& walk, const peers::SettingFileContent&
 }
 
 /// Throws if the scratch machine was not saved; else the policy would be blamed.
-void RequireSaved(const Rehearsal& rehearsal, const Json& guids, const ScratchMachine& scratch) {
+void RequireSaved(const Rehearsal& rehearsal, const std::vector<std::string>& guids,
+                  const ScratchMachine& scratch) {
   std::set<std::string> saved;
   for (const peers::EntryRecord& entry : rehearsal.records.entries)
     for (const peers::WatermarkRecord& mark : entry.watermarks) saved.insert(mark.id);
   const bool isSaved =
-      std::ranges::all_of(guids, [&](const Json& guid) { return saved.contains(guid); }) &&
+      std::ranges::all_of(guids, [&](auto& guid) { return saved.contains(guid); }) &&
       std::ranges::none_of(rehearsal.troubles, [](const Message& message) {
         return MeaningOf(message).weight == Weight::kUnsaved;
       });
@@ -73,38 +79,39 @@ void RequireSaved(const Rehearsal& rehearsal, const Json& guids, const ScratchMa
                              " could not be saved");
 }
 
-}  // namespace
-
-std::string AnswerOf(const ScratchMachine& scratch, const PolicyCall& call) try {
+Answer Answered(const ScratchMachine& scratch, const PolicyCall& call) try {
   scratch.Enter();
   LayUserFile();  // as the command `update` does
   const Outcome outcome = Call(UpdateCall(call.text, call.policyId, call.resetName));
-  Json answer = WalkOf(outcome);
-  answer["result"] = outcome.result;
-  answer["file"] = peers::FindSettingPlace().file.string();
-  answer["troubles"] = Json::array();
-  for (const Message& trouble : Troubles(outcome.messages))
-    answer["troubles"].push_back(JsonOf(trouble));
-  const bool isTried = outcome.result != SIGIL_SETTING_FAILED;
-  answer["undelivered"] = isTried ? scratch.WhyUndelivered(call.text) : "";
-  return answer.dump(-1, ' ', false, Json::error_handler_t::replace);
+  Answer answer = {.result = outcome.result, .file = peers::FindSettingPlace().file.string()};
+  ReadMessages(outcome.messages, answer);
+  if (outcome.result != SIGIL_SETTING_FAILED)
+    answer.undelivered = scratch.WhyUndelivered(call.text);
+  return answer;
 } catch (const std::exception& error) {
-  const Json answer = {{"error", CauseOf(error)}};
-  return answer.dump(-1, ' ', false, Json::error_handler_t::replace);
+  return {.error = CauseOf(error)};
 }
 
-Rehearsal TakeIn(const std::string& answer, const ScratchMachine& scratch) {
-  const Json told = Json::parse(answer, nullptr, false);
-  if (!told.is_object()) throw std::runtime_error("the rehearsal ended without an answer");
-  if (told.contains("error")) throw std::runtime_error(told.at("error").get<std::string>());
+}  // namespace
+
+std::string AnswerOf(const ScratchMachine& scratch, const PolicyCall& call) {
+  return nlohmann::json(Answered(scratch, call))
+      .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+Rehearsal TakeIn(const std::string& bytes, const ScratchMachine& scratch) {
+  const auto json = nlohmann::json::parse(bytes, nullptr, false);
+  if (!json.is_object()) throw std::runtime_error("the rehearsal ended without an answer");
+  auto answer = json.get<Answer>();
+  if (!answer.error.empty()) throw std::runtime_error(answer.error);
   Rehearsal rehearsal;
-  rehearsal.result = told.at("result");
-  for (const Json& trouble : told.at("troubles")) rehearsal.troubles.push_back(MessageOf(trouble));
-  rehearsal.records = peers::ReadSettingFile(PathOf(told.at("file").get<std::string>()));
-  rehearsal.registered = Match(told.at("walk"), rehearsal.records);
-  rehearsal.hasUnread = told.at("hasUnread");
-  rehearsal.undelivered = told.at("undelivered");
-  RequireSaved(rehearsal, told.at("guids"), scratch);
+  rehearsal.result = answer.result;
+  rehearsal.troubles = std::move(answer.troubles);
+  rehearsal.records = peers::ReadSettingFile(PathOf(answer.file));
+  rehearsal.registered = Match(answer.walk, rehearsal.records);
+  rehearsal.hasUnread = answer.hasUnread;
+  rehearsal.undelivered = answer.undelivered;
+  RequireSaved(rehearsal, answer.guids, scratch);
   return rehearsal;
 }
 

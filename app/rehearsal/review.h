@@ -114,7 +114,41 @@ Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsa
 Review ReviewSource(const PolicySource& source, int policyId,
                     const page::Paper& paper = kUsualPaper);
 
+// A bad policy never replaces a good one by accident.
+
+/// What a policy is let at.
+enum class Use {
+  kUpdate,    ///< The machine's records.
+  kDelivery,  ///< Every machine that it is delivered to.
+};
+
+/// How strictly a policy is let through.
+struct Care {
+  bool isForced = false;  ///< Also a policy that a rehearsal finds unfit.
+  bool isStrict = false;  ///< None with a finding.
+};
+
+/// What a rehearsal says of a policy that is let through.
+struct Verdict {
+  std::vector<std::string> lines;  ///< What is to be told of it, a line each.
+  std::vector<Message> told;       ///< The trouble that the lines tell.
+  std::string cause;               ///< Why the passes refuse it, where --force lets it through.
+  std::size_t elements = 0;        ///< How many its list has; 0 when it was not rehearsed.
+};
+
+/// Rehearses the policy. Throws UsageError with the reason when the passes refuse it, when it
+/// empties every entry, when no watermark of it can be seen, and by strict care at any finding; and
+/// whatever keeps the rehearsal from being held. By force it throws nothing, and the lines tell of
+/// it. `file` is how the lines name the text. Nothing of the machine changes.
+Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int policyId, Use use,
+                     Care care, bool resetName = false);
+
 // The parts of a review.
+
+/// Adds all findings and notes, and what the review says of elements and printers. Throws
+/// std::runtime_error for a rehearsal that is incomplete.
+void FindFaults(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal,
+                const page::Paper& paper, Review& review);
 
 /// Compares each property of the element, which is registered, with the record, and adds each
 /// difference to the findings, and to the notes the properties that the element lacks.
