@@ -65,34 +65,21 @@ double MiddleAt(int place, double extent, double length) {
   return extent / 2 + place * (length - extent) / 2;
 }
 
-/// The copies along one axis that touch the page: those with the numbers from `first` to `last`,
-/// each a step from the next; 0 is the text in its own place.
-struct Copies {
-  double step = 0;
-  int first = 0;
-  int last = 0;
+/// A text and its copies along one axis of the page.
+struct Axis {
+  const char* name;
+  const char* sides[2];
+  double extent;  ///< Of the text.
+  double length;  ///< Of the page.
+  double middle;  ///< Of the text in its own place.
+  double step;    ///< From one copy to the next; 0 without copies.
+  /// The numbers of the copies that touch the page; 0 is the text in its own place.
+  int first = 0, last = 0;
 
   int Count() const { return last - first + 1; }
   /// Leaves out the first and the last in turn, so that those in the middle stay.
   void Shorten() { Count() % 2 == 0 ? ++first : --last; }
 };
-
-Copies CopiesAlong(double middle, double extent, double step, double length) {
-  return {step, static_cast<int>(std::ceil((-extent / 2 - middle) / step)),
-          static_cast<int>(std::floor((length + extent / 2 - middle) / step))};
-}
-
-/// What of a box lies beyond the two ends of a length, and whether that is all of it.
-struct Beyond {
-  double before = 0;
-  double behind = 0;
-  bool isWhole = false;
-};
-
-Beyond BeyondPage(double middle, double extent, double length) {
-  const double before = extent / 2 - middle, behind = middle + extent / 2 - length;
-  return {before, behind, before >= extent || behind >= extent};
-}
 
 /// Lays out one watermark after the other and takes notes on the way.
 class Setter {
@@ -147,50 +134,61 @@ class Setter {
 
   void PlaceCopies(Mark& mark) {
     const peers::WatermarkRecord& record = mark.record;
-    const Size page = m_page.paper.size;
-    const Point own = {
-        MiddleAt(record.printPos % 3, mark.box.width, page.width) + record.xOffset,
-        MiddleAt(record.printPos / 3, mark.box.height, page.height) + record.yOffset};
-    const double across = mark.box.width + record.repeatHSpace;
-    const double down = mark.box.height + record.repeatVSpace;
-    const bool hasColumns = HasCopies(record.repeatFirstAxis, across, "first");
-    const bool hasRows = HasCopies(record.repeatSecondAxis, down, "second");
-
-    const Beyond x = hasColumns ? Beyond{} : BeyondPage(own.x, mark.box.width, page.width);
-    const Beyond y = hasRows ? Beyond{} : BeyondPage(own.y, mark.box.height, page.height);
-    TellBeyond(x, y);
-    if (x.isWhole || y.isWhole) return;
-
-    Copies columns, rows;
-    if (hasColumns) columns = CopiesAlong(own.x, mark.box.width, across, page.width);
-    if (hasRows) rows = CopiesAlong(own.y, mark.box.height, down, page.height);
-    KeepToRoom(mark, columns, rows);
-    for (int row = rows.first; row <= rows.last; ++row)
-      for (int column = columns.first; column <= columns.last; ++column)
-        mark.centers.push_back({own.x + column * columns.step, own.y + row * rows.step});
+    const Size box = mark.box, page = m_page.paper.size;
+    Axis x = {"first",
+              {"left", "right"},
+              box.width,
+              page.width,
+              MiddleAt(record.printPos % 3, box.width, page.width) + record.xOffset,
+              box.width + record.repeatHSpace};
+    Axis y = {"second",
+              {"top", "bottom"},
+              box.height,
+              page.height,
+              MiddleAt(record.printPos / 3, box.height, page.height) + record.yOffset,
+              box.height + record.repeatVSpace};
+    FindCopies(record.repeatFirstAxis, x);
+    FindCopies(record.repeatSecondAxis, y);
+    if (IsOffPage(x, y)) return;
+    KeepToRoom(mark, x, y);
+    for (int row = y.first; row <= y.last; ++row)
+      for (int column = x.first; column <= x.last; ++column)
+        mark.centers.push_back({x.middle + column * x.step, y.middle + row * y.step});
   }
 
-  void TellBeyond(const Beyond& x, const Beyond& y) {
-    if (x.isWhole || y.isWhole) {
-      Tell("lies off the page, so nothing of it is seen", true);
+  void FindCopies(bool isRepeated, Axis& axis) {
+    if (isRepeated && axis.step >= kLeastStep) {
+      axis.first = static_cast<int>(std::ceil((-axis.extent / 2 - axis.middle) / axis.step));
+      axis.last =
+          static_cast<int>(std::floor((axis.length + axis.extent / 2 - axis.middle) / axis.step));
       return;
     }
-    std::string sides;
-    const auto add = [&](double length, const char* side) {
-      if (length > kTolerance) sides += ", " + Number(length) + " mm at the " + side;
-    };
-    add(x.before, "left");
-    add(x.behind, "right");
-    add(y.before, "top");
-    add(y.behind, "bottom");
-    if (!sides.empty()) Tell("runs off the page" + sides, true);
+    axis.step = 0;
+    if (isRepeated)
+      Tell("is not repeated along the " + std::string(axis.name) +
+           " axis: its space leaves no step from one copy to the next");
   }
 
-  bool HasCopies(bool isRepeated, double step, const char* axis) {
-    if (isRepeated && step < kLeastStep)
-      Tell("is not repeated along the " + std::string(axis) +
-           " axis: its space leaves no step from one copy to the next");
-    return isRepeated && step >= kLeastStep;
+  /// Notes how much of the text lies beyond the page along the axes without copies. Returns whether
+  /// that is all of it.
+  bool IsOffPage(const Axis& x, const Axis& y) {
+    bool isOff = false;
+    std::string sides;
+    for (const Axis& axis : {x, y}) {
+      const double half = axis.extent / 2;
+      const double beyond[] = {half - axis.middle, half + axis.middle - axis.length};
+      for (const int side : {0, 1}) {
+        if (axis.step > 0) continue;
+        isOff = isOff || beyond[side] >= axis.extent;
+        if (beyond[side] > kTolerance)
+          sides += ", " + Number(beyond[side]) + " mm at the " + axis.sides[side];
+      }
+    }
+    if (isOff)
+      Tell("lies off the page, so nothing of it is seen", true);
+    else if (!sides.empty())
+      Tell("runs off the page" + sides, true);
+    return isOff;
   }
 
   static double CostOf(const Mark& mark) {
@@ -198,7 +196,7 @@ class Setter {
   }
 
   /// Leaves copies out at the edges. One has its room already.
-  void KeepToRoom(const Mark& mark, Copies& columns, Copies& rows) {
+  void KeepToRoom(const Mark& mark, Axis& columns, Axis& rows) {
     const auto count = [&] { return static_cast<double>(columns.Count()) * rows.Count(); };
     const double most = 1 + std::floor(std::max(0.0, m_room / CostOf(mark)));
     const double wanted = count();

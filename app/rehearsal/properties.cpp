@@ -17,45 +17,49 @@
 namespace app {
 namespace {
 
-enum class Form { kText, kReal, kFlag, kColour, kInteger, kCode };
+enum class Form {
+  kText,
+  kNumber,
+  kCode,  ///< A number that stands for something.
+};
 
 struct PropertyRow {
   const char* name;
   bool isInHeader;  ///< It is read in a header or footer.
   bool isInStamp;
-  Form form;          ///< kCode: a number that stands for something.
-  const char* field;  ///< Of the record's JSON; empty for Kind, which has none.
-  const char* range = "";
+  Form form;
+  const char* field;      ///< Of the record's JSON; empty for Kind, which has none.
+  const char* rule = "";  ///< As an author has to write a number.
 };
+
+constexpr char kFlag[] = "1 is on, anything else off";
 
 // Sorted by name. The notes list the properties that an element lacks in this order.
 constexpr PropertyRow kRows[] = {
-    {"Bold", true, true, Form::kFlag, "bold"},
-    {"Color", true, true, Form::kColour, "color", "0 to 0xFFFFFF"},
-    {"Fit", true, true, Form::kFlag, "fit"},
+    {"Bold", true, true, Form::kNumber, "bold", kFlag},
+    {"Color", true, true, Form::kNumber, "color",
+     "a whole number, or 0x and hexadecimal digits, 0 to 0xFFFFFF"},
+    {"Fit", true, true, Form::kNumber, "fit", kFlag},
     {"FontName", true, true, Form::kText, "fontName"},
-    {"FontSize", true, true, Form::kReal, "fontSize", "above 0, to 200"},
-    {"Italic", true, true, Form::kFlag, "italic"},
+    {"FontSize", true, true, Form::kNumber, "fontSize", "a real number, above 0, to 200"},
+    {"Italic", true, true, Form::kNumber, "italic", kFlag},
     {"Kind", true, true, Form::kCode, "", "0 or 1"},
     {"Name", true, true, Form::kText, "name"},
-    {"Opacity", true, true, Form::kInteger, "opacity", "0 to 100"},
+    {"Opacity", true, true, Form::kNumber, "opacity", "a whole number, 0 to 100"},
     {"PrintPos", true, false, Form::kCode, "printPos", "1 to 9"},
-    {"RepeatHSpace", false, true, Form::kInteger, "repeatHSpace", "-1000 to 1000"},
+    {"RepeatHSpace", false, true, Form::kNumber, "repeatHSpace", "a whole number, -1000 to 1000"},
     {"RepeatType", false, true, Form::kCode, "repeatFirstAxis", "0 to 3"},
-    {"RepeatVSpace", false, true, Form::kInteger, "repeatVSpace", "-1000 to 1000"},
-    {"Rotate", true, true, Form::kInteger, "rotate", "0 to 359"},
+    {"RepeatVSpace", false, true, Form::kNumber, "repeatVSpace", "a whole number, -1000 to 1000"},
+    {"Rotate", true, true, Form::kNumber, "rotate", "a whole number, 0 to 359"},
     {"Text", true, true, Form::kText, "text"},
-    {"UnderLine", true, true, Form::kFlag, "underLine"},
-    {"XOffset", true, false, Form::kReal, "xOffset", "-1000 to 1000"},
-    {"YOffset", true, false, Form::kReal, "yOffset", "-1000 to 1000"},
+    {"UnderLine", true, true, Form::kNumber, "underLine", kFlag},
+    {"XOffset", true, false, Form::kNumber, "xOffset", "a real number, -1000 to 1000"},
+    {"YOffset", true, false, Form::kNumber, "yOffset", "a real number, -1000 to 1000"},
 };
 
-const std::set<std::string>& Names() {
-  static const std::set<std::string> names = [] {
-    std::set<std::string> all;
-    for (const PropertyRow& row : kRows) all.insert(row.name);
-    return all;
-  }();
+std::set<std::string> PropertyNames() {
+  std::set<std::string> names;
+  for (const PropertyRow& row : kRows) names.insert(row.name);
   return names;
 }
 
@@ -63,10 +67,6 @@ const PropertyRow* FindRow(const std::string& name) {
   const auto* const found =
       std::ranges::find_if(kRows, [&](const PropertyRow& row) { return name == row.name; });
   return found == std::end(kRows) ? nullptr : found;
-}
-
-bool IsKind(const PropertyRow& row) {
-  return *row.field == '\0';
 }
 
 /// A number in a policy that stands for something else in the record.
@@ -82,24 +82,14 @@ Code CodeIn(const PropertyRow& row, const Registered& registered) {
   constexpr const char* kAxes[] = {"not repeated", "along the first axis", "along the second axis",
                                    "along both axes"};
   const peers::WatermarkRecord& mark = *registered.mark;
-  if (IsKind(row)) return registered.isStamp ? Code{1, "a stamp"} : Code{0, "a header or footer"};
+  if (*row.field == '\0')
+    return registered.isStamp ? Code{1, "a stamp"} : Code{0, "a header or footer"};
   if (std::string_view(row.field) == "printPos") {
     const auto place = static_cast<std::size_t>(mark.printPos);
     return {place < std::size(kPlaces) ? kPlaces[place] : 0, PositionText(mark.printPos)};
   }
   const int axes = (mark.repeatFirstAxis ? 1 : 0) + (mark.repeatSecondAxis ? 2 : 0);
   return {axes, kAxes[axes]};
-}
-
-/// The form and the range of a number, as an author has to write it.
-std::string RuleOf(const PropertyRow& row) {
-  constexpr const char* kForms[] = {"",
-                                    "a real number, ",
-                                    "1 is on, anything else off",
-                                    "a whole number, or 0x and hexadecimal digits, ",
-                                    "a whole number, ",
-                                    ""};
-  return std::string(kForms[static_cast<int>(row.form)]) + row.range;
 }
 
 constexpr std::string_view kUser = "{WinUser}";
@@ -192,7 +182,7 @@ class PropertyReview {
     std::string message = "nobody reads it";
     if (row != nullptr)
       message += " in an element of this Kind";
-    else if (const std::string guess = Guess(property.name, Names()); !guess.empty())
+    else if (const std::string guess = Guess(property.name, PropertyNames()); !guess.empty())
       message += "; is " + guess + " meant?";
     Find("unread", property, message);
   }
@@ -249,7 +239,7 @@ class PropertyReview {
                                                  : written + " became " + became;
     if (isCode) message += ", " + CodeIn(row, m_fate).meaning;
     m_findings.Add({isZero ? "zero" : "changed", m_element.id, property.name, property.line,
-                    message + "; " + RuleOf(row), property.text, became});
+                    message + "; " + row.rule, property.text, became});
   }
 
   /// Reports a property that the pass reads and the element lacks.

@@ -124,28 +124,20 @@ bool WriteAll(int file, std::string_view bytes) {
   return true;
 }
 
-struct Pipe {
-  Pipe() {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) peers::ThrowSystemError("the rehearsal's pipe");
-    reading = peers::Descriptor(ends[0]);
-    writing = peers::Descriptor(ends[1]);
-  }
-
-  peers::Descriptor reading;
-  peers::Descriptor writing;
-};
-
 /// A child process for a rehearsal. It is killed where its parent does not wait for its end.
 class Child {
  public:
   Child(const ScratchMachine& scratch, const HeldSignals& signals, const PolicyCall& call)
       : m_signals(signals) {
     signal(SIGCHLD, SIG_DFL);  // a parent that ignores it would have its child end unseen
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) peers::ThrowSystemError("the rehearsal's pipe");
+    m_reading = peers::Descriptor(ends[0]);
+    m_writing = peers::Descriptor(ends[1]);
     m_process = fork();
     if (m_process < 0) peers::ThrowSystemError("the rehearsal's process");
     if (m_process == 0) Work(scratch, call);
-    m_pipe.writing.Reset();
+    m_writing.Reset();
   }
   ~Child() {
     if (m_process <= 0) return;
@@ -163,11 +155,11 @@ class Child {
     std::string bytes;
     char block[0x4000];
     for (;;) {
-      pollfd files[] = {{m_pipe.reading.Get(), POLLIN, 0}, {m_signals.File(), POLLIN, 0}};
+      pollfd files[] = {{m_reading.Get(), POLLIN, 0}, {m_signals.File(), POLLIN, 0}};
       if (poll(files, 2, kTickMilliseconds) == 0) progress.Tick();
       if (files[1].revents != 0) throw std::runtime_error("the rehearsal was interrupted");
       if (files[0].revents == 0) continue;
-      const ssize_t step = read(m_pipe.reading.Get(), block, sizeof block);
+      const ssize_t step = read(m_reading.Get(), block, sizeof block);
       if (step == 0) break;
       if (step < 0 && errno != EINTR) peers::ThrowSystemError("the rehearsal");
       if (step > 0) bytes.append(block, static_cast<std::size_t>(step));
@@ -179,10 +171,10 @@ class Child {
  private:
   /// Where the parent has been killed, the child removes the scratch.
   [[noreturn]] void Work(const ScratchMachine& scratch, const PolicyCall& call) {
-    m_pipe.reading.Reset();
+    m_reading.Reset();
     m_signals.Release();
     for (const int ignored : {SIGPIPE, SIGXFSZ}) signal(ignored, SIG_IGN);
-    if (!WriteAll(m_pipe.writing.Get(), AnswerOf(scratch, call))) scratch.Remove();
+    if (!WriteAll(m_writing.Get(), AnswerOf(scratch, call))) scratch.Remove();
     _exit(0);
   }
 
@@ -197,7 +189,8 @@ class Child {
   }
 
   const HeldSignals& m_signals;
-  Pipe m_pipe;
+  peers::Descriptor m_reading;  ///< The ends of the pipe for the answer.
+  peers::Descriptor m_writing;
   pid_t m_process = 0;
 };
 
