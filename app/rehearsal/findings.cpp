@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "app/machine/policy_text.h"
+#include "app/machine/settings.h"
 #include "app/machine/state.h"
 #include "app/pass/messages.h"
 #include "app/rehearsal/review.h"
@@ -213,8 +214,7 @@ class Reviewer {
       Find({"emptied", "", "", 0, "no element is registered: every entry is emptied"});
     }
     if (!m_review.unseen.empty()) Find({"unseen", "", "", 0, "no watermark can be seen"});
-    if (const auto* entry = DefaultEntry(m_review.records))
-      m_review.printers.push_back(FateOf(*entry));
+    if (DefaultEntry(m_review.records) != nullptr) m_review.printers.push_back(FateOf("*"));
     for (const PrinterState& printer : ListPrinters())
       m_review.printers.push_back(FateOf(platform::ToUtf8(printer.name)));
   }
@@ -232,17 +232,12 @@ class Reviewer {
             {"machine", "", "", 0, "on this machine, " + MeaningOf(trouble).sentence});
   }
 
-  static PrinterFate FateOf(const peers::EntryRecord& entry) {
-    return {entry.printer, entry.watermarks.size(), entry.lastSetting.enabled};
-  }
-
   PrinterFate FateOf(const std::string& printer) const {
     const auto& entries = m_review.records.entries;
     const auto entry = std::ranges::find(entries, printer, &peers::EntryRecord::printer);
-    if (entry != entries.end()) return FateOf(*entry);
-    const auto& excluded = m_review.records.excluded;
-    const auto found = std::ranges::find(excluded, printer, &peers::ExcludeRecord::name);
-    return {printer, std::nullopt, false, found != excluded.end()};
+    if (entry == entries.end())
+      return {printer, std::nullopt, false, IsExcluded(m_review.records, printer)};
+    return {printer, entry->watermarks.size(), entry->lastSetting.enabled};
   }
 
   const PolicyCall& m_call;
