@@ -15,6 +15,7 @@
 
 #include "app/rehearsal/rehearse.h"
 #include "peers/descriptor.h"
+#include "platform/posix/machine/whole_file.h"
 
 namespace app {
 namespace {
@@ -114,16 +115,6 @@ class HeldSignals {
   peers::Descriptor m_file;
 };
 
-/// False when nobody reads any more.
-bool WriteAll(int file, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t step = write(file, bytes.data(), bytes.size());
-    if (step < 0 && errno != EINTR) return false;
-    if (step > 0) bytes.remove_prefix(static_cast<std::size_t>(step));
-  }
-  return true;
-}
-
 /// A child process for a rehearsal. It is killed where its parent does not wait for its end.
 class Child {
  public:
@@ -174,7 +165,11 @@ class Child {
     m_reading.Reset();
     m_signals.Release();
     for (const int ignored : {SIGPIPE, SIGXFSZ}) signal(ignored, SIG_IGN);
-    if (!WriteAll(m_writing.Get(), AnswerOf(scratch, call))) scratch.Remove();
+    try {
+      platform::WriteAll(m_writing.Get(), AnswerOf(scratch, call), "the rehearsal's pipe");
+    } catch (const std::system_error&) {
+      scratch.Remove();
+    }
     _exit(0);
   }
 

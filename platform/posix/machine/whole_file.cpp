@@ -19,6 +19,8 @@ namespace fs = std::filesystem;
   throw std::system_error(errno, std::generic_category(), path.string());
 }
 
+}  // namespace
+
 void WriteAll(int file, std::string_view bytes, const fs::path& path) {
   while (!bytes.empty()) {
     const ssize_t step = write(file, bytes.data(), bytes.size());
@@ -26,8 +28,6 @@ void WriteAll(int file, std::string_view bytes, const fs::path& path) {
     if (step > 0) bytes.remove_prefix(static_cast<std::size_t>(step));
   }
 }
-
-}  // namespace
 
 std::optional<std::string> ReadWholeFile(const fs::path& path) {
   const Descriptor file = Open(path, O_RDONLY);

@@ -14,6 +14,9 @@ namespace platform {
 /// for one that is larger than kLargestFile.
 std::optional<std::string> ReadWholeFile(const std::filesystem::path& path);
 
+/// Writes all bytes to an open file or pipe. Throws std::system_error, which names `path`.
+void WriteAll(int file, std::string_view bytes, const std::filesystem::path& path);
+
 /// Writes a file, which takes the place of an old one at once, so readers need no lock. Throws
 /// std::system_error, and the old file is then as it was.
 void ReplaceWholeFile(const std::filesystem::path& path, std::string_view bytes);
