@@ -78,11 +78,14 @@ std::vector<MarkKey> Listed(const peers::ActiveRecord& setting, const Marks& mar
 /// Gathers differences; those of one kind in several entries become one.
 class Comparison {
  public:
-  explicit Comparison(const std::set<std::string>& ids) : m_ids(ids) {}
+  /// Without values, of a watermark only the name is compared, and no switch and no list.
+  Comparison(const std::set<std::string>& ids, bool hasValues)
+      : m_ids(ids), m_hasValues(hasValues) {}
 
   void CompareEntries(const peers::EntryRecord& left, const peers::EntryRecord& right) {
     const Marks before = MarksOf(left, m_ids), after = MarksOf(right, m_ids);
     CompareMarks(before, after);
+    if (!m_hasValues) return;
     CompareSettings(left.lastSetting, right.lastSetting, before, after, "");
     for (const peers::ActiveRecord& custom : left.customSettings) {
       const auto other =
@@ -132,7 +135,7 @@ class Comparison {
     if (left == right) return;
     const Json before = JsonOf(left), after = JsonOf(right);
     for (const auto& [field, value] : before.items())
-      if (const Json& other = after.at(field); value != other)
+      if (const Json& other = after.at(field); value != other && (m_hasValues || field == "name"))
         Add(InWords(key), field, Shown(field, value), Shown(field, other));
   }
 
@@ -148,6 +151,7 @@ class Comparison {
   }
 
   const std::set<std::string>& m_ids;  ///< Of the elements that the watermarks come from.
+  const bool m_hasValues;
   std::string m_entry;
   std::vector<Difference> m_found;
   std::map<std::vector<std::string>, std::size_t> m_places;
@@ -160,26 +164,10 @@ std::map<std::string, const Record*> ByName(const std::vector<Record>& records, 
   return map;
 }
 
-/// The records as far as they can be read back.
-peers::SettingFileContent Readable(peers::SettingFileContent records) {
-  if (kReadsValues) return records;
-  for (peers::EntryRecord& entry : records.entries) {
-    entry.lastSetting = {};
-    entry.customSettings.clear();
-    for (peers::WatermarkRecord& mark : entry.watermarks) {
-      peers::WatermarkRecord named;
-      named.id = mark.id;
-      named.name = mark.name;
-      mark = std::move(named);
-    }
-  }
-  return records;
-}
-
 std::vector<Difference> Compare(const peers::SettingFileContent& left,
                                 const peers::SettingFileContent& right,
-                                const std::set<std::string>& ids) {
-  Comparison comparison(ids);
+                                const std::set<std::string>& ids, bool hasValues) {
+  Comparison comparison(ids, hasValues);
   const auto before = ByName(left.entries, &peers::EntryRecord::printer);
   const auto after = ByName(right.entries, &peers::EntryRecord::printer);
   for (const auto& [printer, entry] : before) {
@@ -208,7 +196,7 @@ std::vector<Difference> Compare(const peers::SettingFileContent& left,
 std::vector<Difference> Compare(const Review& left, const Review& right) {
   std::set<std::string> ids = left.Ids();
   ids.merge(right.Ids());
-  return Compare(left.records, right.records, ids);
+  return Compare(left.records, right.records, ids, true);
 }
 
 std::vector<Row> RowsOf(const std::vector<Difference>& differences, std::size_t entries,
@@ -229,7 +217,7 @@ Force ForceOf(const Review& review) try {
   if (!review.refusal.empty())
     return {.unknown = "the passes refuse the policy: " + review.refusal};
   if (!review.failure.empty()) return {.unknown = "no pass can run here: " + review.failure};
-  return {.differences = Compare(ReadSettingsOfCopy(), Readable(review.records), review.Ids()),
+  return {.differences = Compare(ReadSettingsOfCopy(), review.records, review.Ids(), kReadsValues),
           .entries = review.records.entries.size(),
           .excluded = review.records.excluded.size()};
 } catch (const std::exception& error) {

@@ -73,18 +73,11 @@ fs::path MakeFolder(File& hold) {
   Fail(place.string() + ": no folder can be made there");
 }
 
-void Copy(const std::wstring& file, const fs::path& copy) {
-  const auto bytes = ReadInput(file, kGreatest);
-  if (!bytes) throw std::runtime_error(platform::ToUtf8(file) + ": no such file");
-  WriteOutput(copy, *bytes);
-}
-
-/// The user file as it is, so that the user's name is looked up as by the update itself.
-void CopyUserFile(const fs::path& folder) {
-  const auto settings = SettingFolder();
-  if (!settings) return;
-  const auto bytes = ReadInput(*settings + kUserInformationName, kGreatestRowFile);
-  if (bytes) WriteOutput(fs::path(folder.wstring() + kUserInformationName), *bytes);
+/// Returns false when there is no such file.
+bool Copy(const std::wstring& file, const fs::path& copy, std::size_t greatest = kGreatest) {
+  const auto bytes = ReadInput(file, greatest);
+  if (bytes) WriteOutput(copy, *bytes);
+  return bytes.has_value();
 }
 
 /// A process that ends with this object, and with the process that has made it.
@@ -156,11 +149,17 @@ void ScratchMachine::Remove() const {
 std::string ScratchMachine::Ask(const PolicyCall& call) const {
   const fs::path settings = m_folder / L"settings";
   fs::create_directory(settings);
-  CopyUserFile(settings);
-  Copy(BesideHost(kProgram), m_folder / kProgram);
-  Copy(BesideHost(kLibrary), m_folder / kLibrary);
-  for (const wchar_t* name : {kLog, kComponentFile})
-    Copy(BesideHost(kStandIns + std::wstring(name)), m_folder / name);
+  // The user file as it is, so that the user's name is looked up as by the update itself.
+  if (const auto folder = SettingFolder())
+    Copy(*folder + kUserInformationName, settings.wstring() + kUserInformationName,
+         kGreatestRowFile);
+  const std::wstring names[] = {kProgram, kLibrary, kStandIns + std::wstring(kLog),
+                                kStandIns + std::wstring(kComponentFile)};
+  for (const std::wstring& name : names) {
+    const std::wstring file = BesideHost(name);
+    if (!Copy(file, m_folder / fs::path(file).filename()))
+      throw std::runtime_error(platform::ToUtf8(file) + ": no such file");
+  }
   const Json json = {{"text", platform::ToUtf8(call.text)},
                      {"policyId", call.policyId},
                      {"resetName", call.resetName}};
