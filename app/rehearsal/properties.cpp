@@ -76,14 +76,12 @@ struct Code {
 };
 
 /// Returns the code that gives this record.
-Code CodeIn(const PropertyRow& row, const Registered& registered) {
+Code CodeIn(const PropertyRow& row, const peers::WatermarkRecord& mark, bool isStamp) {
   // The record counts the places of the page row by row.
   constexpr std::int32_t kPlaces[] = {1, 2, 3, 7, 8, 9, 4, 5, 6};
   constexpr const char* kAxes[] = {"not repeated", "along the first axis", "along the second axis",
                                    "along both axes"};
-  const peers::WatermarkRecord& mark = *registered.mark;
-  if (*row.field == '\0')
-    return registered.isStamp ? Code{1, "a stamp"} : Code{0, "a header or footer"};
+  if (*row.field == '\0') return isStamp ? Code{1, "a stamp"} : Code{0, "a header or footer"};
   if (std::string_view(row.field) == "printPos") {
     const auto place = static_cast<std::size_t>(mark.printPos);
     return {place < std::size(kPlaces) ? kPlaces[place] : 0, PositionText(mark.printPos)};
@@ -143,8 +141,9 @@ class PropertyReview {
  public:
   PropertyReview(const PolicyElement& element, const ElementFate& fate, Review& review)
       : m_element(element),
-        m_fate(fate),
-        m_fields(JsonOf(*fate.mark)),
+        m_mark(*fate.mark),
+        m_fields(JsonOf(m_mark)),
+        m_isStamp(fate.isStamp),
         m_findings(review.findings),
         m_notes(review.notes) {}
 
@@ -165,15 +164,13 @@ class PropertyReview {
   }
 
  private:
-  bool IsRead(const PropertyRow& row) const {
-    return m_fate.isStamp ? row.isInStamp : row.isInHeader;
-  }
+  bool IsRead(const PropertyRow& row) const { return m_isStamp ? row.isInStamp : row.isInHeader; }
 
   /// A name without the ID that it begins with, a code in the policy's number.
   Json ValueOf(const PropertyRow& row) const {
-    if (row.form == Form::kCode) return CodeIn(row, m_fate).number;
+    if (row.form == Form::kCode) return CodeIn(row, m_mark, m_isStamp).number;
     if (std::string_view(row.field) == "name")
-      return std::string(m_fate.mark->name).erase(0, m_element.id.size() + 1);
+      return std::string(m_mark.name).erase(0, m_element.id.size() + 1);
     return m_fields.at(row.field);
   }
 
@@ -237,7 +234,7 @@ class PropertyReview {
                           : isCode               ? written + " counts as " + became
                           : isZero               ? written + " reads as " + became
                                                  : written + " became " + became;
-    if (isCode) message += ", " + CodeIn(row, m_fate).meaning;
+    if (isCode) message += ", " + CodeIn(row, m_mark, m_isStamp).meaning;
     m_findings.Add({isZero ? "zero" : "changed", m_element.id, property.name, property.line,
                     message + "; " + row.rule, property.text, became});
   }
@@ -255,8 +252,9 @@ class PropertyReview {
   }
 
   const PolicyElement& m_element;
-  const ElementFate& m_fate;
+  const peers::WatermarkRecord& m_mark;
   const Json m_fields;  ///< Of the record.
+  const bool m_isStamp;
   Remarks& m_findings;
   Remarks& m_notes;
   std::map<std::string_view, long> m_firsts;  ///< The line of the first property of each name.
