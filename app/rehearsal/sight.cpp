@@ -3,6 +3,7 @@
 
 #include <map>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "app/rehearsal/review.h"
@@ -22,13 +23,14 @@ std::string WhyUnseen(const peers::WatermarkRecord& mark) {
   return mark.color == kWhite ? "it is white on white paper" : "";
 }
 
-/// The elements that a reader sees, one of each ID.
-using SeenElements = std::vector<const ElementFate*>;
+/// The elements that a reader sees, one of each ID, with their watermarks.
+using SeenElements = std::vector<std::pair<const ElementFate*, const peers::WatermarkRecord*>>;
 
 SeenElements Seen(const Review& review) {
   SeenElements seen;
   for (const ElementFate& fate : review.elements)
-    if (fate.isFirst && fate.mark && WhyUnseen(*fate.mark).empty()) seen.push_back(&fate);
+    if (fate.isFirst && fate.mark && WhyUnseen(*fate.mark).empty())
+      seen.emplace_back(&fate, &*fate.mark);
   return seen;
 }
 
@@ -36,8 +38,8 @@ SeenElements Seen(const Review& review) {
 peers::EntryRecord EntryOf(const SeenElements& seen) {
   peers::EntryRecord entry;
   entry.lastSetting.enabled = true;
-  for (const ElementFate* each : seen) {
-    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*each->mark);
+  for (const auto& [fate, seenMark] : seen) {
+    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*seenMark);
     mark.name = std::to_string(entry.watermarks.size() - 1);
     entry.lastSetting.watermarks.push_back(mark.id);
   }
@@ -52,7 +54,7 @@ void ReviewPage(const page::Paper& paper, const SeenElements& seen, Review& revi
       review.notes.Add({"page", "", "", 0, on + note.text});
       continue;
     }
-    const ElementFate& fate = *seen.at(std::stoul(note.watermark));
+    const ElementFate& fate = *seen.at(std::stoul(note.watermark)).first;
     (note.isOffPage ? review.findings : review.notes)
         .Add({"page", fate.id, "", fate.line, on + "it " + note.text});
   }
@@ -65,8 +67,8 @@ auto PlaceOf(const peers::WatermarkRecord& mark) {
 
 void ReviewPlaces(const SeenElements& seen, Review& review) {
   std::map<decltype(PlaceOf({})), const ElementFate*> places;
-  for (const ElementFate* fate : seen) {
-    const auto [first, isNew] = places.emplace(PlaceOf(*fate->mark), fate);
+  for (const auto& [fate, mark] : seen) {
+    const auto [first, isNew] = places.emplace(PlaceOf(*mark), fate);
     if (!isNew && review.findings.HasRoom("place"))
       review.findings.Add({"place", fate->id, "", fate->line,
                            "it lies in the place of " + OneLine(first->second->id, kTextWidth) +
