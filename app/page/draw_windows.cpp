@@ -18,12 +18,8 @@ constexpr int kEm = 1000;
 constexpr double kUnit = kMillimetersPerPoint / kEm;  // of a text of one point, in millimetres
 constexpr double kCaptionLine = kCaptionPoints * 1.3 * kMillimetersPerPoint;
 
-void DeleteFont(HFONT font) {
-  DeleteObject(font);
-}
-void DeleteContext(HDC context) {
-  DeleteDC(context);
-}
+using Font = Owner<HFONT, [](HFONT font) { DeleteObject(font); }>;
+using Context = Owner<HDC, [](HDC context) { DeleteDC(context); }>;
 
 /// A text as GDI sets it, line by line.
 struct SetText {
@@ -59,7 +55,7 @@ std::vector<SetText::Line> LinesOf(const std::string& text) {
   return lines;
 }
 
-Owner<HFONT, DeleteFont> FontOf(const peers::WatermarkRecord& record) {
+Font FontOf(const peers::WatermarkRecord& record) {
   LOGFONTW font = {};
   font.lfHeight = -kEm;
   font.lfWeight = record.bold ? FW_BOLD : FW_NORMAL;
@@ -69,7 +65,7 @@ Owner<HFONT, DeleteFont> FontOf(const peers::WatermarkRecord& record) {
   font.lfOutPrecision = OUT_TT_PRECIS;
   const std::wstring name = platform::FromUtf8(record.fontName).substr(0, LF_FACESIZE - 1);
   std::copy(name.begin(), name.end(), font.lfFaceName);
-  return Owner<HFONT, DeleteFont>(CreateFontIndirectW(&font));
+  return Font(CreateFontIndirectW(&font));
 }
 
 /// Widens the box to the ink of a line.
@@ -92,8 +88,8 @@ void AddInk(HDC context, const std::wstring& line, int left, int top, SetText::B
 
 SetText Set(const peers::WatermarkRecord& record, Alignment alignment) {
   SetText set = {.lines = LinesOf(record.text)};
-  const Owner<HDC, DeleteContext> context(CreateCompatibleDC(nullptr));
-  const Owner<HFONT, DeleteFont> font = FontOf(record);
+  const Context context(CreateCompatibleDC(nullptr));
+  const Font font = FontOf(record);
   if (!context || !font) throw std::runtime_error("the system measures no text");
   const HGDIOBJ before = SelectObject(context.Get(), font.Get());
   SetBkMode(context.Get(), TRANSPARENT);

@@ -20,17 +20,13 @@ std::string Text(const xmlChar* text) {
 
 void PrintNothing(void* /*context*/, const char* /*format*/, ...) {}  // NOLINT(cert-dcl50-cpp)
 
-void FreeParser(xmlParserCtxt* parser) {
-  xmlFreeParserCtxt(parser);
-}
-
 /// Takes the parser's events. An exception in one is kept until the parser has returned.
 class Reader {
  public:
   PolicyDocument Read(const std::string& text) {
     // libxml2 prints what no handler takes, as that the memory has ended.
     xmlSetGenericErrorFunc(nullptr, &PrintNothing);
-    const Owner<xmlParserCtxt*, FreeParser> parser(
+    const Owner<xmlParserCtxt*, xmlFreeParserCtxt> parser(
         xmlCreateMemoryParserCtxt(text.data(), static_cast<int>(text.size())));
     if (!parser) throw std::bad_alloc();
     m_parser = parser.Get();

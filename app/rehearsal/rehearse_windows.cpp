@@ -141,11 +141,6 @@ ScratchMachine::~ScratchMachine() {
   Remove();
 }
 
-void ScratchMachine::Remove() const {
-  std::error_code ignored;
-  fs::remove_all(m_folder, ignored);
-}
-
 std::string ScratchMachine::Ask(const PolicyCall& call) const {
   const fs::path settings = m_folder / L"settings";
   fs::create_directory(settings);
