@@ -94,4 +94,9 @@ std::string WhatIsUnread();
 /// Why lines of the log get lost here: "it is a link", "the disk is full", ...; empty when none do.
 std::string WhyLogLost();
 
+/// Returns the full name of the machine's user that became `stored`, in UTF-8, in a user
+/// information file of the ANSI code page; empty where none of the accounts' names lost a letter.
+/// On Windows always empty, because the doctor names such a file.
+std::string NameBefore(const std::string& stored);
+
 }  // namespace app

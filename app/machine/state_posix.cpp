@@ -13,8 +13,11 @@
 #include "host/shared_names.h"
 #include "peers/logging/log_path_posix.h"
 #include "platform/file.h"
+#include "platform/posix/ansi.h"
+#include "platform/posix/machine/letter_case.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/machine_file.h"
+#include "platform/posix/machine/password_database.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -98,6 +101,20 @@ DWORD AskPipe() {
   return ERROR_SUCCESS;
 }
 
+/// Returns the full names that the machine's accounts have for its user. Throws std::system_error
+/// when machine.ini cannot be read.
+std::vector<std::string> FullNames() {
+  const platform::Machine machine = platform::LoadMachine();
+  std::vector<std::string> names;
+  for (const platform::AccountList& list : machine.accountLists)
+    for (const platform::Account& account : list.accounts)
+      if (account.fullName && platform::SameName(account.login, machine.user))
+        names.push_back(platform::ToUtf8(*account.fullName));
+  if (const auto user = platform::FindUser(machine.user))
+    names.push_back(platform::ToUtf8(user->fullName));
+  return names;
+}
+
 }  // namespace
 
 std::vector<PrinterState> ListPrinters() {
@@ -139,6 +156,16 @@ void ExamineMachine(MachineState& state) {
   ExamineLog(state);
   state.pipeError = AskPipe();
   state.refused = RefusedPlaces();
+}
+
+std::string NameBefore(const std::string& stored) {
+  static const std::vector<std::string> names = FullNames();
+  const auto found = std::ranges::find_if(names, [&](const std::string& name) {
+    const std::string passed =
+        platform::ToUtf8(platform::FromAnsi(platform::ToAnsi(platform::FromUtf8(name))));
+    return name != stored && passed == stored;
+  });
+  return found == names.end() ? "" : *found;
 }
 
 }  // namespace app

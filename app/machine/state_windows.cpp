@@ -96,4 +96,8 @@ void ExamineMachine(MachineState& state) {
   state.pipeError = AskControlPipe();
 }
 
+std::string NameBefore(const std::string& /*stored*/) {
+  return "";
+}
+
 }  // namespace app

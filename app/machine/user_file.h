@@ -29,9 +29,4 @@ struct UserFile {
 
 UserFile ExamineUserFile();
 
-/// Returns the full name of the machine's user that became `stored`, in UTF-8, in a file of the
-/// ANSI code page; empty where none of the accounts' names lost a letter. On Windows always empty,
-/// because the doctor names such a file.
-std::string NameBefore(const std::string& stored);
-
 }  // namespace app

@@ -28,8 +28,4 @@ void LayUserFile(const std::wstring& file) {
     WriteFile(opened.Get(), "\xFF\xFE", 2, &written, nullptr);
 }
 
-std::string NameBefore(const std::string& /*stored*/) {
-  return "";
-}
-
 }  // namespace app

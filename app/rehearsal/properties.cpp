@@ -10,7 +10,7 @@
 #include <set>
 
 #include "app/machine/settings.h"
-#include "app/machine/user_file.h"
+#include "app/machine/state.h"
 #include "app/rehearsal/review.h"
 #include "app/text/wording.h"
 
