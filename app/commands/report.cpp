@@ -112,7 +112,8 @@ void AddMarks(HtmlPage& page, const Review& review) {
   for (const ElementFate& element : review.elements) {
     if (!element.mark) continue;
     const peers::WatermarkRecord& mark = *element.mark;
-    rows.push_back({element.id, mark.text, mark.fit ? "fitted" : Shown("fontSize", mark.fontSize) + " pt",
+    rows.push_back({element.id, mark.text,
+                    mark.fit ? "fitted" : Shown("fontSize", mark.fontSize) + " pt",
                     PositionText(mark.printPos), std::to_string(mark.opacity) + " %"});
   }
   if (rows.size() > 1) page.Table("Watermarks of the default entry", rows);
