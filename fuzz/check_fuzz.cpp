@@ -4,7 +4,7 @@
 // A rehearsal that the review calls incomplete is a fault: the desk and the library then read the
 // text in two ways.
 
-#include "app/machine/policy_text.h"
+#include "app/machine/policy_file.h"
 #include "app/rehearsal/review.h"
 #include "app/text/errors.h"
 #include "fuzz/machine.h"

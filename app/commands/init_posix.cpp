@@ -7,13 +7,17 @@
 #include <system_error>
 
 #include "app/commands/commands.h"
-#include "app/machine/sample.h"
 #include "app/text/errors.h"
 #include "platform/posix/machine/machine_file.h"
 #include "platform/posix/machine/whole_file.h"
 #include "platform/visible_text.h"
 
 namespace app {
+
+// The files of app/sample, which CMake embeds.
+extern const char kSampleMachine[];
+extern const char kSamplePolicy[];
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -57,8 +61,8 @@ void LayOutMachine(const fs::path& folder) {
   Write(client / "config/data.dat", kKeySource);
   Write(client / "EMS/SystemSetting.csv", kSystemSetting);
   platform::OpenFolder(root / "C/Users/tanaka/AppData/LocalLow", platform::Missing::kIsMade);
-  Write(root / "policy.xml", sample::kPolicy);
-  Write(root / "machine.ini", sample::kMachine);
+  Write(root / "policy.xml", kSamplePolicy);
+  Write(root / "machine.ini", kSampleMachine);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 #include <system_error>
 
 #include "app/commands/commands.h"
-#include "app/machine/log_file.h"
+#include "app/machine/home.h"
 #include "app/text/errors.h"
 #include "platform/visible_text.h"
 

@@ -6,13 +6,12 @@
 
 #include "app/commands/commands.h"
 #include "app/machine/home.h"
-#include "app/machine/output_file.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/page/page.h"
 #include "app/rehearsal/review.h"
 #include "app/text/errors.h"
-#include "app/text/input.h"
+#include "app/text/files.h"
 #include "app/text/table.h"
 #include "platform/visible_text.h"
 

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "app/commands/commands.h"
-#include "app/machine/file_state.h"
+#include "app/machine/settings.h"
 #include "app/pass/messages.h"
 #include "app/pass/pass.h"
 #include "app/text/wording.h"

@@ -2,13 +2,13 @@
 #include <set>
 
 #include "app/commands/commands.h"
-#include "app/machine/file_state.h"
+#include "app/machine/client.h"
+#include "app/machine/settings.h"
 #include "app/machine/state.h"
-#include "app/machine/user_file.h"
 #include "app/pass/messages.h"
 #include "app/pass/pass.h"
 #include "app/rehearsal/review.h"
-#include "app/text/input.h"
+#include "app/text/files.h"
 #include "app/text/wording.h"
 
 namespace app {

@@ -3,16 +3,21 @@
 #include <stdexcept>
 
 #include "app/machine/home.h"
-#include "app/text/input.h"
+#include "app/machine/settings.h"
+#include "app/text/files.h"
 #include "app/text/wording.h"
 #include "host/folders.h"
 #include "host/setting_row.h"
+#include "host/shared_names.h"
 #include "platform/crt.h"
 #include "platform/mfc.h"
+#include "platform/profile.h"
 #include "platform/utf.h"
 
 namespace app {
 namespace {
+
+constexpr char kUtf16Mark[] = "\xFF\xFE";
 
 std::wstring InClientFolder(const wchar_t* name) {
   return (GetCommonDataPath() + kClientFolder + name).GetString();
@@ -50,11 +55,21 @@ bool IsReadable(const std::wstring& file) {
   }
 }
 
-}  // namespace
-
-std::wstring ClientIni() {
-  return InClientFolder(kClientIniName);
+std::wstring FindUserFile() {
+  const auto folder = SettingFolder();
+  return folder ? *folder + kUserInformationName : L"";
 }
+
+std::string UserFileState(const std::wstring& file) try {
+  const auto bytes = ReadInput(HostPath(file), kGreatestRowFile);
+  if (!bytes) return "not there yet";
+  if (bytes->starts_with(kUtf16Mark)) return "UTF-16";
+  return "not UTF-16, so a name may lose letters; remove it";
+} catch (const std::runtime_error& error) {
+  return std::string("unreadable: ") + error.what();
+}
+
+}  // namespace
 
 std::wstring KeySource() {
   return InClientFolder(kKeySourceName);
@@ -77,7 +92,8 @@ DeliveryFolder FindDeliveryFolder() {
 
 std::vector<std::wstring> ClientFiles() {
   const DeliveryFolder delivery = FindDeliveryFolder();
-  return {ClientIni(), KeySource(), delivery.PolicyFile(), delivery.SystemSetting()};
+  return {InClientFolder(kClientIniName), KeySource(), delivery.PolicyFile(),
+          delivery.SystemSetting()};
 }
 
 FunctionSwitch ReadFunctionSwitch(const std::wstring& file) {
@@ -104,6 +120,28 @@ FunctionSwitch ReadFunctionSwitch(const std::wstring& file) {
         0, "off: no row has the key 63" +
                (alike.empty() ? "" : ", though one begins with '" + platform::ToUtf8(alike) + "'")};
   return Meaning(*value);
+}
+
+void LayUserFile() try {
+  if (const std::wstring file = FindUserFile(); !file.empty())
+    BeginFile(HostPath(file), kUtf16Mark);
+} catch (const std::exception&) {
+  // Where the folder is unknown, there is nothing to lay.
+}
+
+UserFile ExamineUserFile() {
+  UserFile user;
+  user.path = FindUserFile();
+  if (user.path.empty()) {
+    user.state = "unknown, without the component";
+    return user;
+  }
+  user.state = UserFileState(user.path);
+  user.hasFullName = GetPrivateProfileIntW(kUserSection, kUserStateKey, 0, user.path.c_str()) != 0;
+  wchar_t name[256] = {};
+  GetPrivateProfileStringW(kUserSection, kUserFullNameKey, L"", name, 256, user.path.c_str());
+  user.fullName = platform::ToUtf8(name);
+  return user;
 }
 
 }  // namespace app

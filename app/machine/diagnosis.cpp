@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "app/machine/home.h"
-#include "app/machine/policy_text.h"
+#include "app/machine/policy_file.h"
 #include "app/machine/state.h"
 #include "app/text/wording.h"
 #include "component/names.h"

@@ -3,7 +3,9 @@
 // What the program knows of the home that it runs in, Linux or Windows. Each has a source of its
 // own for it, home_posix.cpp and home_windows.cpp.
 
+#include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,6 +38,17 @@ std::wstring BesideHost(const std::wstring& fileName);
 /// The file names of the library and of its log.
 extern const wchar_t kLibrary[];
 extern const wchar_t kLog[];
+
+/// Reads the log's next bytes to a block and returns how many they are; 0 at the end.
+using LogSource = std::function<std::size_t(char* block, std::size_t size)>;
+
+/// Opens the file of the log that stands in for the closed one. Throws UsageError where there is no
+/// log, or something else in its place.
+LogSource OpenLog();
+
+/// Returns a source that waits at the end for more, and goes on where another file takes the log's
+/// place. Throws std::system_error.
+LogSource FollowLog();
 
 /// The steps against trouble with the mutex, the printers and the user's account.
 extern const char kMendMutex[];

@@ -1,16 +1,33 @@
 #pragma once
 
-// The delivered policy file. The library's own cipher gives the key and opens files; what seals
-// them is the system's AES (OpenSSL's on Linux), so that each checks the other.
+// A policy as the passes read it, and as a sealed file. The library's own cipher gives the key and
+// opens files; the system's AES (OpenSSL's on Linux) seals them, so that each checks the other.
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "app/machine/policy_text.h"
 #include "platform/mfc.h"
 
 namespace app {
+
+/// The policy by whose scope set and release go.
+inline constexpr int kSwitchingPolicy = 1;
+
+struct PolicyText {
+  std::string refusal;     ///< Why the passes refuse the text; empty when they don't.
+  bool hasPolicy = false;  ///< There is a policy of the number.
+  std::optional<std::wstring> scope =
+      {};                  ///< The text of its PrinterScope; nothing where it has none.
+  std::size_t listed = 0;  ///< How many element IDs it lists.
+};
+
+/// Reads the policy of that number. Throws nothing: a failure of the XML service is a refusal.
+PolicyText ReadPolicy(const std::wstring& text, int policyId = kSwitchingPolicy);
+
+/// Returns where a scope switches the watermarks on.
+std::string ScopeMeaning(int scope);
 
 /// What the key comes of on this machine.
 struct KeyState {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <set>
 
 #include "app/machine/state.h"
 #include "app/text/errors.h"
@@ -88,6 +87,22 @@ std::string Shown(const std::string& field, const Json& value) {
   if (field != "color") return value.dump();
   std::snprintf(text, sizeof text, "0x%06X", static_cast<unsigned>(value.get<std::int32_t>()));
   return text;
+}
+
+std::vector<std::string> WhatIsIdle() try {
+  return kReadsValues ? IdleEntries(ReadSettings().entries) : std::vector<std::string>();
+} catch (const std::exception&) {
+  return {};
+}
+
+std::optional<std::set<std::string>> WatermarkIds() try {
+  if (!kReadsValues) return std::nullopt;
+  std::set<std::string> ids;
+  for (const auto& entry : ReadSettings().entries)
+    for (const auto& mark : entry.watermarks) ids.insert(mark.id);
+  return ids;
+} catch (const std::exception&) {
+  return std::set<std::string>();
 }
 
 }  // namespace app

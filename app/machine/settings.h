@@ -4,6 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -16,6 +18,9 @@ namespace app {
 /// cannot be read. On Windows they are what the component gives: of the entries their watermarks'
 /// IDs and names, and the lists.
 peers::SettingFileContent ReadSettings();
+
+/// Returns the component's folder for settings, null when the component gives none.
+std::optional<std::wstring> SettingFolder();
 
 /// False where the component gives no values back: texts, switches and the rest of the records.
 extern const bool kReadsValues;
@@ -38,6 +43,13 @@ std::ptrdiff_t CountActive(const peers::ActiveRecord& setting, const peers::Entr
 /// Returns a line for each entry that is on although its last setting lists none of its watermarks,
 /// and no more than some lines.
 std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entries);
+
+/// The same of the setting file; none when it cannot be read, or gives no values back.
+std::vector<std::string> WhatIsIdle();
+
+/// Returns the GUIDs of all watermarks in the setting file, none when it cannot be read; null where
+/// the file's form is the component's own.
+std::optional<std::set<std::string>> WatermarkIds();
 
 /// Returns the place of the page that a record's position stands for, "bottom right"; the number
 /// itself beside 0 to 8.

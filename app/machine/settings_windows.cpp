@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "app/machine/component.h"
+#include "app/machine/parts.h"
 #include "app/machine/settings.h"
+#include "component/names.h"
+#include "component/reference.h"
+#include "component/sigil_interfaces.h"
 #include "peers/settings_component/guid.h"
 #include "platform/utf.h"
 
@@ -14,6 +17,24 @@ using Sigil::Settings;
 const bool kReadsValues = false;
 
 namespace {
+
+/// The component and its root object. Its exceptions pass through the operations of this object.
+struct Component {
+  Component() : part(LoadPart(kComponentFile)), fault(part.fault) {
+    if (!fault.empty()) return;
+    const auto create = Function<Sigil::CreateInstanceFunction>(part, kCreateInstanceName);
+    if (create == nullptr)
+      fault = "has no SigilCreateInstance";
+    else if (CallForeign(create, &Sigil::kSettingsFirstIdentity, &Sigil::kSettingsSecondIdentity,
+                         reinterpret_cast<void**>(settings.Out())) != 0 ||
+             !settings)
+      fault = "gives no settings";
+  }
+
+  const Part part;
+  std::string fault;  ///< Empty: there is a root object.
+  Sigil::CReference<Sigil::Settings> settings;
+};
 
 constexpr std::uint32_t kCapacity = 256;  // of a name, as in the library
 
@@ -95,6 +116,19 @@ peers::SettingFileContent ReadSettings() try {
   return Read(*component.settings);
 } catch (const ForeignException&) {
   throw std::runtime_error("the Settings component failed while it was read");
+}
+
+std::optional<std::wstring> SettingFolder() try {
+  const Component component;
+  wchar_t folder[MAX_PATH] = {};
+  std::uint32_t length = MAX_PATH;
+  if (!component.fault.empty() ||
+      Sigil::Failed(component.settings->GetSettingFileDir(folder, &length)))
+    return std::nullopt;
+  folder[MAX_PATH - 1] = L'\0';
+  return folder;
+} catch (...) {
+  return std::nullopt;  // It is the component's exception, and the pass meets it too.
 }
 
 }  // namespace app

@@ -7,7 +7,6 @@
 #include "app/machine/home.h"
 #include "app/machine/parts.h"
 #include "app/machine/policy_file.h"
-#include "app/machine/policy_text.h"
 #include "component/names.h"
 #include "platform/crt.h"
 

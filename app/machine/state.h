@@ -3,13 +3,12 @@
 // The state of this machine, and what each export would give on it now. Nothing is changed to find
 // out: no file is made or written, no line logged.
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "app/machine/client.h"
-#include "app/machine/file_state.h"
-#include "app/machine/user_file.h"
 #include "host/printer_kind.h"
 #include "platform/base.h"
 
@@ -32,6 +31,19 @@ struct UnreadLine {
 
 /// The printers of the machine. Throws std::runtime_error, which tells why there is no list.
 std::vector<PrinterState> ListPrinters();
+
+struct SettingState {
+  std::string state;    ///< For people.
+  std::string place;    ///< Where the file is; empty on Windows.
+  std::string unsaved;  ///< Why nothing would be saved; empty when all is well.
+};
+
+SettingState ExamineSettingFile();
+
+struct RefusedPlace {
+  std::filesystem::path path;
+  std::string why;  ///< "is a link", "belongs to another account", ...
+};
 
 struct MachineState {
   std::string machine;
@@ -98,5 +110,22 @@ std::string WhyLogLost();
 /// information file of the ANSI code page; empty where none of the accounts' names lost a letter.
 /// On Windows always empty, because the doctor names such a file.
 std::string NameBefore(const std::string& stored);
+
+// The next two ask the folder, or the nearest one above it that exists.
+
+/// Returns why this account cannot make a file there; empty when it can.
+std::string WhyClosed(const std::filesystem::path& folder);
+/// Returns the same, or what the disk lacks for a file.
+std::string WhyNotMade(const std::filesystem::path& folder);
+
+/// Of all files that the library, its component and its log open, and the folders on the way.
+std::vector<RefusedPlace> RefusedPlaces();
+
+/// "is a link", "lies in EMS, which is a link", ...; empty when the machine opens the file, or
+/// would make it.
+std::string WhyRefused(const std::filesystem::path& file);
+
+/// The same for the passes' mutex: "its file is a link", "its folder is a link", ...
+std::string WhyMutexRefused();
 
 }  // namespace app

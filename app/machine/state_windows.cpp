@@ -66,6 +66,11 @@ std::vector<PrinterState> ListPrinters() {
   return printers;
 }
 
+// Nothing can be told of it before a call.
+SettingState ExamineSettingFile() {
+  return {.state = "the component's own", .place = "", .unsaved = ""};
+}
+
 // There is no machine.ini, no file is refused for what it is, and where the log writes is its own.
 
 std::vector<RefusedPlace> RefusedPlaces() {

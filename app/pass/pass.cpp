@@ -5,7 +5,6 @@
 #include <set>
 #include <stdexcept>
 
-#include "app/machine/file_state.h"
 #include "app/machine/home.h"
 #include "app/machine/parts.h"
 #include "app/machine/state.h"

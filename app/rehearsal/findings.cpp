@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "app/machine/policy_text.h"
+#include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/machine/state.h"
 #include "app/pass/messages.h"

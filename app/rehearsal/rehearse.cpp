@@ -7,10 +7,10 @@
 #include <set>
 #include <stdexcept>
 
-#include "app/machine/user_file.h"
+#include "app/machine/client.h"
 #include "app/pass/messages.h"
 #include "app/text/errors.h"
-#include "app/text/input.h"
+#include "app/text/files.h"
 #include "app/text/table.h"
 
 namespace app {

@@ -2,16 +2,14 @@
 #include <stdexcept>
 
 #include "app/machine/home.h"
-#include "app/machine/output_file.h"
 #include "app/machine/policy_file.h"
-#include "app/machine/policy_text.h"
 #include "app/machine/settings.h"
-#include "app/machine/user_file.h"
+#include "app/machine/client.h"
 #include "app/pass/messages.h"
 #include "app/rehearsal/rehearse.h"
 #include "app/text/errors.h"
 #include "app/text/file_windows.h"
-#include "app/text/input.h"
+#include "app/text/files.h"
 #include "app/text/json.h"
 #include "component/names.h"
 #include "host/shared_names.h"

@@ -5,7 +5,7 @@
 #include <set>
 #include <utility>
 
-#include "app/machine/policy_text.h"
+#include "app/machine/policy_file.h"
 #include "app/machine/state.h"
 #include "app/pass/messages.h"
 #include "app/text/errors.h"

@@ -1,3 +1,5 @@
+// The files of a machine: the setting file, and those that keep a pass from its work.
+
 #include <fcntl.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -10,8 +12,8 @@
 #include <system_error>
 
 #include "app/machine/client.h"
-#include "app/machine/file_state.h"
 #include "app/machine/settings.h"
+#include "app/machine/state.h"
 #include "host/shared_names.h"
 #include "peers/logging/log_path_posix.h"
 #include "peers/settings_component/setting_file.h"
@@ -88,8 +90,6 @@ std::vector<fs::path> KnownFiles() {
   return files;
 }
 
-namespace fs = std::filesystem;
-
 /// What a pass writes to a new machine, with its log, takes less.
 constexpr std::uintmax_t kNeeded = 512 * 1024;
 
@@ -97,6 +97,22 @@ fs::path NearestThatExists(fs::path folder) {
   std::error_code error;
   while (!fs::exists(folder, error) && folder.has_relative_path()) folder = folder.parent_path();
   return folder;
+}
+
+/// "cannot be written: ...", of a path that is there; empty when this process can write to it.
+std::string WhyNotWritten(const fs::path& path) {
+  if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0) return "";
+  return "cannot be written: " + std::generic_category().message(errno);
+}
+
+/// Returns what the disk lacks for a file; empty when it has room.
+std::string WhyFull(const fs::path& folder) {
+  struct statvfs disk = {};
+  if (statvfs(NearestThatExists(folder).c_str(), &disk) != 0) return "";
+  const std::uintmax_t left = std::uintmax_t{disk.f_bavail} * disk.f_frsize;
+  if (left < kNeeded) return "the disk is full, " + std::to_string(left) + " bytes are left";
+  if (disk.f_files != 0 && disk.f_favail == 0) return "the disk is full, no file more can be made";
+  return "";
 }
 
 /// Empty when the component can do with the file that is there.
@@ -152,24 +168,10 @@ std::vector<RefusedPlace> RefusedPlaces() {
   return places;
 }
 
-std::string WhyNotWritten(const fs::path& path) {
-  if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0) return "";
-  return "cannot be written: " + std::generic_category().message(errno);
-}
-
 std::string WhyClosed(const fs::path& folder) {
   const fs::path nearest = NearestThatExists(folder);
   const std::string closed = WhyNotWritten(nearest);
   return closed.empty() ? "" : "the folder " + nearest.string() + " " + closed;
-}
-
-std::string WhyFull(const fs::path& folder) {
-  struct statvfs disk = {};
-  if (statvfs(NearestThatExists(folder).c_str(), &disk) != 0) return "";
-  const std::uintmax_t left = std::uintmax_t{disk.f_bavail} * disk.f_frsize;
-  if (left < kNeeded) return "the disk is full, " + std::to_string(left) + " bytes are left";
-  if (disk.f_files != 0 && disk.f_favail == 0) return "the disk is full, no file more can be made";
-  return "";
 }
 
 std::string WhyNotMade(const fs::path& folder) {
@@ -195,23 +197,21 @@ SettingState ExamineSettingFile() {
   return state;
 }
 
-std::optional<std::set<std::string>> WatermarkIds() {
-  std::set<std::string> ids;
+peers::SettingFileContent ReadSettings() {
+  const auto file = peers::FindSettingPlace().file;
   try {
-    for (const auto& entry : peers::ReadSettingFile(peers::FindSettingPlace().file).entries)
-      for (const auto& mark : entry.watermarks) ids.insert(mark.id);
-  } catch (const std::exception&) {
-    ids.clear();
+    return peers::ReadSettingFile(file);
+  } catch (const std::system_error&) {
+    throw;  // It names the file.
+  } catch (const std::exception& error) {
+    throw std::runtime_error(file.string() + ": " + error.what());
   }
-  return ids;
 }
 
-std::vector<std::string> WhatIsIdle() {
-  try {
-    return IdleEntries(ReadSettings().entries);
-  } catch (const std::exception&) {
-    return {};
-  }
+const bool kReadsValues = true;
+
+std::optional<std::wstring> SettingFolder() {
+  return peers::FindSettingPlace().folder;
 }
 
 }  // namespace app

@@ -1,4 +1,4 @@
-#include "app/text/input.h"
+#include "app/text/files.h"
 
 #include <algorithm>
 #include <iostream>
@@ -36,8 +36,6 @@ std::optional<std::wstring> FromUtf16Be(std::string_view bytes) {
   return FromUtf16Le(swapped);
 }
 
-constexpr char kStandardInput[] = "-";
-
 std::string ReadStandardInput() {
   std::string bytes;
   char block[0x10000];
@@ -50,7 +48,7 @@ std::string ReadStandardInput() {
 }
 
 std::string Read(const std::string& file) try {
-  if (file == kStandardInput) return ReadStandardInput();
+  if (file == kStandardStream) return ReadStandardInput();
   auto bytes = ReadInput(PathOf(file), kGreatestPolicy);
   if (!bytes) throw std::runtime_error("no such file");
   return std::move(*bytes);
@@ -102,7 +100,15 @@ std::string WhyNoText(std::string_view bytes) {
 }
 
 std::string NameOf(const std::string& file) {
-  return file == kStandardInput ? "standard input" : platform::Visible(file);
+  return file == kStandardStream ? "standard input" : platform::Visible(file);
+}
+
+void WriteOutput(const std::filesystem::path& file, std::string_view bytes) {
+  std::error_code error;
+  const auto status = std::filesystem::status(file, error);
+  if (exists(status) && !is_regular_file(status))
+    throw UsageError(file.string() + ": " + kNotRegular);
+  ReplaceOutput(file, bytes);
 }
 
 }  // namespace app
