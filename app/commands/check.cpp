@@ -1,9 +1,8 @@
 #include <algorithm>
 #include <iostream>
-#include <memory>
 #include <span>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/machine/state.h"
@@ -185,14 +184,12 @@ int Check(const Options& options) {
 }  // namespace
 
 void AddCheck(CommandLine& line) {
-  const auto options = std::make_shared<Options>();
-  CLI::App& command =
-      line.Add("check", "Tells what becomes of a policy on this machine; changes nothing",
-               [options] { return Check(*options); });
-  AddPolicySource(command, options->file);
-  AddPolicyId(command, options->policyId);
-  AddPaper(command, options->paper, options->isLandscape);
-  AddJson(command, options->isJson);
+  auto [command, options] =
+      line.Add("check", "Tells what becomes of a policy on this machine; changes nothing", Check);
+  AddPolicySource(command, options.file);
+  AddPolicyId(command, options.policyId);
+  AddPaper(command, options.paper, options.isLandscape);
+  AddJson(command, options.isJson);
 }
 
 }  // namespace app

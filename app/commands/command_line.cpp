@@ -6,7 +6,6 @@
 #include <iostream>
 #include <set>
 
-#include "app/commands/commands.h"
 #include "app/machine/home.h"
 #include "app/text/errors.h"
 #include "app/text/wording.h"
@@ -74,7 +73,7 @@ std::vector<std::string> WithHelpOption(std::vector<std::string> arguments) {
 
 CommandLine::CommandLine() : m_parser(kSummary, "sigilctl") {
   m_parser.fallthrough();  // --root may stand behind the command too
-  m_parser.footer(std::string(kExitStatus) + kFooter);
+  m_parser.footer(std::string(kExitStatus) + kEnvironment);
   m_parser.set_version_flag("--version", std::string("sigilctl ") + kVersion);
   AddMachineOption(m_parser);
 }

@@ -1,11 +1,14 @@
 #pragma once
 
-// The command line as CLI11 reads it. Each command adds itself and binds its options; commands.h
-// lists them. Whatever a command throws goes to the caller of Run.
+// The command line as CLI11 reads it, and the commands. Each adds itself and binds its options; its
+// own file says what the command takes, does and prints. Whatever a command throws goes to the
+// caller of Run.
 
 #include <CLI/App.hpp>
 #include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/rehearsal/review.h"
@@ -24,6 +27,13 @@ class CommandLine {
   /// Adds a command and returns its parser, for the command's options. The action runs when the
   /// line names the command and there is a machine to work on.
   CLI::App& Add(const std::string& name, const std::string& help, Action action);
+  /// The same for a command that has options, which `run` is given. Returns them beside the parser.
+  template <class Options>
+  std::pair<CLI::App&, Options&> Add(const std::string& name, const std::string& help,
+                                     int (*run)(const Options&)) {
+    const auto options = std::make_shared<Options>();
+    return {Add(name, help, [=] { return run(*options); }), *options};
+  }
   /// The same for a command that needs no machine.
   CLI::App& AddWithoutMachine(const std::string& name, const std::string& help, Action action);
   /// Adds the name of a command that this home lacks; `why` ends the error of each use.
@@ -62,5 +72,23 @@ void AddCare(CLI::App& command, Care& care);
 void AddPaper(CLI::App& command, std::string& paper, bool& isLandscape);
 void AddJson(CLI::App& command, bool& isJson);
 void AddVerbose(CLI::App& command, bool& isVerbose);
+
+// The commands.
+
+void AddInit(CommandLine& line);
+void AddCheck(CommandLine& line);
+void AddDiff(CommandLine& line);
+void AddPreview(CommandLine& line);
+void AddUpdate(CommandLine& line);
+/// set, release, release-for-service, exclude, content-log.
+void AddSwitches(CommandLine& line);
+void AddShow(CommandLine& line);
+void AddLog(CommandLine& line);
+void AddSeal(CommandLine& line);
+void AddUnseal(CommandLine& line);
+void AddServe(CommandLine& line);
+void AddVerify(CommandLine& line);
+void AddReport(CommandLine& line);
+void AddDoctor(CommandLine& line);
 
 }  // namespace app

@@ -1,7 +1,6 @@
 #include <iostream>
-#include <memory>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/policy_file.h"
 #include "app/rehearsal/compare.h"
 #include "app/rehearsal/review.h"
@@ -46,14 +45,12 @@ int Diff(const Options& options) {
 }  // namespace
 
 void AddDiff(CommandLine& line) {
-  const auto options = std::make_shared<Options>();
-  CLI::App& command =
-      line.Add("diff", "Tells in what two policies differ, as stored; changes nothing",
-               [options] { return Diff(*options); });
-  command.add_option("A", options->first, "A policy, text or sealed")->type_name("")->required();
-  command.add_option("B", options->second, "Another (else the delivered one goes before A)")
+  auto [command, options] =
+      line.Add("diff", "Tells in what two policies differ, as stored; changes nothing", Diff);
+  command.add_option("A", options.first, "A policy, text or sealed")->type_name("")->required();
+  command.add_option("B", options.second, "Another (else the delivered one goes before A)")
       ->type_name("");
-  AddPolicyId(command, options->policyId);
+  AddPolicyId(command, options.policyId);
 }
 
 }  // namespace app

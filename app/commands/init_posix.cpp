@@ -6,7 +6,7 @@
 #include <memory>
 #include <system_error>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/text/errors.h"
 #include "platform/posix/machine/machine_file.h"
 #include "platform/posix/machine/whole_file.h"

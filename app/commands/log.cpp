@@ -5,13 +5,12 @@
 #include <ctime>
 #include <iomanip>
 #include <iterator>
-#include <memory>
 #include <optional>
 #include <sstream>
 #include <string_view>
 #include <system_error>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/home.h"
 #include "app/text/errors.h"
 #include "platform/visible_text.h"
@@ -175,16 +174,14 @@ int PrintLog(const Options& options) {
 }  // namespace
 
 void AddLog(CommandLine& line) {
-  const auto options = std::make_shared<Options>();
-  CLI::App& command =
-      line.Add("log", "Prints the log file", [options] { return PrintLog(*options); });
-  command.add_flag("--follow", options->follows, "And goes on as it grows");
+  auto [command, options] = line.Add("log", "Prints the log file", PrintLog);
+  command.add_flag("--follow", options.follows, "And goes on as it grows");
   command
-      .add_option("--level", options->level,
+      .add_option("--level", options.level,
                   "Lines of this level and above, 0 to 5 or its word: trace, detail, progress, "
                   "info, warning or error")
       ->type_name("LEVEL");
-  command.add_option("--since", options->since, "Lines since: 2025-03-31, '2025-03-31 09:12', 10m")
+  command.add_option("--since", options.since, "Lines since: 2025-03-31, '2025-03-31 09:12', 10m")
       ->type_name("TIME");
 }
 

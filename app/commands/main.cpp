@@ -5,7 +5,7 @@
 
 #include <iostream>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/home.h"
 #include "app/text/errors.h"
 #include "platform/visible_text.h"
@@ -15,7 +15,9 @@ namespace {
 
 int Run(const std::vector<std::string>& arguments) {
   CommandLine line;
-  AddCommands(line);
+  for (const auto add : {AddInit, AddCheck, AddDiff, AddPreview, AddUpdate, AddSwitches, AddShow,
+                         AddLog, AddSeal, AddUnseal, AddServe, AddVerify, AddReport, AddDoctor})
+    add(line);  // in the order of the help
   const int status = line.Run(arguments);
   if (!std::cout.flush()) throw std::runtime_error("standard output cannot be written");
   return status;

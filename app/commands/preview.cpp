@@ -1,10 +1,9 @@
 #include <algorithm>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <vector>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/home.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
@@ -145,22 +144,21 @@ int Preview(const Options& options) {
 }  // namespace
 
 void AddPreview(CommandLine& line) {
-  const auto options = std::make_shared<Options>();
-  CLI::App& command = line.Add("preview", "Draws the page with its watermarks as a picture",
-                               [options] { return Preview(*options); });
-  command.add_option("FILE", options->file, "A policy to try (else what the machine holds)")
+  auto [command, options] =
+      line.Add("preview", "Draws the page with its watermarks as a picture", Preview);
+  command.add_option("FILE", options.file, "A policy to try (else what the machine holds)")
       ->type_name("");
-  AddPolicyId(command, options->policyId);
-  command.add_option("--printer", options->printer, "Whose page (the default entry's)")
+  AddPolicyId(command, options.policyId);
+  command.add_option("--printer", options.printer, "Whose page (the default entry's)")
       ->type_name("NAME");
   command
       .add_option(
-          "-o,--output", options->picture,
+          "-o,--output", options.picture,
           std::string("The picture: a ") + page::kPictures + "; - is standard output, as SVG")
       ->type_name("PICTURE")
       ->required();
-  AddPaper(command, options->paper, options->isLandscape);
-  command.add_flag("--plain", options->isPlain, "The bare paper in its true size");
+  AddPaper(command, options.paper, options.isLandscape);
+  command.add_flag("--plain", options.isPlain, "The bare paper in its true size");
 }
 
 }  // namespace app

@@ -6,11 +6,10 @@
 #include <filesystem>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <sstream>
 
-#include "app/commands/commands.h"
-#include "app/machine/diagnosis.h"
+#include "app/commands/command_line.h"
+#include "app/commands/doctor.h"
 #include "app/machine/home.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
@@ -218,13 +217,12 @@ int Report(const Options& options) {
 }  // namespace
 
 void AddReport(CommandLine& line) {
-  const auto options = std::make_shared<Options>();
-  CLI::App& command = line.Add("report", "Makes a page to look at and to sign, for a browser",
-                               [options] { return Report(*options); });
-  AddPolicySource(command, options->file);
-  AddOutput(command, options->output, "PAGE", "The page, an HTML file; - is standard output")
+  auto [command, options] =
+      line.Add("report", "Makes a page to look at and to sign, for a browser", Report);
+  AddPolicySource(command, options.file);
+  AddOutput(command, options.output, "PAGE", "The page, an HTML file; - is standard output")
       ->required();
-  AddPolicyId(command, options->policyId);
+  AddPolicyId(command, options.policyId);
 }
 
 }  // namespace app

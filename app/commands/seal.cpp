@@ -2,11 +2,10 @@
 
 #include <filesystem>
 #include <iostream>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/client.h"
 #include "app/machine/home.h"
 #include "app/machine/policy_file.h"
@@ -83,11 +82,15 @@ void PrintVisible(const std::string& text) {
   }
 }
 
-/// Gives the policy text of a sealed file back, under the machine's key: of `file`, or of the
-/// delivered one where that is empty; to the file `output`, or to standard output where that is
-/// empty. At a terminal controls are made visible. Throws UsageError when no text comes of the
-/// file.
-int UnsealPolicy(const std::string& file, const std::string& output) {
+struct UnsealOptions {
+  std::string file;    ///< Empty: the delivered policy.
+  std::string output;  ///< Empty: standard output.
+};
+
+/// Gives the policy text of a sealed file back, under the machine's key. At a terminal controls are
+/// made visible. Throws UsageError when no text comes of the file.
+int UnsealPolicy(const UnsealOptions& options) {
+  const auto& [file, output] = options;
   RequireOther(file, output);
   const std::wstring path =
       file.empty() ? FindDeliveryFolder().PolicyFile()
@@ -113,24 +116,17 @@ int UnsealPolicy(const std::string& file, const std::string& output) {
 }  // namespace
 
 void AddSeal(CommandLine& line) {
-  const auto options = std::make_shared<Options>();
-  CLI::App& command = line.Add("seal", "Makes the delivered policy file of a policy",
-                               [options] { return Seal(*options); });
-  AddPolicyFile(command, options->file);
-  AddOutput(command, options->output, "FILE", "Another place for it");
-  AddCare(command, options->care);
+  auto [command, options] = line.Add("seal", "Makes the delivered policy file of a policy", Seal);
+  AddPolicyFile(command, options.file);
+  AddOutput(command, options.output, "FILE", "Another place for it");
+  AddCare(command, options.care);
 }
 
 void AddUnseal(CommandLine& line) {
-  struct Options {
-    std::string file;
-    std::string output;
-  };
-  const auto options = std::make_shared<Options>();
-  CLI::App& command = line.Add("unseal", "Gives the text of a delivered policy file back",
-                               [options] { return UnsealPolicy(options->file, options->output); });
-  command.add_option("FILE", options->file, "The sealed file (the delivered one)")->type_name("");
-  AddOutput(command, options->output, "FILE", "A file for the text");
+  auto [command, options] =
+      line.Add("unseal", "Gives the text of a delivered policy file back", UnsealPolicy);
+  command.add_option("FILE", options.file, "The sealed file (the delivered one)")->type_name("");
+  AddOutput(command, options.output, "FILE", "A file for the text");
 }
 
 }  // namespace app

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <thread>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "peers/control_service/control_service.h"
 #include "platform/utf.h"
 #include "platform/visible_text.h"

@@ -2,11 +2,10 @@
 #include <cstdio>
 #include <iostream>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string_view>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/text/errors.h"
@@ -268,13 +267,11 @@ int Show(const Options& options) {
 }  // namespace
 
 void AddShow(CommandLine& line) {
-  const auto options = std::make_shared<Options>();
-  CLI::App& command =
-      line.Add("show", "Shows what the setting file holds", [options] { return Show(*options); });
-  AddJson(command, options->isJson);
-  command.add_flag("--no-ids", options->noIds, "JSON without IDs, for comparing")->needs("--json");
-  command.add_flag("--brief", options->isBrief, "Without the watermarks");
-  command.add_option("--printer", options->printer, "One entry alone (*: the default entry)")
+  auto [command, options] = line.Add("show", "Shows what the setting file holds", Show);
+  AddJson(command, options.isJson);
+  command.add_flag("--no-ids", options.noIds, "JSON without IDs, for comparing")->needs("--json");
+  command.add_flag("--brief", options.isBrief, "Without the watermarks");
+  command.add_option("--printer", options.printer, "One entry alone (*: the default entry)")
       ->type_name("NAME");
 }
 

@@ -1,9 +1,7 @@
 // The commands that are one export each: they switch the watermarks, the exclude list and the
 // content log. Each gives 0 when its work is done and saved, else 1.
 
-#include <memory>
-
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/settings.h"
 #include "app/pass/messages.h"
 #include "app/pass/pass.h"
@@ -12,38 +10,41 @@
 namespace app {
 namespace {
 
-Work Switched(const char* command, const char* done, const Outcome& outcome, bool isVerbose) {
+/// "2 entries on, 1 off."
+std::string Switched(const Outcome& outcome) {
   const WorkDone did = WorkDoneIn(outcome);
-  return {
-      .command = command,
-      .done = done,
-      .numbers = Counted(did.on, "entry", "entries") + " on, " + std::to_string(did.off) + " off.",
-      .isVerbose = isVerbose};
+  return Counted(did.on, "entry", "entries") + " on, " + std::to_string(did.off) + " off.";
 }
 
-int Set(bool isVerbose) {
+int Set(const bool& isVerbose) {
   const Outcome outcome = Call([](const Exports& exports) { return exports.set(); });
-  Work work =
-      Switched("set", "The watermarks are on where the scope wants them.", outcome, isVerbose);
-  if (outcome.result == SIGIL_SETTING_DONE) work.lines = WhatIsIdle();
-  if (!work.lines.empty()) work.done = "The switches are on where the scope wants them.";
-  return Report(outcome, work);
+  const auto idle =
+      outcome.result == SIGIL_SETTING_DONE ? WhatIsIdle() : std::vector<std::string>();
+  return Report(outcome, {.command = "set",
+                          .done = idle.empty() ? "The watermarks are on where the scope wants them."
+                                               : "The switches are on where the scope wants them.",
+                          .numbers = Switched(outcome),
+                          .lines = idle,
+                          .isVerbose = isVerbose});
 }
 
-int Release(bool isVerbose) {
+int Release(const bool& isVerbose) {
   const Outcome outcome = Call([](const Exports& exports) { return exports.release(); });
-  return Report(
-      outcome, Switched("release", "The watermarks are off and the control service knows.", outcome,
-                        isVerbose));
+  return Report(outcome, {.command = "release",
+                          .done = "The watermarks are off and the control service knows.",
+                          .numbers = Switched(outcome),
+                          .isVerbose = isVerbose});
 }
 
-int ReleaseForService(bool isVerbose) {
+int ReleaseForService(const bool& isVerbose) {
   const Outcome outcome = Call([](const Exports& exports) { return exports.releaseForService(); });
-  return Report(outcome, Switched("release-for-service", "The watermarks are off and deleted.",
-                                  outcome, isVerbose));
+  return Report(outcome, {.command = "release-for-service",
+                          .done = "The watermarks are off and deleted.",
+                          .numbers = Switched(outcome),
+                          .isVerbose = isVerbose});
 }
 
-int Exclude(bool isVerbose) {
+int Exclude(const bool& isVerbose) {
   const Outcome outcome = Call([](const Exports& exports) { return exports.updateExclude(); });
   const WorkDone did = WorkDoneIn(outcome);
   return Report(outcome, {.command = "exclude",
@@ -53,18 +54,24 @@ int Exclude(bool isVerbose) {
                           .isVerbose = isVerbose});
 }
 
-int SwitchContentLog(bool on, bool isVerbose) {
+struct ContentLogOptions {
+  std::string state;
+  bool isVerbose = false;
+};
+
+int SwitchContentLog(const ContentLogOptions& options) {
+  const bool isOn = options.state == "on";
   const Outcome outcome =
-      Call([on](const Exports& exports) { return exports.setUseContentLog(on); });
+      Call([isOn](const Exports& exports) { return exports.setUseContentLog(isOn); });
   return Report(outcome, {.command = "content-log",
-                          .done = on ? "The content log is on." : "The content log is off.",
-                          .isVerbose = isVerbose});
+                          .done = "The content log is " + options.state + ".",
+                          .isVerbose = options.isVerbose});
 }
 
 /// Adds a command that takes nothing but --verbose.
-void AddSwitch(CommandLine& line, const char* name, const char* help, int (*run)(bool)) {
-  const auto isVerbose = std::make_shared<bool>(false);
-  AddVerbose(line.Add(name, help, [run, isVerbose] { return run(*isVerbose); }), *isVerbose);
+void AddSwitch(CommandLine& line, const char* name, const char* help, int (*run)(const bool&)) {
+  auto [command, isVerbose] = line.Add(name, help, run);
+  AddVerbose(command, isVerbose);
 }
 
 }  // namespace
@@ -75,19 +82,13 @@ void AddSwitches(CommandLine& line) {
   AddSwitch(line, "release-for-service",
             "Switches off and deletes the watermarks until the next update", ReleaseForService);
   AddSwitch(line, "exclude", "Rebuilds the exclude list from the printers that exist now", Exclude);
-  struct Options {
-    std::string state;
-    bool isVerbose = false;
-  };
-  const auto options = std::make_shared<Options>();
-  CLI::App& command = line.Add("content-log", "Switches the print-content log callback", [options] {
-    return SwitchContentLog(options->state == "on", options->isVerbose);
-  });
-  command.add_option("STATE", options->state, "What it becomes: on or off")
+  auto [command, options] =
+      line.Add("content-log", "Switches the print-content log callback", SwitchContentLog);
+  command.add_option("STATE", options.state, "What it becomes: on or off")
       ->type_name("")
       ->required()
       ->check(OneOf({"on", "off"}));
-  AddVerbose(command, options->isVerbose);
+  AddVerbose(command, options.isVerbose);
 }
 
 }  // namespace app

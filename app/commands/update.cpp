@@ -1,7 +1,6 @@
-#include <memory>
 #include <set>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/client.h"
 #include "app/machine/settings.h"
 #include "app/machine/state.h"
@@ -68,14 +67,13 @@ int Update(const Options& options) {
 }  // namespace
 
 void AddUpdate(CommandLine& line) {
-  const auto options = std::make_shared<Options>();
-  CLI::App& command = line.Add("update", "Applies a policy to the default entry and printers",
-                               [options] { return Update(*options); });
-  AddPolicyFile(command, options->file);
-  AddPolicyId(command, options->policyId);
-  command.add_flag("--reset-name", options->resetName, "Looks the user's full name up anew");
-  AddCare(command, options->care);
-  AddVerbose(command, options->isVerbose);
+  auto [command, options] =
+      line.Add("update", "Applies a policy to the default entry and printers", Update);
+  AddPolicyFile(command, options.file);
+  AddPolicyId(command, options.policyId);
+  command.add_flag("--reset-name", options.resetName, "Looks the user's full name up anew");
+  AddCare(command, options.care);
+  AddVerbose(command, options.isVerbose);
 }
 
 }  // namespace app

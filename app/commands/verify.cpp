@@ -1,7 +1,6 @@
 #include <iostream>
-#include <memory>
 
-#include "app/commands/commands.h"
+#include "app/commands/command_line.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/rehearsal/compare.h"
@@ -75,13 +74,11 @@ int Verify(const Options& options) try {
 }  // namespace
 
 void AddVerify(CommandLine& line) {
-  const auto options = std::make_shared<Options>();
-  CLI::App& command =
-      line.Add("verify", "Tells whether a policy is what the entries hold; changes nothing",
-               [options] { return Verify(*options); });
-  AddPolicySource(command, options->file);
-  AddPolicyId(command, options->policyId);
-  AddJson(command, options->isJson);
+  auto [command, options] = line.Add(
+      "verify", "Tells whether a policy is what the entries hold; changes nothing", Verify);
+  AddPolicySource(command, options.file);
+  AddPolicyId(command, options.policyId);
+  AddJson(command, options.isJson);
 }
 
 }  // namespace app

@@ -50,6 +50,9 @@ LogSource OpenLog();
 /// place. Throws std::system_error.
 LogSource FollowLog();
 
+/// The last part of the help: the environment of the program.
+extern const char kEnvironment[];
+
 /// The steps against trouble with the mutex, the printers and the user's account.
 extern const char kMendMutex[];
 extern const char kMendPrinters[];

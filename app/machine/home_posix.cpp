@@ -42,6 +42,15 @@ const char kMendMutex[] = "`sigilctl doctor` tells why.";
 const char kMendPrinters[] = "See to machine.ini.";
 const char kMendAccount[] = "See to the account in machine.ini or the directory.";
 
+const char kEnvironment[] =
+    "Environment:\n"
+    "  SIGIL_ROOT       the machine's folder; else sigil/machine in XDG_DATA_HOME,\n"
+    "                   which is ~/.local/share where it is not set\n"
+    "  SIGIL_LOG        the log file, in place of the machine's own\n"
+    "  SIGIL_LOG_LEVEL  the lowest level that is written to it (0)\n"
+    "  TMPDIR           where policies are rehearsed, in private folders that go\n"
+    "                   again; memory where it is not set\n";
+
 std::vector<std::string> Arguments(int argc, char** argv) {
   return {argv, argv + argc};
 }

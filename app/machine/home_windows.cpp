@@ -22,6 +22,16 @@ namespace app {
 const wchar_t kLibrary[] = L"SigilSetting.dll";
 const wchar_t kLog[] = L"log4cxx.dll";
 
+const char kEnvironment[] =
+    "Policies are rehearsed (check, diff, preview, report, seal, update, verify):\n"
+    "applied by the library itself, in a private folder below the account's\n"
+    "application data that goes again, with components of its own. A rehearsal\n"
+    "reads the machine's printers and names, and takes its mutex as any pass does.\n"
+    "\n"
+    "Environment:\n"
+    "  SIGIL_LOG        the file of the log that comes with this program\n"
+    "  SIGIL_LOG_LEVEL  the lowest level that is written to it (0)\n";
+
 const char kMendMutex[] =
     "A process of another account or of a higher integrity level has it: end that process, or run "
     "this one as that one runs.";

@@ -1,6 +1,6 @@
 #pragma once
 
-// The state of the machine in words, for the doctor's page and for reports.
+// The state of the machine in words, which reports tell too.
 
 #include <string>
 #include <vector>
