@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iostream>
 #include <span>
+#include <utility>
 
 #include "app/commands/command_line.h"
 #include "app/machine/policy_file.h"
@@ -75,14 +76,12 @@ void PrintLacking(const Review& review) {
 }
 
 void PrintNotes(const std::string& file, const Review& review) {
-  bool isFirst = true;
+  std::string heading = "\nGood to know\n";
   for (const Finding& note : review.notes.Kept()) {
     const bool isInTable = note.kind == "lacking" && note.property != "PrinterScope";
     const bool isTold = note.kind == "second";  // by the finding of its element
-    if (isInTable || isTold) continue;
-    if (isFirst) std::cout << "\nGood to know\n";
-    isFirst = false;
-    std::cout << "  " << Line(file, note) << "\n";
+    if (!isInTable && !isTold)
+      std::cout << std::exchange(heading, "") << "  " << Line(file, note) << "\n";
   }
 }
 

@@ -82,13 +82,6 @@ Json Parts(const MachineState& state) {
   return parts;
 }
 
-Json UnreadLines(const MachineState& state) {
-  Json lines = Json::array();
-  for (const UnreadLine& each : state.unread)
-    lines.push_back({{"line", each.line}, {"name", each.name}, {"reason", each.reason}});
-  return lines;
-}
-
 /// Null when the printers cannot be listed.
 Json Printers(const MachineState& state) {
   if (!state.printers) return nullptr;
@@ -163,7 +156,7 @@ Json Diagnose() {
   return {{"machine", state.machine},
           {"good", isGood},
           {"parts", Parts(state)},
-          {"unread", UnreadLines(state)},
+          {"unread", state.unread},
           {"scope", state.scope ? Json(*state.scope) : Json()},
           {"printers", Printers(state)},
           {"forecast", forecasts}};

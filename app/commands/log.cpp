@@ -24,18 +24,12 @@ constexpr const char* kLevels[] = {"trace", "detail", "progress", "info", "warni
 /// the level of a warning.
 constexpr std::string_view kTraceOfPath = "99999999 ";
 
+constexpr std::size_t kStamp = std::string_view("2025-03-31 09:12:45.678").size();
+
 /// What is left out. A line of another form than the library's is left out as soon as anything is.
 struct LogFilter {
   int level = 0;      ///< Lines below it.
   std::string since;  ///< Lines before it: a time as it stands in the log, or empty.
-};
-
-/// The parts of a line that are looked at.
-struct Line {
-  std::string_view stamp;  ///< Date and time.
-  std::string_view process;
-  int level;
-  std::string_view rest;
 };
 
 /// What stands before the next blank, which goes with it.
@@ -53,36 +47,29 @@ std::optional<int> Number(std::string_view text) {
   return number;
 }
 
-std::optional<Line> Parse(std::string_view text) {
-  constexpr std::size_t kStamp = std::string_view("2025-03-31 09:12:45.678").size();
-  if (text.size() <= kStamp || text[4] != '-' || text[10] != ' ' || text[13] != ':' ||
-      text[kStamp] != ' ')
-    return std::nullopt;
-  const std::string_view stamp = text.substr(0, kStamp);
-  text.remove_prefix(kStamp + 1);
-  const std::string_view process = Cut(text);
-  const auto level = Number(Cut(text));
-  if (!Number(process) || !level) return std::nullopt;
-  return Line{stamp, process, text.starts_with(kTraceOfPath) ? 0 : *level, text};
+/// Whether date and time stand before the line's first other part.
+bool HasStamp(std::string_view text) {
+  return text.size() > kStamp && text[4] == '-' && text[10] == ' ' && text[13] == ':' &&
+         text[kStamp] == ' ';
 }
 
-std::string Word(int level) {
-  const bool isKnown = level >= 0 && static_cast<std::size_t>(level) < std::size(kLevels);
-  return isKnown ? kLevels[level] : std::to_string(level);
-}
-
-/// The line as it is shown; empty when it is left out.
+/// Returns the line as it is shown; an empty text when it is left out.
 std::string Shown(std::string_view text, const LogFilter& filter) {
-  const auto line = Parse(text);
-  if (!line) {
+  std::string_view rest = HasStamp(text) ? text.substr(kStamp + 1) : "";
+  const std::string_view process = Cut(rest);
+  auto level = Number(Cut(rest));
+  if (!Number(process) || !level) {
     const bool isAllShown = filter.level <= 0 && filter.since.empty();
     return isAllShown ? platform::Visible(text) + "\n" : "";
   }
-  if (line->level < filter.level || line->stamp < filter.since) return "";
-  std::string level = Word(line->level);
-  level.resize(std::max(level.size(), std::string_view("progress").size()), ' ');
-  return platform::Visible(std::string(line->stamp) + " " + std::string(line->process) + " " +
-                           level + " " + std::string(line->rest)) +
+  const std::string stamp(text.substr(0, kStamp));
+  if (rest.starts_with(kTraceOfPath)) level = 0;
+  if (*level < filter.level || stamp < filter.since) return "";
+  const bool isKnown = *level >= 0 && static_cast<std::size_t>(*level) < std::size(kLevels);
+  std::string word = isKnown ? kLevels[*level] : std::to_string(*level);
+  word.resize(std::max(word.size(), std::string_view("progress").size()), ' ');
+  return platform::Visible(stamp + " " + std::string(process) + " " + word + " " +
+                           std::string(rest)) +
          "\n";
 }
 
@@ -116,8 +103,8 @@ void PrintLines(const LogSource& read, const LogFilter& filter) {
 }
 
 int ParseLevel(const std::string& text) {
-  const auto word = std::find(std::begin(kLevels), std::end(kLevels), text);
-  if (word != std::end(kLevels)) return static_cast<int>(word - std::begin(kLevels));
+  const auto word = std::ranges::find(kLevels, text);
+  if (word != std::end(kLevels)) return static_cast<int>(word - kLevels);
   const auto number = Number(text);
   if (!number || *number < 0 || *number > 5)
     throw UsageError("--level: 0 to 5 or trace, detail, progress, info, warning, error, not '" +

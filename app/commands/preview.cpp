@@ -1,6 +1,6 @@
 #include <algorithm>
 #include <iostream>
-#include <optional>
+#include <ranges>
 #include <vector>
 
 #include "app/commands/command_line.h"
@@ -31,18 +31,14 @@ struct Options {
   std::string picture;   ///< Its extension names the format.
 };
 
-constexpr char kStandardOutput[] = "-";
-
 page::Format FormatOf(const std::string& picture) {
-  if (picture == kStandardOutput) return page::Format::kSvg;
+  if (picture == kStandardStream) return page::Format::kSvg;
   if (const auto format = page::FormatOf(PathOf(picture).extension().string())) return *format;
   throw UsageError(picture + ": a picture's name ends in " + page::kPictures);
 }
 
 const peers::EntryRecord* Find(const peers::SettingFileContent& content, std::string_view printer) {
-  const auto found =
-      std::find_if(content.entries.begin(), content.entries.end(),
-                   [&](const peers::EntryRecord& entry) { return entry.printer == printer; });
+  const auto found = std::ranges::find(content.entries, printer, &peers::EntryRecord::printer);
   return found == content.entries.end() ? nullptr : &*found;
 }
 
@@ -57,16 +53,16 @@ const peers::EntryRecord& EntryOf(const peers::SettingFileContent& content,
   throw UsageError("no policy has been applied yet, so there is nothing to draw");
 }
 
-/// Where the watermarks are on, when they are off in the entry that is drawn.
-std::vector<page::Note> Elsewhere(const peers::SettingFileContent& content,
-                                  const peers::EntryRecord& entry) {
+/// Adds where the watermarks are on, when they are off in the entry that is drawn.
+void AddElsewhere(std::vector<page::Note>& notes, const peers::SettingFileContent& content,
+                  const peers::EntryRecord& entry) {
   constexpr std::size_t kMost = 4;
   std::vector<std::string> names;
   for (const peers::EntryRecord& each : content.entries)
     if (!entry.lastSetting.enabled && each.lastSetting.enabled)
       names.push_back(OneLine(each.printer, kNameWidth));
-  if (names.empty()) return {};
-  return {{"", "they are on for " + NamesInARow(names, kMost) + "; try --printer NAME"}};
+  if (!names.empty())
+    notes.push_back({"", "they are on for " + NamesInARow(names, kMost) + "; try --printer NAME"});
 }
 
 /// One line for each, as far as they are worth reading; those on the whole page come first.
@@ -74,15 +70,11 @@ std::vector<std::string> Lines(std::vector<page::Note> notes) {
   std::stable_partition(notes.begin(), notes.end(),
                         [](const page::Note& note) { return note.watermark.empty(); });
   std::vector<std::string> lines;
-  for (const page::Note& note : notes) {
-    if (lines.size() == kMostNotes) {
-      lines.push_back("and " + std::to_string(notes.size() - kMostNotes) + " notes more");
-      break;
-    }
-    const std::string name =
-        note.watermark.empty() ? "" : OneLine(note.watermark, kNameWidth) + " ";
-    lines.push_back(name + OneLine(note.text, kNoteWidth));
-  }
+  for (const page::Note& note : notes | std::views::take(kMostNotes))
+    lines.push_back((note.watermark.empty() ? "" : OneLine(note.watermark, kNameWidth) + " ") +
+                    OneLine(note.text, kNoteWidth));
+  if (notes.size() > kMostNotes)
+    lines.push_back("and " + std::to_string(notes.size() - kMostNotes) + " notes more");
   return lines;
 }
 
@@ -113,8 +105,7 @@ int Preview(const Options& options) {
   const Subject drawn = FindSubject(options);
   const peers::EntryRecord& entry = EntryOf(drawn.records, options.printer);
   page::Page page = page::LayOut(entry, paper, page::MeasureText);
-  const std::vector<page::Note> elsewhere = Elsewhere(drawn.records, entry);
-  page.notes.insert(page.notes.end(), elsewhere.begin(), elsewhere.end());
+  AddElsewhere(page.notes, drawn.records, entry);
 
   const std::string subject =
       (entry.printer == "*" ? "the default entry" : OneLine(entry.printer, kNameWidth)) + " on " +
@@ -130,11 +121,7 @@ int Preview(const Options& options) {
     caption.insert(caption.end(), std::begin(page::kMeaning), std::end(page::kMeaning));
   }
   const std::string picture = page::Draw(page, caption, format);
-  if (options.picture == kStandardOutput) {
-    std::cout << picture;
-    return 0;
-  }
-  WriteOutput(PathOf(options.picture), picture);
+  if (!WriteOrPrint(options.picture, picture)) return 0;
   std::cout << "preview: " << platform::Visible(options.picture) << " shows " << count << " of "
             << subject << ".\n";
   for (const std::string& note : notes) std::cout << "  " << note << "\n";

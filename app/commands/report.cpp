@@ -83,9 +83,7 @@ std::vector<HtmlPage::TextLine> LinesOf(const std::string& text, const Review& r
     const bool isNear = next != remarks.end() && next->first <= number + kNear;
     if (number > kMostLines && !isNear) continue;
     if (line.ends_with('\r')) line.pop_back();
-    const auto own = remarks.find(number);
-    lines.push_back(
-        {number, line, own == remarks.end() ? std::vector<std::string>() : own->second});
+    lines.push_back({number, line, remarks[number]});
   }
   return lines;
 }
@@ -115,12 +113,6 @@ void AddMarks(HtmlPage& page, const Review& review) {
                     PositionText(mark.printPos), std::to_string(mark.opacity) + " %"});
   }
   if (rows.size() > 1) page.Table("Watermarks of the default entry", rows);
-}
-
-void AddText(HtmlPage& page, const PolicySource& source, const Review& review) {
-  page.Heading("The policy's text");
-  page.Listing("Each finding stands below its line",
-               LinesOf(platform::ToUtf8(source.text), review));
 }
 
 /// Entries that print alike share a picture.
@@ -194,7 +186,9 @@ std::string PageOf(const Options& options) {
   page.Table("What an export would give now", RowsOf(diagnosis, "forecast"));
   if (!diagnosis["unread"].empty())
     page.Table("Lines of machine.ini that are not read", RowsOf(diagnosis, "unread"));
-  AddText(page, source, review);
+  page.Heading("The policy's text");
+  page.Listing("Each finding stands below its line",
+               LinesOf(platform::ToUtf8(source.text), review));
   page.Heading("Signatures");
   page.Table(
       "To be signed on paper",
@@ -204,13 +198,9 @@ std::string PageOf(const Options& options) {
 
 int Report(const Options& options) {
   const std::string page = PageOf(options);
-  if (options.output == "-") {
-    std::cout << page;
-    return 0;
-  }
-  WriteOutput(PathOf(options.output), page);
-  std::cout << "report: " << page.size() << " bytes in " << platform::Visible(options.output)
-            << ".\n";
+  if (WriteOrPrint(options.output, page))
+    std::cout << "report: " << page.size() << " bytes in " << platform::Visible(options.output)
+              << ".\n";
   return 0;
 }
 

@@ -26,12 +26,6 @@ void RequireOther(const std::string& source, const std::string& output) {
     throw UsageError(output + ": the output would replace its own source");
 }
 
-void RequireKey() {
-  const KeyState key = ExamineKey();
-  if (!key.isThere || !key.gives)
-    throw UsageError(HostPath(KeySource()).string() + ": " + key.source);
-}
-
 std::string SealedText(const std::wstring& text, const std::string& file) {
   std::string sealed = SealText(platform::ToUtf8(text));
   try {
@@ -40,10 +34,6 @@ std::string SealedText(const std::wstring& text, const std::string& file) {
     throw UsageError(file + ": sealed, " + error.what());
   }
   return sealed;
-}
-
-void Tell(std::size_t size, const std::string& place) {
-  std::cout << "seal: " << size << " bytes in " << platform::Visible(place) << ".\n";
 }
 
 struct Options {
@@ -58,17 +48,18 @@ int Seal(const Options& options) {
   RequireOther(options.file, options.output);
   const std::wstring text = ReadTextFile(options.file);
   const std::string name = NameOf(options.file);
-  RequireKey();
+  if (const KeyState key = ExamineKey(); !key.isThere || !key.gives)
+    throw UsageError(HostPath(KeySource()).string() + ": " + key.source);
   const std::string sealed = SealedText(text, name);
   const Verdict verdict = RefuseOrTell(text, name, kSwitchingPolicy, Use::kDelivery, options.care);
-  if (options.output.empty()) {
-    const DeliveryFolder delivery = FindDeliveryFolder();
-    WriteOutput(HostPath(delivery.PolicyFile()), sealed);
-    Tell(sealed.size(), HostPath(delivery.PolicyFile()).string() + " (" + delivery.origin + ")");
-  } else {
-    WriteOutput(PathOf(options.output), sealed);
-    Tell(sealed.size(), options.output);
-  }
+  const DeliveryFolder delivery = FindDeliveryFolder();
+  const bool isDelivered = options.output.empty();
+  const auto place = isDelivered ? HostPath(delivery.PolicyFile()) : PathOf(options.output);
+  WriteOutput(place, sealed);
+  std::cout << "seal: " << sealed.size() << " bytes in "
+            << platform::Visible(isDelivered ? place.string() + " (" + delivery.origin + ")"
+                                             : options.output)
+            << ".\n";
   for (const std::string& line : verdict.lines)
     std::cout << "  " << platform::Visible(line) << "\n";
   return 0;

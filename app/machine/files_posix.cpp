@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
@@ -67,11 +66,9 @@ fs::path MutexFolder() {
   return platform::MachineRoot() / "mutex";
 }
 
-std::vector<fs::path> MutexFiles() {
-  std::error_code error;
-  std::vector<fs::path> files;
-  for (const auto& each : fs::directory_iterator(MutexFolder(), error)) files.push_back(each);
-  return files;
+fs::directory_iterator MutexFiles() {
+  std::error_code ignored;
+  return fs::directory_iterator(MutexFolder(), ignored);
 }
 
 std::vector<fs::path> KnownFiles() {
@@ -86,7 +83,7 @@ std::vector<fs::path> KnownFiles() {
     // Without machine.ini nobody knows whose setting folder it would be; it is on the list itself.
   }
   files.push_back(logging::LogFile());
-  std::ranges::copy(MutexFiles(), std::back_inserter(files));
+  for (const fs::path& file : MutexFiles()) files.push_back(file);
   return files;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-// What the program knows of the home that it runs in, Linux or Windows. Each has a source of its
-// own for it, home_posix.cpp and home_windows.cpp.
+// What the program knows of the home that it runs in, Linux or Windows, and of its own place there.
 
 #include <cstddef>
 #include <filesystem>
@@ -9,6 +8,9 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/module.h"
+#include "platform/owner.h"
 
 namespace app {
 
@@ -31,13 +33,6 @@ std::string MachineName();
 
 /// Where the file of a Windows path is.
 std::filesystem::path HostPath(std::wstring_view windowsPath);
-
-/// Where a library of this file name has to be: in the folder of the program itself.
-std::wstring BesideHost(const std::wstring& fileName);
-
-/// The file names of the library and of its log.
-extern const wchar_t kLibrary[];
-extern const wchar_t kLog[];
 
 /// Reads the log's next bytes to a block and returns how many they are; 0 at the end.
 using LogSource = std::function<std::size_t(char* block, std::size_t size)>;
@@ -63,5 +58,36 @@ inline constexpr char kMendDelivery[] =
     "`sigilctl check` finds what is wrong with the text, `sigilctl seal` makes another";
 inline constexpr char kMendKey[] = "seal it under this machine's key source";
 inline constexpr char kMendMissing[] = "`sigilctl seal FILE` makes one";
+
+// The libraries that lie beside the program.
+
+/// Where a library of this file name has to be: in the folder of the program itself.
+std::wstring BesideHost(const std::wstring& fileName);
+
+/// The file names of the library and of its log.
+extern const wchar_t kLibrary[];
+extern const wchar_t kLog[];
+
+inline void Unload(HMODULE module) {
+  FreeLibrary(module);
+}
+
+struct Part {
+  Owner<HMODULE, Unload> module;
+  std::string fault;  ///< "is missing; put it beside sigilctl", ...; empty when it is loaded.
+};
+
+/// Loads the library of this file name. The log stays loaded. It is loaded before the others,
+/// because these name it by its file name alone, and each by its full path, because Windows would
+/// look for such a name in the current folder and along PATH too, and run what it finds there.
+Part LoadPart(const std::wstring& fileName);
+
+/// Returns null when the part has no such function.
+template <class Operation>
+Operation Function(const Part& part, const char* name) {
+  // Cast through `void (*)()` to avoid the cast warning.
+  return reinterpret_cast<Operation>(
+      reinterpret_cast<void (*)()>(GetProcAddress(part.module.Get(), name)));
+}
 
 }  // namespace app

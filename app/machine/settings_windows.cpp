@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "app/machine/parts.h"
+#include "app/machine/home.h"
 #include "app/machine/settings.h"
 #include "component/names.h"
 #include "component/reference.h"
@@ -38,17 +38,25 @@ struct Component {
 
 constexpr std::uint32_t kCapacity = 256;  // of a name, as in the library
 
+/// Returns the name that `get` writes; null where it says no.
+template <class Get>
+std::optional<std::string> NameFrom(Get get) {
+  wchar_t name[kCapacity] = {};
+  std::uint32_t length = kCapacity;
+  if (!get(name, &length)) return std::nullopt;
+  name[kCapacity - 1] = L'\0';
+  return ToUtf8(name);
+}
+
 std::vector<std::string> Names(Settings& settings, std::int32_t (Settings::*count)(),
                                std::int32_t (Settings::*get)(std::int32_t, wchar_t*,
                                                              std::uint32_t*)) {
   std::vector<std::string> names;
-  for (std::int32_t i = 0, end = (settings.*count)(); i < end; ++i) {
-    wchar_t name[kCapacity] = {};
-    std::uint32_t length = kCapacity;
-    if (Sigil::Failed((settings.*get)(i, name, &length))) continue;
-    name[kCapacity - 1] = L'\0';
-    names.push_back(ToUtf8(name));
-  }
+  for (std::int32_t i = 0, end = (settings.*count)(); i < end; ++i)
+    if (auto name = NameFrom([&](wchar_t* text, std::uint32_t* length) {
+          return !Sigil::Failed((settings.*get)(i, text, length));
+        }))
+      names.push_back(std::move(*name));
   return names;
 }
 
@@ -57,14 +65,12 @@ std::vector<peers::ExcludeRecord> Excludes(Settings& settings, std::int32_t (Set
                                                                          wchar_t*,
                                                                          std::uint32_t*)) {
   std::vector<peers::ExcludeRecord> records;
-  for (std::int32_t i = 0, end = (settings.*count)(); i < end; ++i) {
-    GUID id = {};
-    wchar_t name[kCapacity] = {};
-    std::uint32_t length = kCapacity;
-    if ((settings.*get)(i, &id, name, &length) != 0) continue;
-    name[kCapacity - 1] = L'\0';
-    records.push_back({peers::GuidText(id), ToUtf8(name)});
-  }
+  GUID id = {};
+  for (std::int32_t i = 0, end = (settings.*count)(); i < end; ++i)
+    if (auto name = NameFrom([&](wchar_t* text, std::uint32_t* length) {
+          return (settings.*get)(i, &id, text, length) == 0;
+        }))
+      records.push_back({peers::GuidText(id), std::move(*name)});
   return records;
 }
 
@@ -77,12 +83,13 @@ std::optional<peers::EntryRecord> ReadEntry(Settings& settings, const std::strin
   record.printer = printer;
   for (std::int32_t i = 0, end = entry->GetWatermarkCount(); i < end; ++i) {
     GUID id = {};
-    wchar_t name[kCapacity] = {};
-    if (Sigil::Failed(entry->GetWatermarkInfo(i, &id, name, kCapacity - 1))) continue;
-    name[kCapacity - 1] = L'\0';
+    const auto name = NameFrom([&](wchar_t* text, std::uint32_t* capacity) {
+      return !Sigil::Failed(entry->GetWatermarkInfo(i, &id, text, *capacity - 1));
+    });
+    if (!name) continue;
     peers::WatermarkRecord& mark = record.watermarks.emplace_back();
     mark.id = peers::GuidText(id);
-    mark.name = ToUtf8(name);
+    mark.name = *name;
   }
   return record;
 }

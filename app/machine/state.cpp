@@ -5,7 +5,6 @@
 
 #include "app/machine/client.h"
 #include "app/machine/home.h"
-#include "app/machine/parts.h"
 #include "app/machine/policy_file.h"
 #include "component/names.h"
 #include "platform/crt.h"
@@ -52,10 +51,6 @@ std::string ExamineComponent() {
   return hasEntry ? "" : "has no SigilCreateInstance";
 }
 
-Forecast Good(const char* command) {
-  return {command, "0", "", true};
-}
-
 Forecast Bad(const char* command, const char* result, std::string reason) {
   return {command, result, std::move(reason), false};
 }
@@ -65,37 +60,30 @@ bool HasSuitePrinter(const MachineState& state) {
   return state.printers && std::ranges::any_of(*state.printers, isSuite);
 }
 
-/// A pass that cannot save: the switches count the printers that they failed on.
-Forecast Unsaved(const MachineState& state, const char* command, bool isSwitch) {
-  return Bad(command, isSwitch && HasSuitePrinter(state) ? "-101" : "0",
-             "nothing is saved: " + state.settingFile.unsaved);
-}
-
 Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
               bool listsPrinters) {
   if (!state.library.empty()) return Bad(command, "none", "the library " + state.library);
-  if (!state.mutex.empty()) return Bad(command, "-101", "no mutex: " + state.mutex);
-  if (!state.component.empty())
-    return Bad(command, "-101", "the Settings component " + state.component);
-  if (readsPolicy && !state.hasKey)
-    return Bad(command, "-101", "the key source: " + state.keySource);
-  if (readsPolicy && !state.scope)
-    return Bad(command, "-101", "the policy file: " + state.policyFile);
-  if (readsPolicy && *state.scope == -1)
-    return Bad(command, "-101", "the policy's scope is -1, which stands for none");
-  if (listsPrinters && !state.printers)
-    return Bad(command, "-101", "the printers cannot be listed: " + state.noPrinters);
-  if (!state.settingFile.unsaved.empty()) return Unsaved(state, command, readsPolicy);
-  return Good(command);
+  const std::pair<bool, std::string> obstacles[] = {
+      {!state.mutex.empty(), "no mutex: " + state.mutex},
+      {!state.component.empty(), "the Settings component " + state.component},
+      {readsPolicy && !state.hasKey, "the key source: " + state.keySource},
+      {readsPolicy && !state.scope, "the policy file: " + state.policyFile},
+      {readsPolicy && state.scope == -1, "the policy's scope is -1, which stands for none"},
+      {listsPrinters && !state.printers, "the printers cannot be listed: " + state.noPrinters}};
+  for (const auto& [isMet, reason] : obstacles)
+    if (isMet) return Bad(command, "-101", reason);
+  if (state.settingFile.unsaved.empty()) return {command, "0", "", true};
+  // The switches count the printers that they failed on.
+  return Bad(command, readsPolicy && HasSuitePrinter(state) ? "-101" : "0",
+             "nothing is saved: " + state.settingFile.unsaved);
 }
 
 /// A switch that asks the system settings first.
 Forecast ClientSwitch(const MachineState& state, const char* command) {
   const FunctionSwitch& function = state.functionSwitch;
   if (!state.library.empty()) return Pass(state, command, true, true);
-  if (function.value.value_or(-1) < 0)
-    return Bad(command, "-201", "SystemSetting.csv: " + function.state);
-  if (function.value == 0) return Bad(command, "-200", "SystemSetting.csv: " + function.state);
+  if (const int value = function.value.value_or(-1); value <= 0)
+    return Bad(command, value < 0 ? "-201" : "-200", "SystemSetting.csv: " + function.state);
   return Pass(state, command, true, true);
 }
 

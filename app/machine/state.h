@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "app/machine/client.h"
+#include "app/text/json.h"
 #include "host/printer_kind.h"
 #include "platform/base.h"
 
@@ -20,13 +21,6 @@ struct PrinterState {
   std::wstring name;
   std::wstring driver;
   PrinterKind kind;
-};
-
-/// A line of machine.ini that is not read as it stands.
-struct UnreadLine {
-  std::size_t line;  ///< From 1 on.
-  std::string name;  ///< Of the entry, or "[...]" of the section.
-  std::string reason;
 };
 
 /// The printers of the machine. Throws std::runtime_error, which tells why there is no list.
@@ -63,7 +57,10 @@ struct MachineState {
   UserFile userFile;
   std::string unstoredName;  ///< Why a full name that is found would not be stored; or empty.
 
-  std::vector<UnreadLine> unread;
+  /// Lines of machine.ini that are not read as they stand: `line`, from 1 on, `name` of the entry
+  /// or
+  /// "[...]" of the section, and `reason`.
+  Json unread = Json::array();
 
   /// Nothing when the spooler has no list, and why.
   std::optional<std::vector<PrinterState>> printers;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <iterator>
 #include <set>
 #include <system_error>
 
@@ -25,12 +24,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-PrinterState Kinded(platform::Printer& printer) {
-  PRINTER_INFO_2W record{};
-  record.pDriverName = printer.driver.data();
-  record.pComment = printer.comment ? printer.comment->data() : nullptr;
-  const PrinterKind kind = SigilSettingManagement::KindOf(record);
-  return {printer.name, printer.driver, kind};
+std::vector<PrinterState> PrintersOf(platform::Machine machine) {
+  std::vector<PrinterState> printers;
+  for (platform::Printer& printer : machine.printers) {
+    PRINTER_INFO_2W record{};
+    record.pDriverName = printer.driver.data();
+    record.pComment = printer.comment ? printer.comment->data() : nullptr;
+    printers.push_back({printer.name, printer.driver, SigilSettingManagement::KindOf(record)});
+  }
+  return printers;
 }
 
 std::string WhyNotStored(const fs::path& file) {
@@ -54,22 +56,27 @@ std::string Meant(const platform::UnreadLine& line) {
   return "; is [" + guess + name.substr(end) + (name.ends_with(']') ? "" : "]") + " meant?";
 }
 
-UnreadLine InWords(const platform::UnreadLine& line) {
-  using Reason = platform::UnreadLine::Reason;
-  const std::string name = platform::ToUtf8(line.name);
-  if (line.reason == Reason::kNoText) return {line.number, name, "no UTF-8 text"};
-  if (line.reason == Reason::kSecond) return {line.number, name, "another of its name counts"};
-  return {line.number, name, "nobody reads it here" + Meant(line)};
+std::string ReasonOf(const platform::UnreadLine& line) {
+  switch (line.reason) {
+    case platform::UnreadLine::Reason::kNoText:
+      return "no UTF-8 text";
+    case platform::UnreadLine::Reason::kSecond:
+      return "another of its name counts";
+    default:
+      return "nobody reads it here" + Meant(line);
+  }
 }
 
 void ExaminePrinters(MachineState& state) {
   try {
     std::vector<platform::UnreadLine> unread;
     platform::Machine machine = platform::LoadMachine(&unread);
-    std::ranges::transform(unread, std::back_inserter(state.unread), InWords);
+    for (const platform::UnreadLine& each : unread)
+      state.unread.push_back({{"line", each.number},
+                              {"name", platform::ToUtf8(each.name)},
+                              {"reason", ReasonOf(each)}});
     state.user = platform::ToUtf8(machine.user);
-    state.printers.emplace();
-    for (platform::Printer& printer : machine.printers) state.printers->push_back(Kinded(printer));
+    state.printers = PrintersOf(std::move(machine));
   } catch (const std::system_error& error) {
     const std::string why = WhyRefused(platform::MachineRoot() / "machine.ini");
     state.noPrinters =
@@ -118,10 +125,7 @@ std::vector<std::string> FullNames() {
 }  // namespace
 
 std::vector<PrinterState> ListPrinters() {
-  std::vector<PrinterState> printers;
-  for (platform::Printer& printer : platform::LoadMachine().printers)
-    printers.push_back(Kinded(printer));
-  return printers;
+  return PrintersOf(platform::LoadMachine());
 }
 
 std::string WhatIsUnread() {

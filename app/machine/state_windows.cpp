@@ -1,7 +1,6 @@
 #include <stdexcept>
 
 #include "app/machine/home.h"
-#include "app/machine/parts.h"
 #include "app/machine/state.h"
 #include "component/names.h"
 #include "host/shared_names.h"

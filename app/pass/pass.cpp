@@ -6,7 +6,6 @@
 #include <stdexcept>
 
 #include "app/machine/home.h"
-#include "app/machine/parts.h"
 #include "app/machine/state.h"
 #include "app/pass/messages.h"
 #include "app/text/errors.h"

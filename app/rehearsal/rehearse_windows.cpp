@@ -1,10 +1,10 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "app/machine/client.h"
 #include "app/machine/home.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
-#include "app/machine/client.h"
 #include "app/pass/messages.h"
 #include "app/rehearsal/rehearse.h"
 #include "app/text/errors.h"

@@ -111,4 +111,13 @@ void WriteOutput(const std::filesystem::path& file, std::string_view bytes) {
   ReplaceOutput(file, bytes);
 }
 
+bool WriteOrPrint(const std::string& file, std::string_view bytes) {
+  const bool isFile = file != kStandardStream;
+  if (isFile)
+    WriteOutput(PathOf(file), bytes);
+  else
+    std::cout << bytes;
+  return isFile;
+}
+
 }  // namespace app

@@ -1,9 +1,8 @@
-#include "app/machine/parts.h"
+#include "app/machine/home.h"
 
 #include <filesystem>
 #include <system_error>
 
-#include "app/machine/home.h"
 #include "platform/utf.h"
 
 namespace app {
