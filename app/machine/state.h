@@ -57,9 +57,8 @@ struct MachineState {
   UserFile userFile;
   std::string unstoredName;  ///< Why a full name that is found would not be stored; or empty.
 
-  /// Lines of machine.ini that are not read as they stand: `line`, from 1 on, `name` of the entry
-  /// or
-  /// "[...]" of the section, and `reason`.
+  /// The lines of machine.ini that are not read as they stand, each as `line` (from 1 on), `name`
+  /// (of the entry, or "[...]" of the section) and `reason`.
   Json unread = Json::array();
 
   /// Nothing when the spooler has no list, and why.
