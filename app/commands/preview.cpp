@@ -133,7 +133,7 @@ int Preview(const Options& options) {
   }
   const std::string picture = page::Draw(page, caption, format);
   if (options.picture == kStandardOutput) {
-    std::cout << picture;
+    PrintBytes(picture);
     return 0;
   }
   WriteOutput(PathOf(options.picture), picture);

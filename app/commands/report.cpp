@@ -207,7 +207,7 @@ std::string PageOf(const Options& options) {
 int Report(const Options& options) {
   const std::string page = PageOf(options);
   if (options.output == "-") {
-    std::cout << page;
+    PrintBytes(page);
     return 0;
   }
   WriteOutput(PathOf(options.output), page);
