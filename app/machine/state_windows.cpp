@@ -2,6 +2,7 @@
 
 #include "app/machine/home.h"
 #include "app/machine/state.h"
+#include "app/text/file_windows.h"
 #include "component/names.h"
 #include "host/shared_names.h"
 #include "platform/utf.h"
@@ -29,6 +30,19 @@ std::string WhyNoMutex() {
     return GetLastError() == ERROR_FILE_NOT_FOUND ? "" : WithError("cannot be opened");
   CloseHandle(mutex);
   return "";
+}
+
+/// Asks for the access to write the user file, or to make it, and does neither. Returns why this
+/// account does not get it; empty when it does, or where the folder is still to come.
+std::string WhyUnstored(const std::filesystem::path& file) {
+  constexpr DWORD kAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  if (OpenFile(file, GENERIC_WRITE, kAll, OPEN_EXISTING)) return "";
+  if (GetLastError() == ERROR_PATH_NOT_FOUND) return "";
+  if (GetLastError() != ERROR_FILE_NOT_FOUND)
+    return WithError(platform::ToUtf8(file.filename().wstring()) + " cannot be written");
+  if (OpenFile(file.parent_path(), FILE_ADD_FILE, kAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS))
+    return "";
+  return WithError("no file can be made in its folder");
 }
 
 /// It may be the suite's, whose file nobody else knows.
@@ -95,6 +109,7 @@ void ExamineMachine(MachineState& state) {
   state.settingFile = ExamineSettingFile();
   state.mutex = WhyNoMutex();
   state.userFile = ExamineUserFile();
+  if (!state.userFile.path.empty()) state.unstoredName = WhyUnstored(state.userFile.path);
   state.log = ExamineLog();
   state.logFile = platform::ToUtf8(BesideHost(kLog));
   state.pipeError = AskControlPipe();

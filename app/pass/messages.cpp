@@ -119,6 +119,7 @@ constexpr Row kWarnings[] = {
 };
 
 constexpr int kPlaceReached = 99999999;  // which the library gives the level of a warning
+constexpr int kMutexMissed = 100908;
 constexpr int kEntryEmptied = 153100200;
 constexpr int kEntryNotEmptied = 153100470;
 constexpr int kDropped[] = {153100230, 153100240, 153100250, 153100260,
@@ -184,6 +185,10 @@ Step StepOf(const Message& message) {
   if (std::ranges::find(kDropped, message.number) != std::end(kDropped)) return Step::kDropped;
   return message.number >= kFirstUnread && message.number <= kLastUnread ? Step::kUnread
                                                                          : Step::kOther;
+}
+
+bool MissesMutex(const Message& message) {
+  return message.number == kMutexMissed;
 }
 
 bool RefusesDelivery(const Message& message) {

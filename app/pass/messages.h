@@ -54,6 +54,10 @@ enum class Step {
 };
 Step StepOf(const Message& message);
 
+/// True for the message of a pass that did not get the mutex: it waited in vain, or the mutex was
+/// abandoned.
+bool MissesMutex(const Message& message);
+
 /// True for a message with which set or release refuses a delivered policy for its text.
 bool RefusesDelivery(const Message& message);
 

@@ -63,6 +63,13 @@ std::vector<Registered> Match(const std::vector<Message>& walk,
   return all;
 }
 
+/// Throws if the pass did not get the mutex, which is the machine's on Windows. Else the command's
+/// own pass would wait for it as long again.
+void RequireMutex(const Rehearsal& rehearsal) {
+  const auto missed = std::ranges::find_if(rehearsal.troubles, MissesMutex);
+  if (missed != rehearsal.troubles.end()) throw std::runtime_error(MeaningOf(*missed).sentence);
+}
+
 /// Throws if the scratch machine was not saved; else the policy would be blamed.
 void RequireSaved(const Rehearsal& rehearsal, const std::vector<std::string>& guids,
                   const ScratchMachine& scratch) {
@@ -111,6 +118,7 @@ Rehearsal TakeIn(const std::string& bytes, const ScratchMachine& scratch) {
   rehearsal.registered = Match(answer.walk, rehearsal.records);
   rehearsal.hasUnread = answer.hasUnread;
   rehearsal.undelivered = answer.undelivered;
+  RequireMutex(rehearsal);
   RequireSaved(rehearsal, answer.guids, scratch);
   return rehearsal;
 }

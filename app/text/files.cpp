@@ -116,7 +116,7 @@ bool WriteOrPrint(const std::string& file, std::string_view bytes) {
   if (isFile)
     WriteOutput(PathOf(file), bytes);
   else
-    std::cout << bytes;
+    PrintBytes(bytes);
   return isFile;
 }
 

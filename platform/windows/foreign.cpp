@@ -7,6 +7,10 @@
 // the registers restored, as if the caller had called ThrowForeign instead of the module; from
 // there GCC's unwinder finds its way.
 //
+// The exception object is left alone. The module's run-time destroys one that was thrown again
+// while its frames are unwound, and its exception arrives here like any other: a destructor called
+// from here could be the second.
+//
 // An operation takes its arguments off the stack, a function does not, and the guard does not know
 // how many there are. It passes a copy of the greatest number, and takes off as many as were taken
 // off the copy.

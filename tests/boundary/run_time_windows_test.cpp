@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/holdings_windows.h"
 #include "tests/support/test_machine.h"
 
 namespace tests {
@@ -48,29 +49,6 @@ TEST(RunTime, CatchesItsOwnThrowsBesideAnother) {
   FreeLibrary(other);
 }
 
-/// Returns the bytes that this process has for itself, as Windows keeps count of them. An
-/// emulator's own memory is not among them.
-std::size_t PrivateBytes() {
-  std::size_t bytes = 0;
-  MEMORY_BASIC_INFORMATION region;
-  for (const char* place = nullptr; VirtualQuery(place, &region, sizeof region) != 0;
-       place = static_cast<const char*>(region.BaseAddress) + region.RegionSize)
-    if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE) bytes += region.RegionSize;
-  return bytes;
-}
-
-/// The thread index and the handle that this process would be given next, and the memory it has.
-struct Holdings {
-  DWORD threadIndex = TlsAlloc();
-  HANDLE handle = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-  std::size_t bytes = PrivateBytes();
-
-  Holdings() {
-    TlsFree(threadIndex);
-    CloseHandle(handle);
-  }
-};
-
 TEST(RunTime, LeavesNothingBehindWhenTheLibraryGoes) {
   TestMachine machine;
   HavePassesThrow(machine);
@@ -78,12 +56,8 @@ TEST(RunTime, LeavesNothingBehindWhenTheLibraryGoes) {
   const Holdings before;
   constexpr int kLoads = 300;
   for (int i = 0; i < kLoads; ++i) ASSERT_EQ(Copy().SetWaterMark(), -101) << i;
-  const Holdings after;
-  EXPECT_EQ(after.threadIndex, before.threadIndex);
-  EXPECT_EQ(after.handle, before.handle);
-  // The recorder's notes of the passes are some hundred bytes for each; a heap or the memory kept
-  // for exceptions would be a whole page at least.
-  EXPECT_LT(after.bytes, before.bytes + kLoads * std::size_t{4096});
+  // A heap or the memory kept for exceptions would be a whole page at least.
+  ExpectNothingGrew(before, kLoads);
 }
 
 std::uint16_t ControlWord() {

@@ -7,6 +7,8 @@
 //   "excludes"            a number of entries; also "second excludes"
 //   "watermarks NAME"     a number of watermarks in the record of that name
 //   "no GUIDs"            set: a watermark's GUID is never written, whatever the result
+//   "throw"               how another compiler's component throws: 0 again from a catch, 1 once,
+//                         2 without an object
 //
 // A GUID is recorded as its letter and number: E and S for exclude entries, A for an added one, O
 // for the watermarks a record holds, W for new ones. State never changes by itself.

@@ -24,3 +24,4 @@ extern "C" __declspec(dllimport) void __stdcall RaiseException(DWORD code, DWORD
 extern "C" __declspec(dllimport) void* __stdcall GetProcessHeap();
 extern "C" __declspec(dllimport) void* __stdcall HeapAlloc(void* heap, DWORD flags, unsigned bytes);
 extern "C" __declspec(dllimport) int __stdcall HeapFree(void* heap, DWORD flags, void* block);
+extern "C" [[noreturn]] __declspec(dllimport) void __stdcall ExitProcess(unsigned code);
