@@ -133,11 +133,6 @@ const peers::EntryRecord* DefaultEntry(const peers::SettingFileContent& records)
   return found == records.entries.end() ? nullptr : &*found;
 }
 
-void ScratchMachine::Remove() const {
-  std::error_code ignored;
-  std::filesystem::remove_all(m_folder, ignored);
-}
-
 Progress::~Progress() {
   if (!m_line.empty()) std::cerr << "\r" << std::string(m_line.size(), ' ') << "\r" << std::flush;
 }

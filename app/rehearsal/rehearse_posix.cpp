@@ -203,6 +203,11 @@ ScratchMachine::~ScratchMachine() {
   Remove();
 }
 
+void ScratchMachine::Remove() const {
+  std::error_code ignored;
+  fs::remove_all(m_folder, ignored);
+}
+
 std::string ScratchMachine::Ask(const PolicyCall& call) const {
   return Child(*this, m_hold->signals, call).Answer();
 }

@@ -50,11 +50,27 @@ File HoldFolder(const fs::path& folder, DWORD access) {
                   FILE_FLAG_BACKUP_SEMANTICS);
 }
 
+/// Removes a rehearsal's folder, or a file of one. Links stay, and with them the folders that they
+/// are in, because a rehearsal makes none, and another process's link may lead anywhere.
+void RemoveTree(const fs::path& path, int depth = 0) {
+  constexpr int kGreatestDepth = 4;  // more than a rehearsal makes; whoever plants more keeps it
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 || depth > kGreatestDepth) return;
+  if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+    DeleteFileW(path.c_str());
+    return;
+  }
+  std::error_code error;
+  for (fs::directory_iterator each(path, error), end; each != end; each.increment(error))
+    RemoveTree(each->path(), depth + 1);
+  RemoveDirectoryW(path.c_str());
+}
+
 void RemoveLeftOvers(const fs::path& place) {
   std::error_code ignored;
   for (const fs::directory_entry& each : fs::directory_iterator(place, ignored))
     if (each.path().filename().wstring().starts_with(kPrefix) && HoldFolder(each.path(), DELETE))
-      fs::remove_all(each.path(), ignored);
+      RemoveTree(each.path());
 }
 
 fs::path MakeFolder(File& hold) {
@@ -137,6 +153,10 @@ ScratchMachine::~ScratchMachine() {
   if (!m_hold) return;
   m_hold->folder.Reset();
   Remove();
+}
+
+void ScratchMachine::Remove() const {
+  RemoveTree(m_folder);
 }
 
 std::string ScratchMachine::Ask(const PolicyCall& call) const {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <stdexcept>
 #include <system_error>
 
 #include "app/text/file_windows.h"
@@ -20,11 +21,13 @@ namespace fs = std::filesystem;
   throw std::runtime_error("cannot be read (error " + std::to_string(error) + ")");
 }
 
+/// Throws with the number of the error, because its text is in the ANSI code page.
 [[noreturn]] void Fail(const fs::path& file) {
-  throw std::system_error(static_cast<int>(GetLastError()), std::system_category(), file.string());
+  const std::string number = std::to_string(GetLastError());
+  throw std::runtime_error(file.string() + ": cannot be written (error " + number + ")");
 }
 
-/// Removes its file unless that has been moved.
+/// Removes its file, if it has one, unless that has been moved.
 struct Draft {
   ~Draft() { DeleteFileW(path.c_str()); }
   fs::path path;
@@ -70,11 +73,13 @@ std::optional<std::string> ReadInput(const fs::path& file, std::size_t greatest)
 }
 
 void ReplaceOutput(const fs::path& file, std::string_view bytes) {
-  const Draft draft{fs::path(file) += L"." + std::to_wstring(GetCurrentProcessId())};
-  File opened = OpenFile(draft.path, GENERIC_WRITE, 0, CREATE_NEW);
+  const fs::path name = fs::path(file) += L"." + std::to_wstring(GetCurrentProcessId());
+  Draft draft;
+  File opened = OpenFile(name, GENERIC_WRITE, 0, CREATE_NEW);
+  if (!opened) Fail(file);
+  draft.path = name;  // not before, because a file that was there is somebody else's
   DWORD written = 0;
-  if (!opened ||
-      !WriteFile(opened.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr))
+  if (!WriteFile(opened.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr))
     Fail(file);
   opened.Reset();
   if (!MoveFileExW(draft.path.c_str(), file.c_str(),
