@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::size_t kMostOfAKind = 1000;
 constexpr std::size_t kMostLines = 20;  // of a verdict
+constexpr char kUntried[] = ": cannot be tried on this machine: ";
 constexpr char kStrictness[] = "Nothing is changed; without --strict it is told and done.";
 // The last sentence of a refusal. The first one is for a text that no pass can read, because a
 // forced update clears the lists before it reads the text.
@@ -75,8 +76,7 @@ std::string Refusal(const Review& review, Use use) {
 
 /// Throws UsageError at a finding, and for a policy that cannot be tried here.
 void RequireFaultless(const Review& review, const std::string& file) {
-  if (!review.failure.empty())
-    throw UsageError(file + ": cannot be tried on this machine: " + review.failure);
+  if (!review.failure.empty()) throw UsageError(file + kUntried + review.failure);
   const std::size_t count = review.findings.Count();
   if (count == 0) return;
   const std::string others =
@@ -170,8 +170,7 @@ Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsa
 Review ReviewSource(const PolicySource& source, int policyId, const page::Paper& paper) {
   Review review = ReviewPolicy({source.text, policyId}, paper);
   if (!review.refusal.empty()) throw UsageError(source.name + ": " + review.refusal);
-  if (!review.failure.empty())
-    throw UsageError(source.name + ": cannot be tried on this machine: " + review.failure);
+  if (!review.failure.empty()) throw UsageError(source.name + kUntried + review.failure);
   return review;
 }
 
@@ -184,7 +183,11 @@ Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int poli
     throw UsageError(file + ": " + refusal + ". " + (isCostly ? kCostOfForce : kForceDoes));
   if (care.isStrict) RequireFaultless(review, file);
   Verdict verdict;
-  if (!review.failure.empty()) return verdict;
+  if (!review.failure.empty()) {
+    // An update says so itself.
+    if (use == Use::kDelivery) verdict.lines = {file + kUntried + review.failure};
+    return verdict;
+  }
   verdict.cause = review.refusal;
   verdict.elements = review.elements.size();
   verdict.told = review.told;
