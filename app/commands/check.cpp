@@ -72,7 +72,7 @@ void PrintLacking(const Review& review) {
     PrintWrapped("  " + id + std::string(width - DisplayWidth(id) + 2, ' '), each.Text());
   }
   if (const std::size_t left = all.size() - shown.size(); left > 0)
-    std::cout << "  and " << left << " elements more, which --json tells\n";
+    std::cout << "  " << AndMore(left, "element", "elements") << ", which --json tells\n";
 }
 
 void PrintNotes(const std::string& file, const Review& review) {

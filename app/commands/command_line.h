@@ -1,8 +1,7 @@
 #pragma once
 
-// The command line as CLI11 reads it, and the commands. Each adds itself and binds its options; its
-// own file says what the command takes, does and prints. Whatever a command throws goes to the
-// caller of Run.
+// The command line as CLI11 reads it, and the commands. Each is a file that adds itself and binds
+// its options. Whatever a command throws goes to the caller of Run.
 
 #include <CLI/App.hpp>
 #include <functional>

@@ -11,7 +11,6 @@
 #include "app/machine/policy_file.h"
 #include "app/machine/state.h"
 #include "app/rehearsal/compare.h"
-#include "app/text/errors.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
 #include "component/names.h"
@@ -122,8 +121,8 @@ std::string DeliveredForce() try {
   if (force.IsIn()) return "yes";
   if (force.unknown.empty()) return "no; `sigilctl verify` names what differs";
   return Sentence(force);
-} catch (const std::exception& error) {
-  return "cannot be told: " + CauseOf(error);
+} catch (const std::exception&) {
+  return "cannot be told; `sigilctl verify` says why";  // at length, with the file's path
 }
 
 /// Returns 0 when every export would do its work, else 1.

@@ -12,6 +12,7 @@
 #include "app/text/errors.h"
 #include "app/text/files.h"
 #include "app/text/table.h"
+#include "app/text/wording.h"
 #include "platform/visible_text.h"
 
 namespace app {
@@ -74,7 +75,7 @@ std::vector<std::string> Lines(std::vector<page::Note> notes) {
     lines.push_back((note.watermark.empty() ? "" : OneLine(note.watermark, kNameWidth) + " ") +
                     OneLine(note.text, kNoteWidth));
   if (notes.size() > kMostNotes)
-    lines.push_back("and " + std::to_string(notes.size() - kMostNotes) + " notes more");
+    lines.push_back(AndMore(notes.size() - kMostNotes, "note", "notes"));
   return lines;
 }
 

@@ -1,10 +1,14 @@
+#include <filesystem>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <utility>
 
 #include "app/commands/command_line.h"
+#include "app/machine/client.h"
+#include "app/machine/home.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/text/errors.h"
@@ -15,11 +19,13 @@
 namespace app {
 namespace {
 
-/// Returns the SHA-256 of the delivered text; empty when there is none to read.
-std::string DeliveredChecksum() try {
+namespace fs = std::filesystem;
+
+/// Returns the SHA-256 of the delivered text; null when there is none to read.
+std::optional<std::string> DeliveredChecksum() try {
   return ChecksumOf(ReadPolicySource("").text);
 } catch (const UsageError&) {
-  return "";
+  return std::nullopt;
 }
 
 // --- Tables
@@ -88,8 +94,13 @@ void ShowLists(const peers::SettingFileContent& content) {
   if (!content.secondExcluded.empty())
     ShowList("Second exclude list", NamesOf(content.secondExcluded));
   if (!content.drivers.empty()) ShowList("Drivers with settings of their own", content.drivers);
-  const std::string checksum = DeliveredChecksum();
-  std::cout << "Delivered policy: " << (checksum.empty() ? "none" : "SHA-256 " + checksum) << "\n";
+  std::cout << "Delivered policy: ";
+  if (const auto checksum = DeliveredChecksum())
+    std::cout << "SHA-256 " << *checksum << "\n";
+  else if (std::error_code error; fs::exists(HostPath(FindDeliveryFolder().PolicyFile()), error))
+    std::cout << "cannot be read; `sigilctl verify` says why\n";
+  else
+    std::cout << "none\n";
 }
 
 /// The watermarks without their IDs, and the names of the entries that hold them.
@@ -103,7 +114,7 @@ std::vector<Group> Grouped(const std::vector<peers::EntryRecord>& entries) {
     std::vector<Mark> marks = entry.watermarks;
     for (Mark& mark : marks) mark.id.clear();
     const auto [place, isNew] = places.emplace(marks, groups.size());
-    if (isNew) groups.push_back({std::move(marks), {}});
+    if (isNew) groups.emplace_back(std::move(marks), std::vector<std::string>());
     groups[place->second].second.push_back(OneLine(NameOf(entry)));
   }
   return groups;
@@ -176,8 +187,8 @@ Json ToJson(const peers::EntryRecord& entry, bool hasIds) {
 void ShowJson(const peers::SettingFileContent& content, bool hasIds) {
   Json entries = Json::array();
   for (const peers::EntryRecord& entry : content.entries) entries.push_back(ToJson(entry, hasIds));
-  const std::string checksum = DeliveredChecksum();
-  Json all = {{"delivered", checksum.empty() ? Json() : Json(checksum)}};
+  const auto checksum = DeliveredChecksum();
+  Json all = {{"delivered", checksum ? Json(*checksum) : Json()}};
   if (kReadsValues) all["contentLog"] = content.contentLog;
   all["excluded"] = NamesOf(content.excluded);
   all["entries"] = entries;
@@ -194,7 +205,6 @@ struct Options {
 void ShowPrinter(const peers::SettingFileContent& content, const Options& options) {
   const std::string name = OneLine(options.printer);
   const bool isExcluded = IsExcluded(content, options.printer);
-  if (content.entries.empty() && !isExcluded) RequirePrinter(options.printer);
   if (isExcluded) std::cout << name << " is on the exclude list.\n";
   if (!content.entries.empty())
     ShowEntries(content.entries, options.isBrief);
@@ -208,6 +218,8 @@ int Show(const Options& options) {
   if (!options.printer.empty()) {
     std::erase_if(content.entries, [&](auto& each) { return each.printer != options.printer; });
     std::erase_if(content.excluded, [&](auto& each) { return each.name != options.printer; });
+    if (content.entries.empty() && !IsExcluded(content, options.printer))
+      RequirePrinter(options.printer);
   }
   if (options.isJson) {
     ShowJson(content, !options.noIds);

@@ -17,10 +17,6 @@ struct Options {
   bool isJson = false;
 };
 
-constexpr char kOnlyNames[] =
-    "  Entries, the names of their watermarks and the exclude list are compared: the component "
-    "gives "
-    "no values back.\n";
 constexpr char kRecord[] = "The record holds";
 constexpr char kPolicy[] = "The policy asks for";
 
@@ -47,7 +43,7 @@ void PrintAsJson(const Options& options, const PolicySource& source, const Force
 }
 
 /// Tells whether the policy is what the entries hold. Returns 0 when it is in force and 1 when not.
-/// Throws UsageError where that cannot be told.
+/// Where nobody can tell, it throws UsageError, or by --json prints the reason and returns 2.
 int Verify(const Options& options) try {
   const PolicySource source = ReadPolicySource(options.file);
   const Review review = ReviewPolicy({source.text, options.policyId});

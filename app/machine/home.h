@@ -42,7 +42,7 @@ using LogSource = std::function<std::size_t(char* block, std::size_t size)>;
 LogSource OpenLog();
 
 /// Returns a source that waits at the end for more, and goes on where another file takes the log's
-/// place. Throws std::system_error.
+/// place. Throws std::runtime_error.
 LogSource FollowLog();
 
 /// The last part of the help: the environment of the program.
@@ -77,9 +77,9 @@ struct Part {
   std::string fault;  ///< "is missing; put it beside sigilctl", ...; empty when it is loaded.
 };
 
-/// Loads the library of this file name. The log stays loaded. It is loaded before the others,
-/// because these name it by its file name alone, and each by its full path, because Windows would
-/// look for such a name in the current folder and along PATH too, and run what it finds there.
+/// Loads the library of this file name. The log is loaded first and stays loaded, because the
+/// others name it without a path. Each is loaded by its full path, because Windows would else look
+/// in the current folder and along PATH too, and run a file that it finds there.
 Part LoadPart(const std::wstring& fileName);
 
 /// Returns null when the part has no such function.

@@ -52,14 +52,14 @@ std::string Encrypt(std::string_view message, const PolicyKey& key);
 /// No character is cut by the end of a chunk.
 std::string SealText(std::string_view text);
 
-/// Returns the text of a policy file without its byte order mark, which may be no policy. `path` is
-/// a path of Windows or a whole path of the host. Returns null when there is no such file. Throws
-/// std::runtime_error with the reason when the file cannot be read or has more than
-/// kGreatestSealedPolicy bytes. The machine's key must be there.
 struct Unsealed {
   std::wstring text;
   std::size_t size;  ///< The file's bytes.
 };
+/// Returns the text of a policy file without its byte order mark, which may be no policy. `path` is
+/// a path of Windows or a whole path of the host. Returns null when there is no such file. Throws
+/// std::runtime_error with the reason when the file cannot be read or has more than
+/// kGreatestSealedPolicy bytes. The machine's key must be there.
 std::optional<Unsealed> Unseal(const std::wstring& path);
 
 /// Returns the text of a sealed file, at a path as Unseal takes. Throws UsageError, which begins

@@ -52,7 +52,7 @@ std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entr
   if (lines.size() <= kMost) return lines;
   const std::size_t left = lines.size() - kMost;
   lines.resize(kMost);
-  lines.push_back("and " + std::to_string(left) + " entries more");
+  lines.push_back(AndMore(left, "entry", "entries"));
   return lines;
 }
 

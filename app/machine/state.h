@@ -107,14 +107,15 @@ std::string WhyLogLost();
 /// On Windows always empty, because the doctor names such a file.
 std::string NameBefore(const std::string& stored);
 
-// The next two ask the folder, or the nearest one above it that exists.
+// The next two look at the folder, or at the nearest one above it that exists.
 
 /// Returns why this account cannot make a file there; empty when it can.
 std::string WhyClosed(const std::filesystem::path& folder);
 /// Returns the same, or what the disk lacks for a file.
 std::string WhyNotMade(const std::filesystem::path& folder);
 
-/// Of all files that the library, its component and its log open, and the folders on the way.
+/// Of the files that the library, its component and its log open by name, and the folders on the
+/// way.
 std::vector<RefusedPlace> RefusedPlaces();
 
 /// "is a link", "lies in EMS, which is a link", ...; empty when the machine opens the file, or

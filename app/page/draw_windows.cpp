@@ -47,7 +47,7 @@ std::vector<SetText::Line> LinesOf(const std::string& text) {
   bool isAfterReturn = false;
   for (const wchar_t unit : platform::FromUtf8(text)) {
     if (unit == L'\r' || (unit == L'\n' && !isAfterReturn)) lines.emplace_back();
-    // What no SVG may hold is drawn as what it is.
+    // U+FFFD takes the place of a character that no SVG may hold.
     const bool isSound = unit >= L' ' && unit < 0xFFFE;
     if (unit != L'\r' && unit != L'\n') lines.back().text += isSound ? unit : L'\xFFFD';
     isAfterReturn = unit == L'\r';

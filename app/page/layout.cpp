@@ -118,7 +118,7 @@ class Setter {
   }
 
  private:
-  /// Tells also of what is not drawn as it stands in the record.
+  /// Adds a note of a text, an opacity or an option that is not drawn as the record has it.
   bool IsSeen(const peers::WatermarkRecord& record) {
     if (record.text.empty()) Tell("has no text, so nothing of it is seen");
     if (record.opacity <= 0) Tell("has opacity 0, so nothing of it is seen");
@@ -169,8 +169,8 @@ class Setter {
            " axis: its space leaves no step from one copy to the next");
   }
 
-  /// Notes how much of the text lies beyond the page along the axes without copies. Returns whether
-  /// that is all of it.
+  /// Notes how much of the text lies beyond the page along the axes without copies. Returns
+  /// true when the whole text lies beyond it.
   bool IsOffPage(const Axis& x, const Axis& y) {
     bool isOff = false;
     std::string sides;
@@ -195,7 +195,7 @@ class Setter {
     return static_cast<double>(mark.record.text.size()) + kCopy;
   }
 
-  /// Leaves copies out at the edges. One has its room already.
+  /// Leaves copies out at the edges. The first one is counted in m_room already.
   void KeepToRoom(const Mark& mark, Axis& columns, Axis& rows) {
     const auto count = [&] { return static_cast<double>(columns.Count()) * rows.Count(); };
     const double most = 1 + std::floor(std::max(0.0, m_room / CostOf(mark)));
@@ -240,9 +240,10 @@ Page LayOut(const peers::EntryRecord& entry, const Paper& paper, const Measure& 
   Page page = setter.Finish();
   if (!setting.enabled)
     page.notes.push_back({"", "the watermarks of this entry are switched off: it prints none"});
-  else if (active < entry.watermarks.size())
-    page.notes.push_back({"", std::to_string(entry.watermarks.size() - active) +
-                                  " watermarks are not listed by the last setting"});
+  else if (const std::size_t left = entry.watermarks.size() - active; left > 0)
+    page.notes.push_back({"", std::to_string(left) +
+                                  (left == 1 ? " watermark is" : " watermarks are") +
+                                  " not listed by the last setting"});
   return page;
 }
 

@@ -5,11 +5,13 @@
 // paper's upper left corner to the right and down.
 //
 // The Settings component decides what its numbers mean on paper. This layout is a stand-in for it,
-// and what it takes them to mean is written in kMeaning, which stands under each picture and in
-// docs/policy.md. The layout asks its caller for the size of a text, so that it needs no fonts.
+// and what it takes them to mean is written in kMeaning, which stands under a picture with a
+// caption and in docs/policy.md. The layout asks its caller for the size of a text, so that it
+// needs no fonts.
 //
 // No record makes a page without end: numbers are pulled into the ranges that the library itself
-// keeps, texts are cut, and copies are left out from a number on. A note tells of each.
+// keeps, texts are cut, and copies are left out from a number on. A note tells of each text that is
+// cut and of the copies.
 //
 // A picture shows the page in its real size and in the fonts of this machine, and below it a
 // caption. Pango and Cairo draw on Linux; on Windows GDI measures and SVG alone is written, whose

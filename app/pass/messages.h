@@ -1,7 +1,7 @@
 #pragma once
 
 // The library's messages, for people who do not read its log: trouble in English, and the work that
-// they report. Their numbers stand here alone.
+// they report. A number that has a sentence stands here alone.
 
 #include <optional>
 #include <string>

@@ -43,7 +43,7 @@ struct Force {
 /// every printer of the suite's driver, and the exclude list with the printers of now.
 Force ForceOf(const Review& review);
 
-/// Returns one sentence: "in force: ...", "not in force: ...", "cannot be told: ...".
+/// Returns one sentence: "in force on 3 entries; ...", "not in force: ...", "cannot be told: ...".
 std::string Sentence(const Force& force);
 
 }  // namespace app

@@ -89,7 +89,7 @@ std::vector<std::string> LinesOf(const Review& review, const std::string& file) 
   for (const Finding& finding : review.findings.Kept())
     if (lines.size() < kMostLines) lines.push_back(Line(file, finding));
   if (const std::size_t left = review.findings.Count() - lines.size(); left > 0)
-    lines.push_back("and " + std::to_string(left) + " findings more, which `sigilctl check` tells");
+    lines.push_back(AndMore(left, "finding", "findings") + ", which `sigilctl check` tells");
   return lines;
 }
 

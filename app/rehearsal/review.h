@@ -41,8 +41,8 @@ std::string Line(const std::string& file, const Finding& finding);
 class Remarks {
  public:
   void Add(Finding finding);
-  /// Returns false, and counts, where one more of the kind would not be kept. For a caller that can
-  /// spare its words.
+  /// Returns whether one more of the kind would be kept; if not, counts it. Spares the caller a
+  /// message that nobody would see.
   bool HasRoom(const std::string& kind);
   /// Sorts them by line, and adds one of each kind that says how many were not kept.
   void Close();
@@ -116,16 +116,16 @@ Review ReviewSource(const PolicySource& source, int policyId,
 
 // A bad policy never replaces a good one by accident.
 
-/// What a policy is let at.
+/// What a policy is meant for.
 enum class Use {
   kUpdate,    ///< The machine's records.
   kDelivery,  ///< Every machine that it is delivered to.
 };
 
-/// How strictly a policy is let through.
+/// Which policies are refused.
 struct Care {
-  bool isForced = false;  ///< Also a policy that a rehearsal finds unfit.
-  bool isStrict = false;  ///< None with a finding.
+  bool isForced = false;  ///< None, also if a rehearsal finds it unfit.
+  bool isStrict = false;  ///< Each with a finding.
 };
 
 /// What a rehearsal says of a policy that is let through.
@@ -138,8 +138,9 @@ struct Verdict {
 
 /// Rehearses the policy. Throws UsageError with the reason when the passes refuse it, when it
 /// empties every entry, when no watermark of it can be seen, and by strict care at any finding; and
-/// whatever keeps the rehearsal from being held. By force it throws nothing, and the lines tell of
-/// it. `file` is how the lines name the text. Nothing of the machine changes.
+/// whatever keeps the rehearsal from being held. By force it throws for a text that is too large
+/// alone, and the lines tell of the rest. `file` is how the lines name the text. Nothing of the
+/// machine changes.
 Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int policyId, Use use,
                      Care care, bool resetName = false);
 

@@ -56,7 +56,7 @@ std::string NameOf(const std::string& file);
 /// Puts a file with these bytes in its place, whole or not at all. Throws UsageError when something
 /// that is no regular file lies there, std::system_error when the file cannot be written.
 void WriteOutput(const std::filesystem::path& file, std::string_view bytes);
-/// The same where `file`, in UTF-8, is not "-", which is standard output. Returns whether it is a
+/// Writes to `file`, in UTF-8, or to standard output where that is "-". Returns whether it is a
 /// file.
 bool WriteOrPrint(const std::string& file, std::string_view bytes);
 /// The home's part of WriteOutput.

@@ -19,12 +19,12 @@ class HtmlPage {
   void Verdict(const std::string& text, bool isGood);
   /// The first row holds the headings; the first cell of each row names it.
   void Table(const std::string& caption, const std::vector<std::vector<std::string>>& rows);
-  /// Numbered lines of a text, each with the remarks on it. `from` is the number of the first one.
   struct TextLine {
     long number;
     std::string text;
     std::vector<std::string> remarks;
   };
+  /// Numbered lines of a text, each with the remarks on it.
   void Listing(const std::string& caption, const std::vector<TextLine>& lines);
   /// A picture in SVG, with a caption and a text that stands for the picture.
   void Picture(const std::string& svg, const std::string& caption, const std::string& alternative);

@@ -90,6 +90,10 @@ std::string Counted(std::size_t count, const std::string& one, const std::string
   return std::to_string(count) + " " + (count == 1 ? one : many);
 }
 
+std::string AndMore(std::size_t count, const std::string& one, const std::string& many) {
+  return "and " + Counted(count, one, many) + " more";
+}
+
 std::optional<double> NumberOf(const std::string& text) {
   const char* first = text.data();
   const char* const last = first + text.size();

@@ -29,6 +29,9 @@ std::string Hexadecimal(std::span<const unsigned char> bytes);
 /// "1 entry", "2 entries".
 std::string Counted(std::size_t count, const std::string& one, const std::string& many);
 
+/// "and 1 finding more", "and 2 findings more".
+std::string AndMore(std::size_t count, const std::string& one, const std::string& many);
+
 /// Returns the number that a person wrote: decimal, or hexadecimal behind 0x; nothing for any other
 /// text.
 std::optional<double> NumberOf(const std::string& text);

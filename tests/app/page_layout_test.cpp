@@ -65,7 +65,7 @@ TEST(PageLayout, DrawsWhatTheLastSettingListsWhileItIsOn) {
   Page page = LayOut(entry, FindPaper("A3", true), measure);
   EXPECT_EQ(page.marks.size(), 2U);
   EXPECT_NEAR(page.marks.at(1).centers.at(0).x, 410, 1e-9);
-  EXPECT_EQ(Told(page), ": 1 watermarks are not listed by the last setting\n");
+  EXPECT_EQ(Told(page), ": 1 watermark is not listed by the last setting\n");
 
   entry.lastSetting.enabled = false;
   page = LayOut(entry, FindPaper("Letter", false), measure);
