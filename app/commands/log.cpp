@@ -26,7 +26,7 @@ constexpr std::string_view kTraceOfPath = "99999999 ";
 
 constexpr std::size_t kStamp = std::string_view("2025-03-31 09:12:45.678").size();
 
-/// What is left out. A line of another form than the library's is left out as soon as anything is.
+/// The lines that are left out. With any filter those go too that the library has not written.
 struct LogFilter {
   int level = 0;      ///< Lines below it.
   std::string since;  ///< Lines before it: a time as it stands in the log, or empty.
@@ -47,7 +47,7 @@ std::optional<int> Number(std::string_view text) {
   return number;
 }
 
-/// Whether date and time stand before the line's first other part.
+/// Returns whether the line begins with a time stamp.
 bool HasStamp(std::string_view text) {
   return text.size() > kStamp && text[4] == '-' && text[10] == ' ' && text[13] == ':' &&
          text[kStamp] == ' ';

@@ -13,8 +13,9 @@
 namespace app {
 namespace {
 
-/// An update leaves no watermark as it was. Others may update at the same time, so what is new may
-/// be theirs as well.
+/// Returns whether an old ID is still there. An update replaces every watermark, so such an ID
+/// shows that nothing was saved. New IDs prove nothing, because another process may have saved
+/// them.
 bool IsUntouched(const std::set<std::string>& before, const std::set<std::string>& after) {
   for (const std::string& id : after)
     if (before.contains(id)) return true;

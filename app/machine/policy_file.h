@@ -80,7 +80,8 @@ PolicySource ReadPolicySource(const std::string& file);
 /// a text and for the policy file made of it.
 std::string ChecksumOf(const std::wstring& text);
 
-/// Whether the text is what another key gives: noise, which is hardly ever text without a fault.
+/// Returns true for an empty text, and for a refused one with ill-formed characters: the file was
+/// sealed with another key.
 bool IsNoise(const std::wstring& text, const PolicyText& policy);
 inline constexpr char kOtherKey[] = "not sealed with this machine's key source, or damaged";
 

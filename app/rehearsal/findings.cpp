@@ -33,7 +33,7 @@ int KnownScope(const std::wstring& text) {
   });
 }
 
-/// No query can ask for an ID with one.
+/// The reader cannot ask for an ID with a quotation mark.
 bool HasQuote(const std::string& id) {
   return id.find('"') != id.npos;
 }

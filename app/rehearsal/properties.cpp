@@ -92,7 +92,7 @@ Code CodeIn(const PropertyRow& row, const peers::WatermarkRecord& mark, bool isS
 
 constexpr std::string_view kUser = "{WinUser}";
 
-/// The "{...}" at `open`, or what looks like one that is not closed: the word.
+/// Returns the "{...}" at `open`; where it is not closed, the text up to the next blank.
 std::string PlaceholderAt(const std::string& text, std::size_t open) {
   const std::size_t close = text.find_first_of("{}", open + 1);
   if (close != text.npos && text[close] == '}') return text.substr(open, close + 1 - open);

@@ -50,7 +50,7 @@ struct Rehearsal {
 
 /// Throws std::runtime_error when no rehearsal can be held: there is no scratch machine, the child
 /// ends without an answer, its pass does not get the mutex, or the scratch machine is not saved. A
-/// signal that ends this process does so at once, and the scratch goes.
+/// signal that would end this process ends the child and removes the scratch first.
 Rehearsal Rehearse(const PolicyCall& call);
 
 /// The default entry's record; null when there is none.

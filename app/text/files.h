@@ -1,8 +1,8 @@
 #pragma once
 
 // Files as bytes and as text: those that somebody else has made, and the desk's own output. Each
-// kind has a greatest size that a real one never reaches, because no file may fill the memory; and
-// none that is no regular file is waited for.
+// kind has a greatest size that a real one never reaches, because no file may fill the memory.
+// A file that is no regular one is refused without waiting.
 
 #include <cstddef>
 #include <filesystem>
