@@ -30,7 +30,7 @@ std::string ScopeState(const MachineState& state) {
 }
 
 std::string PipeState(DWORD error) {
-  return error == 0 ? "served" : "not served (error " + std::to_string(error) + ")";
+  return error == 0 ? "served" : WithError("not served", error);
 }
 
 std::string Fate(PrinterKind kind) {

@@ -38,19 +38,14 @@ page::Format FormatOf(const std::string& picture) {
   throw UsageError(picture + ": a picture's name ends in " + page::kPictures);
 }
 
-const peers::EntryRecord* Find(const peers::SettingFileContent& content, std::string_view printer) {
-  const auto found = std::ranges::find(content.entries, printer, &peers::EntryRecord::printer);
-  return found == content.entries.end() ? nullptr : &*found;
-}
-
 /// What a printer prints by: its own entry, else, unless it is excluded, the default one.
 const peers::EntryRecord& EntryOf(const peers::SettingFileContent& content,
                                   const std::string& printer) {
-  if (const auto* const own = Find(content, printer)) return *own;
+  if (const auto* const own = FindEntry(content, printer)) return *own;
   if (IsExcluded(content, printer))
     throw UsageError("'" + printer + "' is on the exclude list and prints without watermarks");
   if (printer != "*") RequirePrinter(printer);
-  if (const auto* const standard = Find(content, "*")) return *standard;
+  if (const auto* const standard = FindEntry(content, "*")) return *standard;
   throw UsageError("no policy has been applied yet, so there is nothing to draw");
 }
 

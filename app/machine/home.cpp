@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "app/text/wording.h"
 #include "platform/utf.h"
 
 namespace app {
@@ -12,12 +13,11 @@ std::string Fault(const std::wstring& path, DWORD error) {
   std::error_code ignored;
   if (!std::filesystem::exists(HostPath(path), ignored))
     return "is missing; put it beside sigilctl";
-  const std::string number = " (error " + std::to_string(error) + ")";
+  std::string why = "cannot be loaded";
   if (error == ERROR_BAD_EXE_FORMAT)
-    return "is there, but is no " + std::to_string(8 * sizeof(void*)) + "-bit library" + number;
-  if (error == ERROR_MOD_NOT_FOUND)
-    return "is there, but a library that it needs is missing" + number;
-  return "is there, but cannot be loaded" + number;
+    why = "is no " + std::to_string(8 * sizeof(void*)) + "-bit library";
+  if (error == ERROR_MOD_NOT_FOUND) why = "a library that it needs is missing";
+  return WithError("is there, but " + why, error);
 }
 
 Part Load(const std::wstring& fileName) {

@@ -12,6 +12,7 @@
 #include "app/machine/home.h"
 #include "app/text/errors.h"
 #include "app/text/file_windows.h"
+#include "app/text/wording.h"
 #include "peers/logging/log_path_windows.h"
 #include "platform/mfc.h"
 #include "platform/utf.h"
@@ -59,8 +60,7 @@ void UseUtf8OnConsole() {
 std::size_t Read(const File& file, char* block, std::size_t size) {
   DWORD count = 0;
   if (!ReadFile(file.Get(), block, static_cast<DWORD>(size), &count, nullptr))
-    throw std::runtime_error("the log cannot be read (error " + std::to_string(GetLastError()) +
-                             ")");
+    throw std::runtime_error(WithError("the log cannot be read", GetLastError()));
   return count;
 }
 
@@ -116,8 +116,7 @@ LogSource OpenLog() {
     const DWORD error = GetLastError();
     const bool isMissing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
     throw UsageError(platform::ToUtf8(path) + ": " +
-                     (isMissing ? "there is no log yet"
-                                : "cannot be opened (error " + std::to_string(error) + ")"));
+                     (isMissing ? "there is no log yet" : WithError("cannot be opened", error)));
   }
   const auto file = std::make_shared<File>(std::move(opened));
   return [file](char* block, std::size_t size) { return Read(*file, block, size); };

@@ -23,8 +23,7 @@ constexpr ALG_ID kSha256 = ALG_CLASS_HASH | ALG_TYPE_ANY | 12;
 
 void Check(BOOL result) {
   if (!result)
-    throw std::runtime_error("the system's cryptography fails (error " +
-                             std::to_string(GetLastError()) + ")");
+    throw std::runtime_error(WithError("the system's cryptography fails", GetLastError()));
 }
 
 Provider OpenProvider() {

@@ -12,6 +12,12 @@
 
 namespace app {
 
+const peers::EntryRecord* FindEntry(const peers::SettingFileContent& content,
+                                    std::string_view printer) {
+  const auto found = std::ranges::find(content.entries, printer, &peers::EntryRecord::printer);
+  return found == content.entries.end() ? nullptr : &*found;
+}
+
 bool IsExcluded(const peers::SettingFileContent& content, const std::string& printer) {
   const auto isOn = [&](const std::vector<peers::ExcludeRecord>& list) {
     return std::ranges::find(list, printer, &peers::ExcludeRecord::name) != list.end();

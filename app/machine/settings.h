@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/text/json.h"
@@ -25,6 +26,10 @@ std::optional<std::wstring> SettingFolder();
 /// False where the component gives no values back: texts, switches and the rest of the records.
 extern const bool kReadsValues;
 inline constexpr char kUnreadValues[] = "The component gives no values back, so none is told.";
+
+/// Returns the printer's entry, the default one for "*"; null when there is none.
+const peers::EntryRecord* FindEntry(const peers::SettingFileContent& content,
+                                    std::string_view printer);
 
 /// True if the printer is on one of the two exclude lists.
 bool IsExcluded(const peers::SettingFileContent& content, const std::string& printer);

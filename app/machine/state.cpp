@@ -6,6 +6,7 @@
 #include "app/machine/client.h"
 #include "app/machine/home.h"
 #include "app/machine/policy_file.h"
+#include "app/text/wording.h"
 #include "component/names.h"
 #include "platform/crt.h"
 
@@ -89,8 +90,7 @@ Forecast ClientSwitch(const MachineState& state, const char* command) {
 
 std::string NotTold(DWORD error) {
   const char* const what = error == ERROR_PIPE_BUSY ? "the pipe is busy" : "nobody serves the pipe";
-  return std::string(what) + " (error " + std::to_string(error) +
-         "); the settings change all the same";
+  return WithError(what, error) + "; the settings change all the same";
 }
 
 /// A failed notification of the service does not change the result of set.

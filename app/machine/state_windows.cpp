@@ -3,6 +3,7 @@
 #include "app/machine/home.h"
 #include "app/machine/state.h"
 #include "app/text/file_windows.h"
+#include "app/text/wording.h"
 #include "component/names.h"
 #include "host/shared_names.h"
 #include "platform/utf.h"
@@ -10,14 +11,14 @@
 namespace app {
 namespace {
 
-std::string WithError(const std::string& what) {
-  return what + " (error " + std::to_string(GetLastError()) + ")";
+std::string WithLastError(const std::string& what) {
+  return WithError(what, GetLastError());
 }
 
 std::string NameFrom(BOOL WINAPI name(LPWSTR, LPDWORD)) {
   wchar_t text[257];
   DWORD capacity = 257;
-  return name(text, &capacity) ? platform::ToUtf8(text) : WithError("unknown");
+  return name(text, &capacity) ? platform::ToUtf8(text) : WithLastError("unknown");
 }
 
 /// Opens the mutex alone if it is there, with the access that a pass asks for: taking it could hold
@@ -25,9 +26,9 @@ std::string NameFrom(BOOL WINAPI name(LPWSTR, LPDWORD)) {
 std::string WhyNoMutex() {
   const HANDLE mutex = OpenMutexW(MUTEX_ALL_ACCESS, FALSE, kSettingMutexName);
   if (mutex == nullptr && GetLastError() == ERROR_ACCESS_DENIED)
-    return WithError("this account may not open the one that is there");
+    return WithLastError("this account may not open the one that is there");
   if (mutex == nullptr)
-    return GetLastError() == ERROR_FILE_NOT_FOUND ? "" : WithError("cannot be opened");
+    return GetLastError() == ERROR_FILE_NOT_FOUND ? "" : WithLastError("cannot be opened");
   CloseHandle(mutex);
   return "";
 }
@@ -39,10 +40,10 @@ std::string WhyUnstored(const std::filesystem::path& file) {
   if (OpenFile(file, GENERIC_WRITE, kAll, OPEN_EXISTING)) return "";
   if (GetLastError() == ERROR_PATH_NOT_FOUND) return "";
   if (GetLastError() != ERROR_FILE_NOT_FOUND)
-    return WithError(platform::ToUtf8(file.filename().wstring()) + " cannot be written");
+    return WithLastError(platform::ToUtf8(file.filename().wstring()) + " cannot be written");
   if (OpenFile(file.parent_path(), FILE_ADD_FILE, kAll, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS))
     return "";
-  return WithError("no file can be made in its folder");
+  return WithLastError("no file can be made in its folder");
 }
 
 /// It may be the suite's, whose file nobody else knows.
@@ -69,7 +70,7 @@ std::vector<PrinterState> ListPrinters() {
   while (!EnumPrintersW(kFlags, nullptr, 2, reinterpret_cast<BYTE*>(block.data()),
                         static_cast<DWORD>(block.size() * sizeof block[0]), &needed, &count)) {
     if (GetLastError() != ERROR_INSUFFICIENT_BUFFER)
-      throw std::runtime_error(WithError("the spooler gives none"));
+      throw std::runtime_error(WithLastError("the spooler gives none"));
     block.resize(needed / sizeof block[0] + 1);
   }
   std::vector<PrinterState> printers;

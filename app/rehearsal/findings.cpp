@@ -214,7 +214,7 @@ class Reviewer {
       Find({"emptied", "", "", 0, "no element is registered: every entry is emptied"});
     }
     if (!m_review.unseen.empty()) Find({"unseen", "", "", 0, "no watermark can be seen"});
-    if (DefaultEntry(m_review.records) != nullptr) m_review.printers.push_back(FateOf("*"));
+    if (FindEntry(m_review.records, "*") != nullptr) m_review.printers.push_back(FateOf("*"));
     for (const PrinterState& printer : ListPrinters())
       m_review.printers.push_back(FateOf(platform::ToUtf8(printer.name)));
   }
@@ -233,9 +233,8 @@ class Reviewer {
   }
 
   PrinterFate FateOf(const std::string& printer) const {
-    const auto& entries = m_review.records.entries;
-    const auto entry = std::ranges::find(entries, printer, &peers::EntryRecord::printer);
-    if (entry == entries.end())
+    const peers::EntryRecord* const entry = FindEntry(m_review.records, printer);
+    if (entry == nullptr)
       return {printer, std::nullopt, false, IsExcluded(m_review.records, printer)};
     return {printer, entry->watermarks.size(), entry->lastSetting.enabled};
   }

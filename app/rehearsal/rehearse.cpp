@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "app/machine/client.h"
+#include "app/machine/settings.h"
 #include "app/pass/messages.h"
 #include "app/text/errors.h"
 #include "app/text/files.h"
@@ -49,7 +50,7 @@ void ReadMessages(const std::vector<Message>& messages, Answer& answer) {
 std::vector<Registered> Match(const std::vector<Message>& walk,
                               const peers::SettingFileContent& records) {
   std::map<std::string, const peers::WatermarkRecord*> marks;
-  if (const auto* entry = DefaultEntry(records))
+  if (const auto* entry = FindEntry(records, "*"))
     for (const peers::WatermarkRecord& mark : entry->watermarks) marks[mark.id] = &mark;
   std::vector<Registered> all;
   for (const Message& message : walk) {
@@ -126,11 +127,6 @@ Rehearsal TakeIn(const std::string& bytes, const ScratchMachine& scratch) {
 Rehearsal Rehearse(const PolicyCall& call) {
   const ScratchMachine scratch;
   return TakeIn(scratch.Ask(call), scratch);
-}
-
-const peers::EntryRecord* DefaultEntry(const peers::SettingFileContent& records) {
-  const auto found = std::ranges::find(records.entries, "*", &peers::EntryRecord::printer);
-  return found == records.entries.end() ? nullptr : &*found;
 }
 
 Progress::~Progress() {

@@ -53,9 +53,6 @@ struct Rehearsal {
 /// signal that would end this process ends the child and removes the scratch first.
 Rehearsal Rehearse(const PolicyCall& call);
 
-/// The default entry's record; null when there is none.
-const peers::EntryRecord* DefaultEntry(const peers::SettingFileContent& records);
-
 /// Returns the records of the machine's setting file, none when there is no file. They are read
 /// from a copy, because opening the file itself leaves traces beside it; on Windows by the
 /// component. Throws std::runtime_error, with the file's name, for a file that cannot be read.

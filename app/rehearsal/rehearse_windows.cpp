@@ -11,6 +11,7 @@
 #include "app/text/file_windows.h"
 #include "app/text/files.h"
 #include "app/text/json.h"
+#include "app/text/wording.h"
 #include "component/names.h"
 #include "host/shared_names.h"
 #include "platform/shell.h"
@@ -31,7 +32,7 @@ constexpr wchar_t kAnswer[] = L"answer.json";
 constexpr std::size_t kGreatest = 512 * 1024 * 1024;
 
 [[noreturn]] void Fail(const std::string& what) {
-  throw std::runtime_error(what + " (error " + std::to_string(GetLastError()) + ")");
+  throw std::runtime_error(WithError(what, GetLastError()));
 }
 
 /// The account's own folder for what is temporary, which is closed to others whatever TMP says.

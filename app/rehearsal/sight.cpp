@@ -76,8 +76,8 @@ void ReviewPlaces(const SeenElements& seen, Review& review) {
   }
 }
 
-/// Adds each element that is registered and not seen. An ID without an
-/// element has a finding already.
+/// Adds each element that is registered and not seen. An ID without an element has a finding
+/// already.
 void ReviewUnseen(Review& review) {
   for (const ElementFate& fate : review.elements) {
     const std::string why = fate.isFirst && fate.mark ? WhyUnseen(*fate.mark) : "";

@@ -54,7 +54,7 @@ std::string WhyNoText(std::string_view bytes);
 std::string NameOf(const std::string& file);
 
 /// Puts a file with these bytes in its place, whole or not at all. Throws UsageError when something
-/// that is no regular file lies there, std::system_error when the file cannot be written.
+/// that is no regular file lies there, std::runtime_error when the file cannot be written.
 void WriteOutput(const std::filesystem::path& file, std::string_view bytes);
 /// Writes to `file`, in UTF-8, or to standard output where that is "-". Returns whether it is a
 /// file.

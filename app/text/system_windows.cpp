@@ -11,6 +11,7 @@
 #include "app/text/file_windows.h"
 #include "app/text/files.h"
 #include "app/text/table.h"
+#include "app/text/wording.h"
 
 namespace app {
 namespace {
@@ -18,13 +19,12 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void Refuse(DWORD error) {
-  throw std::runtime_error("cannot be read (error " + std::to_string(error) + ")");
+  throw std::runtime_error(WithError("cannot be read", error));
 }
 
-/// Throws with the number of the error, because its text is in the ANSI code page.
 [[noreturn]] void Fail(const fs::path& file) {
-  const std::string number = std::to_string(GetLastError());
-  throw std::runtime_error(file.string() + ": cannot be written (error " + number + ")");
+  const DWORD error = GetLastError();
+  throw std::runtime_error(WithError(file.string() + ": cannot be written", error));
 }
 
 /// Removes its file, if it has one, unless that has been moved.

@@ -94,6 +94,10 @@ std::string AndMore(std::size_t count, const std::string& one, const std::string
   return "and " + Counted(count, one, many) + " more";
 }
 
+std::string WithError(const std::string& what, unsigned long error) {
+  return what + " (error " + std::to_string(error) + ")";
+}
+
 std::optional<double> NumberOf(const std::string& text) {
   const char* first = text.data();
   const char* const last = first + text.size();

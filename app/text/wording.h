@@ -32,6 +32,10 @@ std::string Counted(std::size_t count, const std::string& one, const std::string
 /// "and 1 finding more", "and 2 findings more".
 std::string AndMore(std::size_t count, const std::string& one, const std::string& many);
 
+/// "cannot be opened (error 5)": with the number of a Windows error, because its text is in the
+/// ANSI code page there.
+std::string WithError(const std::string& what, unsigned long error);
+
 /// Returns the number that a person wrote: decimal, or hexadecimal behind 0x; nothing for any other
 /// text.
 std::optional<double> NumberOf(const std::string& text);
