@@ -46,8 +46,8 @@ Result Guarded(Action action) noexcept {
 }
 
 /// Returns the element at `index`, or null.
-template <class Item>
-Item* At(std::vector<Item>& list, std::int32_t index) {
+template <class List>
+auto* At(List& list, std::int32_t index) {
   const auto place = static_cast<std::size_t>(index);
   return index >= 0 && place < list.size() ? &list[place] : nullptr;
 }

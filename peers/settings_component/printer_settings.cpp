@@ -1,6 +1,7 @@
 #include "peers/settings_component/printer_settings.h"
 
 #include <cmath>
+#include <deque>
 #include <vector>
 
 #include "peers/settings_component/guid.h"
@@ -100,15 +101,19 @@ class ActiveObject : public Counted<Sigil::LastSetting> {
   std::shared_ptr<ActiveRecord> m_record;
 };
 
+/// A pass deletes thousands of them from the begin.
 template <class Record>
-std::vector<std::shared_ptr<Record>> Share(std::vector<Record>& records) {
-  std::vector<std::shared_ptr<Record>> shared;
+using Shared = std::deque<std::shared_ptr<Record>>;
+
+template <class Record>
+Shared<Record> Share(std::vector<Record>& records) {
+  Shared<Record> shared;
   for (Record& record : records) shared.push_back(std::make_shared<Record>(std::move(record)));
   return shared;
 }
 
 template <class Record>
-std::vector<Record> Copy(const std::vector<std::shared_ptr<Record>>& shared) {
+std::vector<Record> Copy(const Shared<Record>& shared) {
   std::vector<Record> records;
   records.reserve(shared.size());
   for (const auto& record : shared) records.push_back(*record);
@@ -212,8 +217,8 @@ class PrinterSettingsObject : public Counted<Sigil::PrinterSettings> {
   std::shared_ptr<Store> m_store;
   EntryRecord m_settled;
   std::shared_ptr<ActiveRecord> m_lastSetting;
-  std::vector<std::shared_ptr<ActiveRecord>> m_customSettings;
-  std::vector<std::shared_ptr<WatermarkRecord>> m_watermarks;
+  Shared<ActiveRecord> m_customSettings;
+  Shared<WatermarkRecord> m_watermarks;
 };
 
 }  // namespace

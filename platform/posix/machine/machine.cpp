@@ -1,6 +1,7 @@
 #include "platform/posix/machine/machine.h"
 
 #include <dirent.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -240,10 +241,10 @@ fs::path HostPath(std::wstring_view windowsPath) {
     if (!piece.empty() && piece != L"." && piece != L"..") pieces.push_back(piece);
   }
   fs::path path = MachineRoot() / drive;
-  fs::path exact = path;
-  for (const std::wstring_view piece : pieces) exact /= ToUtf8(piece);
-  std::error_code error;
-  if (fs::exists(fs::symlink_status(exact, error))) return exact;
+  std::string exact = path;  // as text, because most paths are found so, and paths are slow to make
+  for (const std::wstring_view piece : pieces) exact += "/" + ToUtf8(piece);
+  struct stat status = {};
+  if (lstat(exact.c_str(), &status) == 0) return exact;
   auto found = std::optional(path);
   for (const std::wstring_view piece : pieces) {
     if (found) found = FindExisting(path, piece);  // below a missing folder nothing is looked for

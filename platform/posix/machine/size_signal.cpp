@@ -1,5 +1,7 @@
 #include "platform/posix/machine/size_signal.h"
 
+#include <sys/resource.h>
+
 #include <cerrno>
 #include <ctime>
 
@@ -19,7 +21,10 @@ sigset_t SizeSignal() {
 }  // namespace
 
 NoSizeSignal::NoSizeSignal() {
-  if (t_depth++ > 0) return;
+  struct rlimit limit = {};
+  if (t_depth++ > 0 || getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
+    return;
+  m_holds = true;
   const sigset_t set = SizeSignal();
   pthread_sigmask(SIG_BLOCK, &set, &m_before);
   if (sigismember(&m_before, SIGXFSZ) != 1) return;  // it would have been delivered
@@ -29,7 +34,8 @@ NoSizeSignal::NoSizeSignal() {
 }
 
 NoSizeSignal::~NoSizeSignal() {
-  if (--t_depth > 0) return;
+  --t_depth;
+  if (!m_holds) return;
   const int error = errno;
   const sigset_t set = SizeSignal();
   const timespec now = {};
