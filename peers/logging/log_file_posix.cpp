@@ -78,11 +78,12 @@ bool IsBeginOfLine(std::string_view bytes) {
 /// Removes the begin of a line that a killed process has left: the system writes page by page. One
 /// that another process is writing at this moment stays. Returns whether the file, which may be any
 /// text that SIGIL_LOG names, ends in a whole line now.
-bool RemoveCutLine(const platform::Descriptor& file, struct stat seen) {
+bool RemoveCutLine(const platform::Descriptor& file) {
   constexpr std::chrono::milliseconds kPatience(100);
   constexpr std::chrono::milliseconds kLongestWrite(20);
-  if (EndsInWholeLine(file, seen.st_size)) return true;
-  if (!platform::Lock(file, LOCK_EX, kPatience)) return false;
+  if (!file || !platform::Lock(file, LOCK_EX, kPatience)) return false;
+  struct stat seen = {};
+  if (fstat(file.Get(), &seen) != 0) return true;
   for (struct stat before = {}; before.st_size != seen.st_size;) {
     before = seen;
     std::this_thread::sleep_for(kLongestWrite);
@@ -103,16 +104,21 @@ class KeptFile {
     const bool isKept = m_file && fstat(m_file.Get(), &there) == 0 && IsSame(there, m_status);
     if (m_file && !isKept) m_file.Release();  // the host has closed it, and the number is another's
     const off_t size = m_status.st_size;
-    if (isKept && stat(path.c_str(), &m_status) == 0 && IsSame(there, m_status)) {
+    if (isKept && lstat(path.c_str(), &m_status) == 0 && IsSame(there, m_status)) {
       if (m_status.st_size < size) m_roomEnd = 0;  // cut off with the file's end
       return true;
     }
-    m_file = platform::Open(path, O_RDWR | O_APPEND | O_CREAT);
+    m_file = platform::Open(path, kHow);
     m_roomEnd = 0;
     return m_file && fstat(m_file.Get(), &m_status) == 0;
   }
   /// Returns whether the file ends in a whole line, after the begin of one has been removed.
-  bool EndInLine() const { return RemoveCutLine(m_file, m_status); }
+  bool EndInLine(const fs::path& path) {
+    if (EndsInWholeLine(m_file, m_status.st_size)) return true;
+    m_roomEnd = 0;
+    // Opened anew for the lock, which a forked process would share.
+    return RemoveCutLine(platform::Open(path, kHow));
+  }
   /// Appends the line in one write, which the system puts at the end of the file as it then is.
   /// Drops a line that has no room.
   void Append(std::string_view line) {
@@ -122,6 +128,8 @@ class KeptFile {
   void Close() { m_file.Reset(); }
 
  private:
+  static constexpr int kHow = O_RDWR | O_APPEND | O_CREAT;
+
   static bool IsSame(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino && one.st_uid == other.st_uid &&
            one.st_mode == other.st_mode;
@@ -163,9 +171,10 @@ class Sink : public spdlog::sinks::base_sink<std::mutex> {
  protected:
   void sink_it_(const spdlog::details::log_msg& message) override {
     const platform::NoSizeSignal guard;
-    if (!m_file.Reach(m_path.Get())) return;
+    const fs::path& path = m_path.Get();
+    if (!m_file.Reach(path)) return;
     spdlog::memory_buf_t line;
-    if (!m_file.EndInLine()) line.push_back('\n');
+    if (!m_file.EndInLine(path)) line.push_back('\n');
     formatter_->format(message, line);
     m_file.Append({line.data(), line.size()});
   }
