@@ -5,8 +5,8 @@
 //   C:\ProgramData\KBR-LTD\QuietMIMOSA\HarborLedge\log\SigilSetting.log
 //
 // unless the environment variable SIGIL_LOG names another path of the host. Any number of processes
-// append to it. Each line goes to the file that the path leads to at that moment, so the file may be
-// moved or deleted at any time, and a change of the machine or of the variable has effect at once.
+// append to it. It is opened for each line, so it may be moved or deleted at any time, and a change
+// of the machine or of the variable has effect at once.
 
 #include <string_view>
 

@@ -49,6 +49,20 @@ class LogPath {
   fs::path m_path;
 };
 
+/// Returns whether there is room for a line of this size. Reserves the room first, with some more
+/// for lines that other processes write at this moment, so that a full disk or the limit on the
+/// size of files drops the line instead of cutting it. A file system that cannot reserve has room.
+bool TakeRoom(const platform::Descriptor& file, std::size_t size) {
+  constexpr std::size_t kForOthers = 0x2000;
+  const auto room = static_cast<off_t>(size + kForOthers);
+  struct stat status = {};
+  struct rlimit limit = {};
+  if (fstat(file.Get(), &status) != 0 || getrlimit(RLIMIT_FSIZE, &limit) != 0) return true;
+  if (static_cast<rlim_t>(status.st_size + room) > limit.rlim_cur) return false;
+  return fallocate(file.Get(), FALLOC_FL_KEEP_SIZE, status.st_size, room) == 0 ||
+         (errno != ENOSPC && errno != EDQUOT);
+}
+
 bool EndsInWholeLine(const platform::Descriptor& file, off_t size) {
   char last = '\n';
   return size == 0 || pread(file.Get(), &last, 1, size - 1) != 1 || last == '\n';
@@ -81,9 +95,9 @@ bool IsBeginOfLine(std::string_view bytes) {
 bool RemoveCutLine(const platform::Descriptor& file) {
   constexpr std::chrono::milliseconds kPatience(100);
   constexpr std::chrono::milliseconds kLongestWrite(20);
-  if (!file || !platform::Lock(file, LOCK_EX, kPatience)) return false;
   struct stat seen = {};
-  if (fstat(file.Get(), &seen) != 0) return true;
+  if (fstat(file.Get(), &seen) != 0 || EndsInWholeLine(file, seen.st_size)) return true;
+  if (!platform::Lock(file, LOCK_EX, kPatience)) return false;
   for (struct stat before = {}; before.st_size != seen.st_size;) {
     before = seen;
     std::this_thread::sleep_for(kLongestWrite);
@@ -94,108 +108,29 @@ bool RemoveCutLine(const platform::Descriptor& file) {
          ftruncate(file.Get(), seen.st_size - static_cast<off_t>(cut->size())) == 0;
 }
 
-/// The log file. It stays open from line to line while the path leads to it, because a pass logs
-/// thousands of lines.
-class KeptFile {
- public:
-  /// Returns whether the file at `path` is open to be appended to.
-  bool Reach(const fs::path& path) {
-    struct stat there = {};
-    const bool isKept = m_file && fstat(m_file.Get(), &there) == 0 && IsSame(there, m_status);
-    if (m_file && !isKept) m_file.Release();  // the host has closed it, and the number is another's
-    const off_t size = m_status.st_size;
-    if (isKept && lstat(path.c_str(), &m_status) == 0 && IsSame(there, m_status)) {
-      if (m_status.st_size < size) m_roomEnd = 0;  // cut off with the file's end
-      return true;
-    }
-    m_file = platform::Open(path, kHow);
-    m_roomEnd = 0;
-    return m_file && fstat(m_file.Get(), &m_status) == 0;
-  }
-  /// Returns whether the file ends in a whole line, after the begin of one has been removed.
-  bool EndInLine(const fs::path& path) {
-    if (EndsInWholeLine(m_file, m_status.st_size)) return true;
-    m_roomEnd = 0;
-    // Opened anew for the lock, which a forked process would share.
-    return RemoveCutLine(platform::Open(path, kHow));
-  }
-  /// Appends the line in one write, which the system puts at the end of the file as it then is.
-  /// Drops a line that has no room.
-  void Append(std::string_view line) {
-    if (!TakeRoom(line.size())) return;
-    [[maybe_unused]] const ssize_t written = write(m_file.Get(), line.data(), line.size());
-  }
-  void Close() { m_file.Reset(); }
-
- private:
-  static constexpr int kHow = O_RDWR | O_APPEND | O_CREAT;
-
-  static bool IsSame(const struct stat& one, const struct stat& other) {
-    return one.st_dev == other.st_dev && one.st_ino == other.st_ino && one.st_uid == other.st_uid &&
-           one.st_mode == other.st_mode;
-  }
-
-  /// Returns whether there is room for a line of this size. Reserves the room first, with some more
-  /// for lines that other processes write at this moment, so that a full disk or the limit on the
-  /// size of files drops the line instead of cutting it. A file system that cannot reserve has
-  /// room.
-  bool TakeRoom(std::size_t size) {
-    constexpr off_t kForOthers = 0x2000, kAhead = 0x10000;
-    const off_t end = m_status.st_size + static_cast<off_t>(size) + kForOthers;
-    struct rlimit limit = {};
-    if (getrlimit(RLIMIT_FSIZE, &limit) == 0 && static_cast<rlim_t>(end) > limit.rlim_cur)
-      return false;
-    return end <= m_roomEnd || Reserve(end + kAhead) || Reserve(end) ||
-           (errno != ENOSPC && errno != EDQUOT);
-  }
-
-  bool Reserve(off_t end) {
-    const off_t begin = m_status.st_size;
-    if (fallocate(m_file.Get(), FALLOC_FL_KEEP_SIZE, begin, end - begin) != 0) return false;
-    m_roomEnd = end;
-    return true;
-  }
-
-  platform::Descriptor m_file;
-  struct stat m_status = {};  ///< As it was before the line.
-  off_t m_roomEnd = 0;        ///< The file's room is reserved up to here.
-};
-
-class Sink : public spdlog::sinks::base_sink<std::mutex> {
- public:
-  void Close() {
-    const std::scoped_lock lock(mutex_);
-    m_file.Close();
-  }
-
+/// Appends each line in one write, which the system puts at the end of the file as it then is.
+class AppendSink : public spdlog::sinks::base_sink<std::mutex> {
  protected:
   void sink_it_(const spdlog::details::log_msg& message) override {
     const platform::NoSizeSignal guard;
-    const fs::path& path = m_path.Get();
-    if (!m_file.Reach(path)) return;
+    const platform::Descriptor file = platform::Open(m_path.Get(), O_RDWR | O_APPEND | O_CREAT);
+    if (!file) return;
     spdlog::memory_buf_t line;
-    if (!m_file.EndInLine(path)) line.push_back('\n');
+    if (!RemoveCutLine(file)) line.push_back('\n');
     formatter_->format(message, line);
-    m_file.Append({line.data(), line.size()});
+    if (!TakeRoom(file, line.size())) return;
+    [[maybe_unused]] const ssize_t written = write(file.Get(), line.data(), line.size());
   }
   void flush_() override {}
 
  private:
   LogPath m_path;
-  KeptFile m_file;
-};
-
-/// Closes the file when the library is unloaded.
-struct Closing {
-  ~Closing() { sink->Close(); }
-  const std::shared_ptr<Sink> sink = std::make_shared<Sink>();
 };
 
 /// Never destroyed, because lines may be logged until the process ends.
 spdlog::logger& Logger() {
-  static const Closing closing;
   static spdlog::logger* const logger = [] {
-    auto made = std::make_unique<spdlog::logger>("SigilSetting", closing.sink);
+    auto made = std::make_unique<spdlog::logger>("SigilSetting", std::make_shared<AppendSink>());
     made->set_pattern("%Y-%m-%d %H:%M:%S.%e %P %v");
     made->set_level(spdlog::level::trace);
     made->set_error_handler([](const std::string&) {});

@@ -1,11 +1,5 @@
 #include "platform/profile.h"
 
-#include <sys/stat.h>
-
-#include <chrono>
-#include <filesystem>
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,63 +14,18 @@ namespace platform {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr auto kAnsi = IniFile::Encoding::kAnsi;
 
-using SharedIniFile = std::shared_ptr<const IniFile>;
-
-/// The file that was read last. A pass asks one file for each watermark, and any process may have
-/// changed it since, which its status shows.
-class LastFile {
- public:
-  /// Returns the file at `path`, null where there is none. Throws std::system_error.
-  SharedIniFile Read(const fs::path& path) {
-    struct stat now = {};
-    const bool isThere = stat(path.c_str(), &now) == 0;
-    const std::scoped_lock lock(m_mutex);
-    if (isThere && m_file && IsSame(now, m_status)) return m_file;
-    const auto bytes = ReadWholeFile(path);
-    SharedIniFile file = bytes ? std::make_shared<IniFile>(*bytes, kAnsi) : nullptr;
-    m_file = isThere && IsSettled(now) ? file : nullptr;
-    m_status = now;
-    return file;
-  }
-
- private:
-  /// Returns whether a change after this moment gets another time than the last one had. The clock
-  /// of a file system goes by ticks of at most ten milliseconds, or of a second.
-  static bool IsSettled(const struct stat& status) {
-    const timespec changed = status.st_ctim;
-    const std::chrono::nanoseconds age =
-        std::chrono::system_clock::now().time_since_epoch() -
-        (std::chrono::seconds(changed.tv_sec) + std::chrono::nanoseconds(changed.tv_nsec));
-    return age >
-           (changed.tv_nsec == 0 ? std::chrono::milliseconds(2000) : std::chrono::milliseconds(50));
-  }
-
-  static bool IsSame(const struct stat& one, const struct stat& other) {
-    return one.st_dev == other.st_dev && one.st_ino == other.st_ino &&
-           one.st_size == other.st_size && one.st_ctim.tv_sec == other.st_ctim.tv_sec &&
-           one.st_ctim.tv_nsec == other.st_ctim.tv_nsec;
-  }
-
-  std::mutex m_mutex;
-  SharedIniFile m_file;
-  struct stat m_status = {};
-};
-
-/// Returns null for a file that cannot be read, and sets the last error.
-SharedIniFile Read(LPCWSTR name) {
-  static LastFile last;
+/// Returns an empty file for one that cannot be read, and sets the last error.
+std::optional<IniFile> Read(LPCWSTR name) {
   try {
-    SharedIniFile file = last.Read(HostPath(name));
-    SetLastError(file ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
-    return file;
+    const auto bytes = ReadWholeFile(HostPath(name));
+    SetLastError(bytes ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
+    if (bytes) return IniFile(*bytes, kAnsi);
   } catch (const std::system_error& error) {
     SetLastError(ErrorOf(error.code().value()));
-    return nullptr;
   }
+  return std::nullopt;
 }
 
 /// Null, and the last error, when it is missing.

@@ -73,24 +73,6 @@ TEST_F(Machine, AChangeOfAProfileLeavesOtherLines) {
   EXPECT_EQ(std::distance(begin(left), end(left)), 1);
 }
 
-TEST_F(Machine, AProfileIsReadAnewHoweverItChanges) {
-  constexpr wchar_t kFile[] = L"C:\\Some.ini";
-  const fs::path file = platform::HostPath(kFile);
-  const auto number = [&] { return GetPrivateProfileIntW(L"A", L"n", 0, kFile); };
-  m_machine.Write(kFile, "[A]\nn=1\n");
-  usleep(100'000);  // until a reader keeps the file
-  EXPECT_EQ(number() + number(), 2u);
-  std::fstream(file, std::ios::in | std::ios::out) << "[A]\nn=2\n";  // in place
-  EXPECT_EQ(number(), 2u);
-  fs::rename(file, file.string() + ".old");
-  EXPECT_EQ(number(), 0u);
-  m_machine.Write(kFile, "[A]\nn=3\n");
-  EXPECT_EQ(number(), 3u);
-  fs::remove(file);
-  fs::create_symlink(file.string() + ".old", file);  // which is not followed
-  EXPECT_EQ(number(), 0u);
-}
-
 TEST_F(Machine, ProcessesThatWriteAtOnceKeepEachOthersKeys) {
   constexpr wchar_t kFile[] = L"C:\\SigilTest\\Some.ini";
   constexpr int kWriters = 3, kKeys = 60;
