@@ -145,7 +145,7 @@ class LastFile {
   /// Returns nothing for another file.
   Descriptor Reopen(const fs::path& path, int flags) {
     const std::scoped_lock lock(m_mutex);
-    if (path != m_path) return {};
+    if (path.native() != m_path) return {};
     open_how how = {};
     how.flags = static_cast<unsigned>(flags & ~O_CREAT);
     how.resolve = RESOLVE_NO_SYMLINKS;
@@ -154,7 +154,7 @@ class LastFile {
         static_cast<int>(syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)));
     const Status found = StatusOf(file);
     const bool isSame = found && found->st_dev == m_status.st_dev &&
-                        found->st_ino == m_status.st_ino && found->st_uid == m_status.st_uid &&
+                        found->st_ino == m_status.st_ino && found->st_uid == geteuid() &&
                         found->st_mode == m_status.st_mode;
     return isSame ? std::move(file) : Descriptor();
   }
@@ -164,13 +164,13 @@ class LastFile {
     const std::scoped_lock lock(m_mutex);
     m_path.clear();
     if (!status || !S_ISREG(status->st_mode) || status->st_uid != geteuid()) return;
-    m_path = path;
+    m_path = path.native();
     m_status = *status;
   }
 
  private:
   std::mutex m_mutex;
-  fs::path m_path;
+  std::string m_path;
   struct stat m_status = {};
 };
 
