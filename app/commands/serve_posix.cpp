@@ -1,7 +1,7 @@
 #include <signal.h>
-#include <time.h>
 
-#include <cstdio>
+#include <ctime>
+#include <iomanip>
 #include <iostream>
 #include <thread>
 
@@ -13,57 +13,40 @@
 namespace app {
 namespace {
 
-/// A stop that SIGINT or SIGTERM request.
-class SignalStop {
- public:
-  SignalStop() {
-    sigemptyset(&m_signals);
-    sigaddset(&m_signals, SIGINT);
-    sigaddset(&m_signals, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &m_signals, nullptr);
-    m_waiter = std::jthread([this] {
-      int signal = 0;
-      sigwait(&m_signals, &signal);
-      m_stop.request_stop();
-    });
-  }
-  // NOLINTNEXTLINE(bugprone-bad-signal-to-kill-thread): the thread waits for it.
-  ~SignalStop() { pthread_kill(m_waiter.native_handle(), SIGTERM); }
-  SignalStop(const SignalStop&) = delete;
-  SignalStop& operator=(const SignalStop&) = delete;
-
-  std::stop_token Token() const { return m_stop.get_token(); }
-
- private:
-  sigset_t m_signals = {};
-  std::stop_source m_stop;
-  std::jthread m_waiter;
-};
-
-std::string Stamp(std::chrono::system_clock::time_point time) {
-  const auto milliseconds =
-      std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count() % 1000;
-  const time_t seconds = std::chrono::system_clock::to_time_t(time);
-  tm local = {};
-  localtime_r(&seconds, &local);
-  char text[64];
-  const std::size_t length = strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
-  std::snprintf(text + length, sizeof text - length, ".%03d", static_cast<int>(milliseconds));
-  return text;
+/// Has SIGINT and SIGTERM request the stop that is returned.
+std::stop_token StopOnSignal() {
+  sigset_t signals = {};
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  std::stop_source stop;
+  std::stop_token token = stop.get_token();
+  std::thread([signals, stop]() mutable {
+    int signal = 0;
+    sigwait(&signals, &signal);
+    stop.request_stop();
+  }).detach();
+  return token;
 }
 
 void Print(const peers::PipeEvent& event) {
-  std::cout << Stamp(event.time) << " "
+  using std::chrono::system_clock, std::chrono::milliseconds, std::chrono::seconds;
+  const std::time_t time = system_clock::to_time_t(std::chrono::floor<seconds>(event.time));
+  const auto rest = std::chrono::floor<milliseconds>(event.time.time_since_epoch()) % seconds(1);
+  std::cout << std::put_time(std::localtime(&time), "%Y-%m-%d %H:%M:%S.") << std::setfill('0')
+            << std::setw(3) << rest.count() << " "
             << (event.text ? platform::ToUtf8(platform::Visible(*event.text))
                            : "malformed message of " + std::to_string(event.size) + " bytes")
             << std::endl;
 }
 
 int Serve() {
-  const SignalStop stop;  // before the pipe, so that no signal leaves it behind
+  const std::stop_token stop =
+      StopOnSignal();  // before the pipe, so that no signal leaves it behind
   peers::ControlService service;
   std::cout << "The control service listens; SIGINT or SIGTERM stops it." << std::endl;
-  service.Serve(Print, stop.Token());
+  service.Serve(Print, stop);
   std::cout << "The control service has stopped." << std::endl;
   return 0;
 }
