@@ -1,14 +1,10 @@
 #include <algorithm>
 #include <iostream>
-#include <span>
-#include <utility>
+#include <ranges>
 
 #include "app/commands/command_line.h"
-#include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/machine/state.h"
-#include "app/rehearsal/review.h"
-#include "app/text/json.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
 
@@ -28,51 +24,33 @@ void PrintWrapped(const std::string& head, std::string_view text) {
   }
 }
 
-/// An element that lacks properties: their names, by the value that they read as.
-struct LackingElement {
-  std::string id;
-  std::vector<std::pair<std::string, std::string>> groups;
-
-  /// "Bold, Italic off; Rotate 0"
-  std::string Text() const {
-    std::string text;
-    for (const auto& [became, names] : groups)
-      text += (text.empty() ? "" : "; ") + names + " " + became;
-    return text;
-  }
-};
-
-std::vector<LackingElement> Lacking(const Remarks& notes) {
-  std::vector<LackingElement> elements;
-  for (const Finding& note : notes.Kept()) {
-    if (note.kind != "lacking" || note.element.empty()) continue;
-    if (elements.empty() || elements.back().id != note.element)
-      elements.push_back({note.element, {}});
-    auto& groups = elements.back().groups;
-    const auto found =
-        std::ranges::find(groups, note.became, [](auto& group) { return group.first; });
-    if (found == groups.end())
-      groups.emplace_back(note.became, note.property);
-    else
-      found->second += ", " + note.property;
-  }
-  return elements;
-}
+/// Values by name, in the order in which the names came.
+template <class Value>
+using InOrder = nlohmann::ordered_map<std::string, Value>;
 
 void PrintLacking(const Review& review) {
-  const std::vector<LackingElement> all = Lacking(review.notes);
-  if (all.empty()) return;
-  const std::span<const LackingElement> shown(all.data(), std::min(all.size(), kMostRows));
-  std::size_t width = 0;
-  for (const LackingElement& each : shown)
-    width = std::max(width, DisplayWidth(OneLine(each.id, kNameWidth)));
-  std::cout << "\nWhat is not there reads as\n";
-  for (const LackingElement& each : shown) {
-    const std::string id = OneLine(each.id, kNameWidth);
-    PrintWrapped("  " + id + std::string(width - DisplayWidth(id) + 2, ' '), each.Text());
+  // Of each element the properties that it lacks, by the value that they read as.
+  InOrder<InOrder<std::string>> elements;
+  for (const Finding& note : review.notes.Kept()) {
+    if (note.kind != "lacking" || note.element.empty()) continue;
+    std::string& names = elements[note.element][note.became];
+    names += (names.empty() ? "" : ", ") + note.property;
   }
-  if (const std::size_t left = all.size() - shown.size(); left > 0)
-    std::cout << "  " << AndMore(left, "element", "elements") << ", which --json tells\n";
+  if (elements.empty()) return;
+  std::size_t width = 0;
+  for (const auto& [id, groups] : elements | std::views::take(kMostRows))
+    width = std::max(width, DisplayWidth(OneLine(id, kNameWidth)));
+  std::cout << "\nWhat is not there reads as\n";
+  for (const auto& [id, groups] : elements | std::views::take(kMostRows)) {
+    std::string text;  // "Bold, Italic off; Rotate 0"
+    for (const auto& [became, names] : groups)
+      text += (text.empty() ? "" : "; ") + names + " " + became;
+    const std::string name = OneLine(id, kNameWidth);
+    PrintWrapped("  " + name + std::string(width - DisplayWidth(name) + 2, ' '), text);
+  }
+  if (elements.size() > kMostRows)
+    std::cout << "  " << AndMore(elements.size() - kMostRows, "element", "elements")
+              << ", which --json tells\n";
 }
 
 void PrintNotes(const std::string& file, const Review& review) {

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <charconv>
 #include <iostream>
-#include <set>
 
 #include "app/machine/home.h"
 #include "app/text/errors.h"

@@ -3,7 +3,6 @@
 #include "app/commands/command_line.h"
 #include "app/machine/policy_file.h"
 #include "app/rehearsal/compare.h"
-#include "app/rehearsal/review.h"
 #include "app/text/errors.h"
 #include "app/text/table.h"
 

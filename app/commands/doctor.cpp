@@ -3,15 +3,10 @@
 #include <algorithm>
 #include <iostream>
 #include <map>
-#include <set>
-#include <utility>
 
 #include "app/commands/command_line.h"
-#include "app/machine/home.h"
-#include "app/machine/policy_file.h"
 #include "app/machine/state.h"
 #include "app/rehearsal/compare.h"
-#include "app/text/table.h"
 #include "app/text/wording.h"
 #include "component/names.h"
 #include "host/shared_names.h"
@@ -34,17 +29,12 @@ std::string PipeState(DWORD error) {
 }
 
 std::string Fate(PrinterKind kind) {
-  switch (kind) {
-    case PrinterKind::kSuite:
-      return "suite's driver: watermarks of its own";
-    case PrinterKind::kNoComment:
-      return "excluded: it has no comment";
-    case PrinterKind::kNotMarked:
-      return "excluded: its comment has no mark";
-    case PrinterKind::kMonitored:
-      break;
-  }
-  return "monitored: goes by the default entry";
+  static const std::map<PrinterKind, std::string> fates = {
+      {PrinterKind::kSuite, "suite's driver: watermarks of its own"},
+      {PrinterKind::kNoComment, "excluded: it has no comment"},
+      {PrinterKind::kNotMarked, "excluded: its comment has no mark"},
+      {PrinterKind::kMonitored, "monitored: goes by the default entry"}};
+  return fates.at(kind);
 }
 
 /// "; is the suite's driver meant?", of a name that is nearly its.
@@ -64,7 +54,7 @@ Json Parts(const MachineState& state) {
   add("User", state.user + (user.path.empty() ? "" : ", full name " + fullName), "");
   add("User file", user.state, HostPath(user.path).string());
   add("Delivery folder", state.delivery.origin, HostPath(state.delivery.path).string());
-  add("Key source", state.keySource, HostPath(KeySource()).string());
+  add("Key source", state.key.source, HostPath(KeySource()).string());
   add("Policy file", state.policyFile, HostPath(state.delivery.PolicyFile()).string());
   add("Its SHA-256", state.checksum.empty() ? "none" : state.checksum, "");
   add("Scope of set", ScopeState(state), "");
@@ -161,21 +151,19 @@ Json Diagnose() {
           {"forecast", forecasts}};
 }
 
-std::vector<std::vector<std::string>> RowsOf(const Json& diagnosis, const std::string& list) {
-  using Columns = std::vector<std::pair<const char*, const char*>>;  // headings and keys
-  static const std::map<std::string, Columns> columns = {
-      {"parts", {{"Part", "part"}, {"State", "state"}, {"Place", "place"}}},
-      {"unread", {{"Line", "line"}, {"Name", "name"}, {"Why", "reason"}}},
-      {"printers", {{"Printer", "printer"}, {"Driver", "driver"}, {"What becomes of it", "fate"}}},
-      {"forecast", {{"Command", "command"}, {"Result", "result"}, {"Reason", "reason"}}}};
-  std::vector<std::vector<std::string>> rows(1);
-  for (const auto& [heading, key] : columns.at(list)) rows[0].push_back(heading);
+std::vector<Row> RowsOf(const Json& diagnosis, const std::string& list) {
+  // Of the members of a record, in their order.
+  static const std::map<std::string, Row> headings = {
+      {"parts", {"Part", "State", "Place"}},
+      {"unread", {"Line", "Name", "Why"}},
+      {"printers", {"Printer", "Driver", "What becomes of it"}},
+      {"forecast", {"Command", "Result", "Reason"}}};
+  std::vector<Row> rows = {headings.at(list)};
   for (const Json& record : diagnosis.at(list)) {
-    std::vector<std::string>& row = rows.emplace_back();
-    for (const auto& [heading, key] : columns.at(list)) {
-      const Json& cell = record.at(key);
-      row.push_back(cell.is_string() ? cell.get<std::string>() : cell.dump());
-    }
+    Row row;
+    for (auto cell = record.begin(); row.size() < rows[0].size(); ++cell)
+      row.push_back(cell->is_string() ? cell->get<std::string>() : cell->dump());
+    rows.push_back(std::move(row));
   }
   return rows;
 }

@@ -2,10 +2,8 @@
 
 // The state of the machine in words, which reports tell too.
 
-#include <string>
-#include <vector>
-
 #include "app/text/json.h"
+#include "app/text/table.h"
 
 namespace app {
 
@@ -16,6 +14,6 @@ Json Diagnose();
 
 /// Returns one of its lists, parts, unread, printers or forecast, as the rows of a table, with
 /// headings.
-std::vector<std::vector<std::string>> RowsOf(const Json& diagnosis, const std::string& list);
+std::vector<Row> RowsOf(const Json& diagnosis, const std::string& list);
 
 }  // namespace app

@@ -1,9 +1,7 @@
 #include <stdlib.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <iostream>
-#include <memory>
 #include <system_error>
 
 #include "app/commands/command_line.h"

@@ -7,7 +7,6 @@
 #include <map>
 #include <optional>
 #include <sstream>
-#include <string_view>
 #include <system_error>
 
 #include "app/commands/command_line.h"

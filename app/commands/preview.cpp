@@ -1,19 +1,15 @@
 #include <algorithm>
 #include <iostream>
 #include <ranges>
-#include <vector>
 
 #include "app/commands/command_line.h"
-#include "app/machine/home.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/page/page.h"
-#include "app/rehearsal/review.h"
 #include "app/text/errors.h"
 #include "app/text/files.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
-#include "platform/visible_text.h"
 
 namespace app {
 namespace {

@@ -3,14 +3,11 @@
 
 #include <algorithm>
 #include <ctime>
-#include <filesystem>
 #include <iostream>
 #include <map>
-#include <sstream>
 
 #include "app/commands/command_line.h"
 #include "app/commands/doctor.h"
-#include "app/machine/home.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/page/page.h"
@@ -20,7 +17,6 @@
 #include "app/text/html.h"
 #include "app/text/wording.h"
 #include "platform/utf.h"
-#include "platform/visible_text.h"
 
 namespace app {
 namespace {
@@ -96,7 +92,7 @@ void AddPolicy(HtmlPage& page, const PolicySource& source, const Review& review)
   page.Paragraph(source.name + ", policy " + std::to_string(review.policyId) + ", SHA-256 " +
                  ChecksumOf(source.text));
   if (findings == 0) return;
-  std::vector<std::vector<std::string>> rows = {{"Line", "Finding"}};
+  std::vector<Row> rows = {{"Line", "Finding"}};
   for (const Finding& finding : review.findings.Kept())
     rows.push_back({finding.line > 0 ? std::to_string(finding.line) : "", Remark(finding)});
   page.Table("Findings", rows);
@@ -104,7 +100,7 @@ void AddPolicy(HtmlPage& page, const PolicySource& source, const Review& review)
 
 /// What the default entry holds after an update.
 void AddMarks(HtmlPage& page, const Review& review) {
-  std::vector<std::vector<std::string>> rows = {{"Element", "Text", "Size", "Place", "Opacity"}};
+  std::vector<Row> rows = {{"Element", "Text", "Size", "Place", "Opacity"}};
   for (const ElementFate& element : review.elements) {
     if (!element.mark) continue;
     const peers::WatermarkRecord& mark = *element.mark;
@@ -130,7 +126,7 @@ void AddPictures(HtmlPage& page, const peers::SettingFileContent& records) {
     for (const page::Mark& mark : laid.marks) marks.emplace_back(mark.record).id.clear();
     const auto [place, isNew] = places.insert({std::move(marks), pictures.size()});
     if (isNew) pictures.push_back({std::move(laid), {}});
-    pictures[place->second].entries.push_back(NameOf(entry));
+    pictures[place->second].entries.push_back(EntryName(entry.printer));
   }
   for (const auto& [laid, entries] : pictures) {
     std::string texts;

@@ -1,15 +1,11 @@
 // Sealed policies: made for delivery, and opened again.
 
-#include <filesystem>
 #include <iostream>
 #include <sstream>
-#include <stdexcept>
 
 #include "app/commands/command_line.h"
 #include "app/machine/client.h"
-#include "app/machine/home.h"
 #include "app/machine/policy_file.h"
-#include "app/rehearsal/review.h"
 #include "app/text/errors.h"
 #include "app/text/files.h"
 #include "app/text/table.h"
@@ -83,12 +79,7 @@ struct UnsealOptions {
 int UnsealPolicy(const UnsealOptions& options) {
   const auto& [file, output] = options;
   RequireOther(file, output);
-  const std::wstring path =
-      file.empty() ? FindDeliveryFolder().PolicyFile()
-                   : platform::FromUtf8(std::filesystem::absolute(PathOf(file)).string());
-  const std::string name = file.empty() ? HostPath(path).string() : file;
-  const std::wstring text = ReadSealed(path, name);
-  const PolicyText policy = ReadPolicy(text);
+  const std::wstring text = ReadSealed(file).text;
   const std::string bytes = platform::ToUtf8(text);
   if (!output.empty()) {
     WriteOutput(PathOf(output), bytes);
@@ -98,9 +89,9 @@ int UnsealPolicy(const UnsealOptions& options) {
   } else {
     PrintBytes(bytes);
   }
-  if (!policy.refusal.empty())
-    std::cerr << "sigilctl: warning: the passes refuse this policy: "
-              << platform::Visible(policy.refusal) << "\n";
+  if (const std::string refusal = ReadPolicy(text).refusal; !refusal.empty())
+    std::cerr << "sigilctl: warning: the passes refuse this policy: " << platform::Visible(refusal)
+              << "\n";
   return 0;
 }
 

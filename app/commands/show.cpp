@@ -1,18 +1,11 @@
-#include <filesystem>
 #include <iostream>
 #include <map>
-#include <optional>
-#include <span>
-#include <string_view>
-#include <utility>
 
 #include "app/commands/command_line.h"
 #include "app/machine/client.h"
-#include "app/machine/home.h"
 #include "app/machine/policy_file.h"
 #include "app/machine/settings.h"
 #include "app/text/errors.h"
-#include "app/text/json.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
 
@@ -115,7 +108,7 @@ std::vector<Group> Grouped(const std::vector<peers::EntryRecord>& entries) {
     for (Mark& mark : marks) mark.id.clear();
     const auto [place, isNew] = places.emplace(marks, groups.size());
     if (isNew) groups.emplace_back(std::move(marks), std::vector<std::string>());
-    groups[place->second].second.push_back(OneLine(NameOf(entry)));
+    groups[place->second].second.push_back(OneLine(EntryName(entry.printer)));
   }
   return groups;
 }
@@ -142,9 +135,10 @@ void ShowEntries(const std::vector<peers::EntryRecord>& entries, bool isBrief) {
   for (const peers::EntryRecord& entry : entries) {
     const std::string count = std::to_string(entry.watermarks.size());
     const std::string active = std::to_string(CountActive(entry.lastSetting, entry));
-    rows.push_back(kReadsValues ? Row{NameOf(entry), Shown("enabled", entry.lastSetting.enabled),
-                                      active + " of " + count}
-                                : Row{NameOf(entry), count});
+    rows.push_back(kReadsValues
+                       ? Row{EntryName(entry.printer), Shown("enabled", entry.lastSetting.enabled),
+                             active + " of " + count}
+                       : Row{EntryName(entry.printer), count});
   }
   std::cout << "Entries:\n";
   PrintTable(std::cout, rows);

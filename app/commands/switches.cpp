@@ -11,47 +11,46 @@ namespace app {
 namespace {
 
 /// "2 entries on, 1 off."
-std::string Switched(const Outcome& outcome) {
-  const WorkDone did = WorkDoneIn(outcome);
+std::string Switched(const WorkDone& did) {
   return Counted(did.on, "entry", "entries") + " on, " + std::to_string(did.off) + " off.";
 }
 
-int Set(const bool& isVerbose) {
-  const Outcome outcome = Call([](const Exports& exports) { return exports.set(); });
-  const auto idle =
-      outcome.result == SIGIL_SETTING_DONE ? WhatIsIdle() : std::vector<std::string>();
-  return Report(outcome, {.command = "set",
-                          .done = idle.empty() ? "The watermarks are on where the scope wants them."
-                                               : "The switches are on where the scope wants them.",
-                          .numbers = Switched(outcome),
-                          .lines = idle,
-                          .isVerbose = isVerbose});
+std::string Excluded(const WorkDone& did) {
+  return std::to_string(did.excluded) + " of " + Counted(did.checked, "printer", "printers") +
+         " on it.";
 }
 
-int Release(const bool& isVerbose) {
-  const Outcome outcome = Call([](const Exports& exports) { return exports.release(); });
-  return Report(outcome, {.command = "release",
-                          .done = "The watermarks are off and the control service knows.",
-                          .numbers = Switched(outcome),
-                          .isVerbose = isVerbose});
-}
+/// A command that takes nothing but --verbose.
+struct Switch {
+  const char* name;
+  const char* help;
+  int (*call)(const Exports&);
+  const char* done;
+  std::string (*numbers)(const WorkDone&);
+};
+constexpr Switch kSwitches[] = {
+    {"set", "Switches the watermarks on, as the delivered policy's scope says",
+     [](const Exports& exports) { return exports.set(); },
+     "The watermarks are on where the scope wants them.", Switched},
+    {"release", "Switches the watermarks off",
+     [](const Exports& exports) { return exports.release(); },
+     "The watermarks are off and the control service knows.", Switched},
+    {"release-for-service", "Switches off and deletes the watermarks until the next update",
+     [](const Exports& exports) { return exports.releaseForService(); },
+     "The watermarks are off and deleted.", Switched},
+    {"exclude", "Rebuilds the exclude list from the printers that exist now",
+     [](const Exports& exports) { return exports.updateExclude(); }, "The exclude list is rebuilt.",
+     Excluded}};
 
-int ReleaseForService(const bool& isVerbose) {
-  const Outcome outcome = Call([](const Exports& exports) { return exports.releaseForService(); });
-  return Report(outcome, {.command = "release-for-service",
-                          .done = "The watermarks are off and deleted.",
-                          .numbers = Switched(outcome),
-                          .isVerbose = isVerbose});
-}
-
-int Exclude(const bool& isVerbose) {
-  const Outcome outcome = Call([](const Exports& exports) { return exports.updateExclude(); });
-  const WorkDone did = WorkDoneIn(outcome);
-  return Report(outcome, {.command = "exclude",
-                          .done = "The exclude list is rebuilt.",
-                          .numbers = std::to_string(did.excluded) + " of " +
-                                     Counted(did.checked, "printer", "printers") + " on it.",
-                          .isVerbose = isVerbose});
+int Run(const Switch& given, bool isVerbose) {
+  const Outcome outcome = Call(given.call);
+  Work work{.command = given.name,
+            .done = given.done,
+            .numbers = given.numbers(WorkDoneIn(outcome)),
+            .isVerbose = isVerbose};
+  if (work.command == "set" && outcome.result == SIGIL_SETTING_DONE) work.lines = WhatIsIdle();
+  if (!work.lines.empty()) work.done = "The switches are on where the scope wants them.";
+  return Report(outcome, work);
 }
 
 struct ContentLogOptions {
@@ -68,20 +67,14 @@ int SwitchContentLog(const ContentLogOptions& options) {
                           .isVerbose = options.isVerbose});
 }
 
-/// Adds a command that takes nothing but --verbose.
-void AddSwitch(CommandLine& line, const char* name, const char* help, int (*run)(const bool&)) {
-  auto [command, isVerbose] = line.Add(name, help, run);
-  AddVerbose(command, isVerbose);
-}
-
 }  // namespace
 
 void AddSwitches(CommandLine& line) {
-  AddSwitch(line, "set", "Switches the watermarks on, as the delivered policy's scope says", Set);
-  AddSwitch(line, "release", "Switches the watermarks off", Release);
-  AddSwitch(line, "release-for-service",
-            "Switches off and deletes the watermarks until the next update", ReleaseForService);
-  AddSwitch(line, "exclude", "Rebuilds the exclude list from the printers that exist now", Exclude);
+  for (const Switch& each : kSwitches) {
+    const auto isVerbose = std::make_shared<bool>(false);
+    const auto run = [&each, isVerbose] { return Run(each, *isVerbose); };
+    AddVerbose(line.Add(each.name, each.help, run), *isVerbose);
+  }
   auto [command, options] =
       line.Add("content-log", "Switches the print-content log callback", SwitchContentLog);
   command.add_option("STATE", options.state, "What it becomes: on or off")

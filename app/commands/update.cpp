@@ -1,12 +1,8 @@
-#include <set>
-
 #include "app/commands/command_line.h"
-#include "app/machine/client.h"
 #include "app/machine/settings.h"
 #include "app/machine/state.h"
 #include "app/pass/messages.h"
 #include "app/pass/pass.h"
-#include "app/rehearsal/review.h"
 #include "app/text/files.h"
 #include "app/text/wording.h"
 

@@ -5,7 +5,6 @@
 #include "app/machine/settings.h"
 #include "app/rehearsal/compare.h"
 #include "app/text/errors.h"
-#include "app/text/json.h"
 #include "app/text/table.h"
 
 namespace app {

@@ -100,7 +100,7 @@ FunctionSwitch ReadFunctionSwitch(const std::wstring& file) {
   CStdioFile rows;
   if (!IsReadable(file) ||
       !rows.Open(file.c_str(), CFile::modeRead | CFile::shareDenyNone | CFile::typeText))
-    return {std::nullopt, "unknown: the file cannot be opened"};
+    return {-1, "unknown: the file cannot be opened"};
   std::optional<CString> value;
   std::wstring alike;
   try {

@@ -3,7 +3,6 @@
 // The client's installation on the machine, as its administrator finds it: where its files are, the
 // watermark function's switch, and the file with the user's full name.
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,9 +26,9 @@ std::vector<std::wstring> ClientFiles();
 
 /// The watermark function's switch: item kWatermarkKey of SystemSetting.csv, as the passes read it.
 struct FunctionSwitch {
-  /// The number in the item's last row above the first empty line; 0 without such a row. Null when
-  /// the file cannot be opened.
-  std::optional<int> value;
+  /// The number in the item's last row above the first empty line; 0 without such a row, and -1
+  /// when the file cannot be opened.
+  int value = -1;
   std::string state;  ///< "on: item 63 is 1", "off: no row has the key 63", ...
 };
 FunctionSwitch ReadFunctionSwitch(const std::wstring& file);

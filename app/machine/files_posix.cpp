@@ -2,20 +2,17 @@
 
 #include <fcntl.h>
 #include <sys/statvfs.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <optional>
+#include <map>
 #include <stdexcept>
 #include <system_error>
 
-#include "app/machine/client.h"
 #include "app/machine/settings.h"
 #include "app/machine/state.h"
 #include "host/shared_names.h"
 #include "peers/logging/log_path_posix.h"
-#include "peers/settings_component/setting_file.h"
 #include "platform/posix/machine/machine.h"
 #include "platform/posix/machine/machine_file.h"
 #include "platform/utf.h"
@@ -25,31 +22,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string KindOf(const struct stat& status) {
-  switch (status.st_mode & S_IFMT) {
-    case S_IFLNK:
-      return "a link";
-    case S_IFIFO:
-      return "a FIFO";
-    case S_IFDIR:
-      return "a folder";
-    case S_IFSOCK:
-      return "a socket";
-    case S_IFREG:
-      return "a file";
-    default:
-      return "a device";
-  }
-}
-
 /// Returns "is a link" or the like when the entry at `path` is not of this type. Returns an empty
 /// text when it is, or when there is no entry.
 std::string WhyNot(const fs::path& path, mode_t type) {
+  static const std::map<mode_t, std::string> kinds = {{S_IFLNK, "is a link"},
+                                                      {S_IFIFO, "is a FIFO"},
+                                                      {S_IFDIR, "is a folder"},
+                                                      {S_IFSOCK, "is a socket"},
+                                                      {S_IFREG, "is a file"}};
   if (platform::Open(path, O_PATH | O_NOFOLLOW, type)) return "";
   const int error = errno;
   struct stat status = {};
   if (error == ENOENT || lstat(path.c_str(), &status) != 0) return "";
-  if ((status.st_mode & S_IFMT) != type) return "is " + KindOf(status);
+  const mode_t kind = status.st_mode & S_IFMT;
+  if (kind != type) return kinds.contains(kind) ? kinds.at(kind) : "is a device";
   if (status.st_uid != geteuid()) return "belongs to another account";
   return "cannot be opened: " + std::generic_category().message(error);
 }
@@ -126,14 +112,29 @@ std::string WhyDamaged(const fs::path& file) {
   }
 }
 
+// The next two look at the folder, or at the nearest one above it that exists.
+
+/// Returns why this account cannot make a file there; empty when it can.
+std::string WhyClosed(const fs::path& folder) {
+  const fs::path nearest = NearestThatExists(folder);
+  const std::string closed = WhyNotWritten(nearest);
+  return closed.empty() ? "" : "the folder " + nearest.string() + " " + closed;
+}
+
+/// Returns the same, or what the disk lacks for a file.
+std::string WhyNotMade(const fs::path& folder) {
+  const std::string closed = WhyClosed(folder);
+  return closed.empty() ? WhyFull(folder) : closed;
+}
+
 std::string WhyUnsaved(const fs::path& file) {
   // The component writes these too, where they are there.
   for (const char* ending : {"", ".lock", "-wal", "-shm"}) {
     const fs::path each = fs::path(file) += ending;
     std::error_code error;
-    std::string closed = WhyRefused(each);
-    if (closed.empty() && fs::exists(each, error)) closed = WhyNotWritten(each);
-    if (!closed.empty()) return each.filename().string() + " " + closed;
+    std::string why = WhyRefused(each);
+    if (why.empty() && fs::exists(each, error)) why = WhyNotWritten(each);
+    if (!why.empty()) return each.filename().string() + " " + why;
   }
   return WhyNotMade(file.parent_path());
 }
@@ -147,11 +148,11 @@ std::string WhyRefused(const fs::path& file) {
   return "lies in " + refused->path.filename().string() + ", which " + refused->why;
 }
 
-std::string WhyMutexRefused() {
+std::string WhyNoMutex() {
   if (const auto folder = FindRefused(MutexFolder(), S_IFDIR)) return "its folder " + folder->why;
   for (const fs::path& file : MutexFiles())
     if (const auto refused = FindRefused(file, S_IFREG)) return "its file " + refused->why;
-  return "";
+  return WhyClosed(MutexFolder());
 }
 
 std::vector<RefusedPlace> RefusedPlaces() {
@@ -165,15 +166,20 @@ std::vector<RefusedPlace> RefusedPlaces() {
   return places;
 }
 
-std::string WhyClosed(const fs::path& folder) {
-  const fs::path nearest = NearestThatExists(folder);
-  const std::string closed = WhyNotWritten(nearest);
-  return closed.empty() ? "" : "the folder " + nearest.string() + " " + closed;
+std::string WhyUnstored(const fs::path& userFile) {
+  const std::string refused = WhyRefused(userFile);
+  return refused.empty() ? WhyNotMade(userFile.parent_path())
+                         : userFile.filename().string() + " " + refused;
 }
 
-std::string WhyNotMade(const fs::path& folder) {
-  const std::string closed = WhyClosed(folder);
-  return closed.empty() ? WhyFull(folder) : closed;
+std::string WhyLogLost() {
+  const fs::path file = fs::absolute(logging::LogFile());
+  std::error_code error;
+  std::string why = WhyRefused(file);
+  const bool isThere = fs::exists(fs::symlink_status(file, error));
+  if (why.empty() && isThere && !platform::Open(file, O_WRONLY | O_APPEND))
+    why = "cannot be written: " + std::generic_category().message(errno);
+  return why.empty() ? WhyNotMade(file.parent_path()) : "it " + why;
 }
 
 SettingState ExamineSettingFile() {

@@ -1,6 +1,5 @@
 #include "app/machine/home.h"
 
-#include <filesystem>
 #include <system_error>
 
 #include "app/text/wording.h"

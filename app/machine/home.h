@@ -2,7 +2,6 @@
 
 // What the program knows of the home that it runs in, Linux or Windows, and of its own place there.
 
-#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <string>

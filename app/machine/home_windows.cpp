@@ -4,10 +4,8 @@
 #include <io.h>
 #include <shellapi.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <stdexcept>
 
 #include "app/machine/home.h"
 #include "app/text/errors.h"

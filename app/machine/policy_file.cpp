@@ -2,14 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
-#include <stdexcept>
 
 #include "app/machine/client.h"
-#include "app/machine/home.h"
 #include "app/text/errors.h"
 #include "app/text/files.h"
-#include "platform/owner.h"
 #include "platform/utf.h"
 #include "platform/xml.h"
 #include "policy/policy_file_cipher.h"
@@ -158,7 +154,10 @@ std::optional<Unsealed> Unseal(const std::wstring& path) {
     throw std::runtime_error("it cannot be opened");
   std::wstring clear = text.GetString();
   if (clear.starts_with(L'\uFEFF')) clear.erase(0, 1);
-  return Unsealed{std::move(clear), bytes->size()};
+  PolicyText policy = ReadPolicy(clear);
+  const bool isNoise =
+      clear.empty() || (!policy.refusal.empty() && clear.find(L'\uFFFD') != clear.npos);
+  return Unsealed{std::move(clear), bytes->size(), std::move(policy), isNoise};
 }
 
 std::string SealText(std::string_view text) {
@@ -177,42 +176,32 @@ std::string SealText(std::string_view text) {
   return sealed;
 }
 
-bool IsNoise(const std::wstring& text, const PolicyText& policy) {
-  return text.empty() || (!policy.refusal.empty() && text.find(L'\uFFFD') != std::wstring::npos);
-}
-
-std::wstring ReadSealed(const std::wstring& path, const std::string& name) {
+PolicySource ReadSealed(const std::string& file) {
   const KeyState key = ExamineKey();
   if (!key.gives) throw UsageError(HostPath(KeySource()).string() + ": " + key.source);
-  std::optional<Unsealed> unsealed;
+  const std::wstring path =
+      file.empty() ? FindDeliveryFolder().PolicyFile()
+                   : platform::FromUtf8(std::filesystem::absolute(PathOf(file)).string());
+  const std::string name = file.empty() ? HostPath(path).string() : file;
   try {
-    unsealed = Unseal(path);
+    auto unsealed = Unseal(path);
+    if (!unsealed) throw std::runtime_error(std::string("no such file; ") + kMendMissing);
+    if (!unsealed->isNoise) return {std::move(unsealed->text), name};
+    const auto bytes = ReadInput(HostPath(path), kGreatestSealedPolicy);
+    const bool isText = bytes && DecodeText(*bytes);
+    throw std::runtime_error(isText ? "it is text, not a sealed file" : kOtherKey);
   } catch (const std::runtime_error& error) {
     throw UsageError(name + ": " + error.what());
   }
-  if (!unsealed) throw UsageError(name + ": no such file; " + kMendMissing);
-  if (IsNoise(unsealed->text, ReadPolicy(unsealed->text))) {
-    const auto bytes = ReadInput(HostPath(path), kGreatestSealedPolicy);
-    const bool isText = bytes && DecodeText(*bytes);
-    throw UsageError(
-        name + ": " +
-        (isText ? "it is text, not a sealed file" : std::string(kOtherKey) + "; " + kMendKey));
-  }
-  return std::move(unsealed->text);
 }
 
 PolicySource ReadPolicySource(const std::string& file) {
-  if (file.empty()) {
-    const std::wstring path = FindDeliveryFolder().PolicyFile();
-    const std::string name = HostPath(path).string();
-    return {ReadSealed(path, name), name};
-  }
+  if (file.empty()) return ReadSealed(file);
   const std::string bytes = ReadBytes(file);
   if (auto text = DecodeText(bytes)) return {std::move(*text), NameOf(file)};
   const bool isSealed = bytes.size() % kCipherBlock == 0 && !bytes.starts_with('<');
   if (!isSealed) throw UsageError(NameOf(file) + ": " + WhyNoText(bytes));
-  const std::filesystem::path path = std::filesystem::absolute(PathOf(file));
-  return {ReadSealed(platform::FromUtf8(path.string()), file), file};
+  return ReadSealed(file);
 }
 
 }  // namespace app

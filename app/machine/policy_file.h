@@ -3,11 +3,9 @@
 // A policy as the passes read it, and as a sealed file. The library's own cipher gives the key and
 // opens files; the system's AES (OpenSSL's on Linux) seals them, so that each checks the other.
 
-#include <cstddef>
 #include <optional>
-#include <string>
-#include <string_view>
 
+#include "app/machine/home.h"
 #include "platform/mfc.h"
 
 namespace app {
@@ -52,19 +50,20 @@ std::string Encrypt(std::string_view message, const PolicyKey& key);
 /// No character is cut by the end of a chunk.
 std::string SealText(std::string_view text);
 
+/// A policy file that has been opened.
 struct Unsealed {
-  std::wstring text;
-  std::size_t size;  ///< The file's bytes.
+  std::wstring text;  ///< Without its byte order mark; it may be no policy.
+  std::size_t size;   ///< The file's bytes.
+  PolicyText policy;  ///< What the text is as a policy.
+  /// The text is empty, or refused and has ill-formed characters: the file was sealed with another
+  /// key.
+  bool isNoise;
 };
-/// Returns the text of a policy file without its byte order mark, which may be no policy. `path` is
-/// a path of Windows or a whole path of the host. Returns null when there is no such file. Throws
-/// std::runtime_error with the reason when the file cannot be read or has more than
+
+/// `path` is a path of Windows or a whole path of the host. Returns null when there is no such
+/// file. Throws std::runtime_error with the reason when the file cannot be read or has more than
 /// kGreatestSealedPolicy bytes. The machine's key must be there.
 std::optional<Unsealed> Unseal(const std::wstring& path);
-
-/// Returns the text of a sealed file, at a path as Unseal takes. Throws UsageError, which begins
-/// with `name`, when no text comes of it.
-std::wstring ReadSealed(const std::wstring& path, const std::string& name);
 
 /// A policy's text, and how it is named to people.
 struct PolicySource {
@@ -72,17 +71,18 @@ struct PolicySource {
   std::string name;
 };
 
-/// Returns the policy of a file, as text or sealed under this machine's key; "-" is standard input,
-/// and an empty name the delivered policy. Throws UsageError when no text comes of it.
+/// Returns the policy of a sealed file; an empty name stands for the delivered policy. Throws
+/// UsageError, which names the file, when no text comes of it.
+PolicySource ReadSealed(const std::string& file);
+
+/// The same of a file that is text or sealed; "-" is standard input.
 PolicySource ReadPolicySource(const std::string& file);
 
 /// Returns the SHA-256 (FIPS 180-4) of the text in UTF-8, in hexadecimal digits. It is the same for
 /// a text and for the policy file made of it.
 std::string ChecksumOf(const std::wstring& text);
 
-/// Returns true for an empty text, and for a refused one with ill-formed characters: the file was
-/// sealed with another key.
-bool IsNoise(const std::wstring& text, const PolicyText& policy);
-inline constexpr char kOtherKey[] = "not sealed with this machine's key source, or damaged";
+inline const std::string kOtherKey =
+    std::string("not sealed with this machine's key source, or damaged; ") + kMendKey;
 
 }  // namespace app

@@ -4,7 +4,6 @@
 
 #include "app/machine/policy_file.h"
 #include "app/text/wording.h"
-#include "platform/owner.h"
 #include "platform/utf.h"
 
 namespace app {

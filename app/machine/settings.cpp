@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 
 #include "app/machine/state.h"
 #include "app/text/errors.h"
@@ -38,10 +37,6 @@ std::string EntryName(const std::string& printer) {
   return printer == "*" ? "* (default entry)" : printer;
 }
 
-std::string NameOf(const peers::EntryRecord& entry) {
-  return EntryName(entry.printer);
-}
-
 std::ptrdiff_t CountActive(const peers::ActiveRecord& setting, const peers::EntryRecord& entry) {
   const std::set<std::string_view> listed(setting.watermarks.begin(), setting.watermarks.end());
   return std::ranges::count_if(entry.watermarks, [&](const peers::WatermarkRecord& mark) {
@@ -54,7 +49,8 @@ std::vector<std::string> IdleEntries(const std::vector<peers::EntryRecord>& entr
   std::vector<std::string> lines;
   for (const peers::EntryRecord& entry : entries)
     if (entry.lastSetting.enabled && CountActive(entry.lastSetting, entry) == 0)
-      lines.push_back(OneLine(NameOf(entry)) + " is on, but lists no watermark: run update");
+      lines.push_back(OneLine(EntryName(entry.printer)) +
+                      " is on, but lists no watermark: run update");
   if (lines.size() <= kMost) return lines;
   const std::size_t left = lines.size() - kMost;
   lines.resize(kMost);

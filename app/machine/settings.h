@@ -3,12 +3,8 @@
 // The records of the machine's setting file, and facts about its entries.
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <set>
-#include <string>
-#include <string_view>
-#include <vector>
 
 #include "app/text/json.h"
 #include "peers/settings_component/setting_file.h"
@@ -39,7 +35,6 @@ void RequirePrinter(const std::string& name);
 
 /// "* (default entry)", or the printer's name.
 std::string EntryName(const std::string& printer);
-std::string NameOf(const peers::EntryRecord& entry);
 
 /// Returns how many of the entry's watermarks the setting lists. A setting may still list
 /// watermarks that have been deleted since.

@@ -11,7 +11,6 @@
 
 namespace app {
 
-using platform::ToUtf8;
 using Sigil::Settings;
 
 const bool kReadsValues = false;
@@ -36,42 +35,33 @@ struct Component {
   Sigil::CReference<Sigil::Settings> settings;
 };
 
-constexpr std::uint32_t kCapacity = 256;  // of a name, as in the library
+using Item = peers::ExcludeRecord;  // an ID and a name
 
-/// Returns the name that `get` writes; null where it says no.
+/// Returns the items of a list of the component, without those that `get` does not give.
 template <class Get>
-std::optional<std::string> NameFrom(Get get) {
-  wchar_t name[kCapacity] = {};
-  std::uint32_t length = kCapacity;
-  if (!get(name, &length)) return std::nullopt;
-  name[kCapacity - 1] = L'\0';
-  return ToUtf8(name);
+std::vector<Item> Items(std::int32_t count, Get get) {
+  constexpr std::uint32_t kCapacity = 256;  // of a name, as in the library
+  std::vector<Item> items;
+  for (std::int32_t i = 0; i < count; ++i) {
+    GUID id = {};
+    wchar_t name[kCapacity] = {};
+    std::uint32_t length = kCapacity;
+    if (!get(i, &id, name, &length)) continue;
+    name[kCapacity - 1] = L'\0';
+    items.push_back({peers::GuidText(id), platform::ToUtf8(name)});
+  }
+  return items;
 }
 
 std::vector<std::string> Names(Settings& settings, std::int32_t (Settings::*count)(),
                                std::int32_t (Settings::*get)(std::int32_t, wchar_t*,
                                                              std::uint32_t*)) {
   std::vector<std::string> names;
-  for (std::int32_t i = 0, end = (settings.*count)(); i < end; ++i)
-    if (auto name = NameFrom([&](wchar_t* text, std::uint32_t* length) {
-          return !Sigil::Failed((settings.*get)(i, text, length));
-        }))
-      names.push_back(std::move(*name));
+  for (Item& item : Items((settings.*count)(), [&](auto i, GUID*, auto*name, auto*length) {
+         return !Sigil::Failed((settings.*get)(i, name, length));
+       }))
+    names.push_back(std::move(item.name));
   return names;
-}
-
-std::vector<peers::ExcludeRecord> Excludes(Settings& settings, std::int32_t (Settings::*count)(),
-                                           std::int32_t (Settings::*get)(std::int32_t, GUID*,
-                                                                         wchar_t*,
-                                                                         std::uint32_t*)) {
-  std::vector<peers::ExcludeRecord> records;
-  GUID id = {};
-  for (std::int32_t i = 0, end = (settings.*count)(); i < end; ++i)
-    if (auto name = NameFrom([&](wchar_t* text, std::uint32_t* length) {
-          return (settings.*get)(i, &id, text, length) == 0;
-        }))
-      records.push_back({peers::GuidText(id), std::move(*name)});
-  return records;
 }
 
 /// Null for an entry that the component does not give.
@@ -81,15 +71,12 @@ std::optional<peers::EntryRecord> ReadEntry(Settings& settings, const std::strin
     return std::nullopt;
   peers::EntryRecord record;
   record.printer = printer;
-  for (std::int32_t i = 0, end = entry->GetWatermarkCount(); i < end; ++i) {
-    GUID id = {};
-    const auto name = NameFrom([&](wchar_t* text, std::uint32_t* capacity) {
-      return !Sigil::Failed(entry->GetWatermarkInfo(i, &id, text, *capacity - 1));
-    });
-    if (!name) continue;
+  for (Item& item : Items(entry->GetWatermarkCount(), [&](auto i, GUID*id, auto*name, auto*length) {
+         return !Sigil::Failed(entry->GetWatermarkInfo(i, id, name, *length - 1));
+       })) {
     peers::WatermarkRecord& mark = record.watermarks.emplace_back();
-    mark.id = peers::GuidText(id);
-    mark.name = *name;
+    mark.id = std::move(item.id);
+    mark.name = std::move(item.name);
   }
   return record;
 }
@@ -107,10 +94,10 @@ peers::SettingFileContent Read(Settings& settings) {
     content.entries.clear();
   content.drivers =
       Names(settings, &Settings::GetDriverSettingCount, &Settings::GetDriverSettingName);
-  content.excluded =
-      Excludes(settings, &Settings::GetExcludePrinterCount, &Settings::GetExcludePrinter);
-  content.secondExcluded =
-      Excludes(settings, &Settings::GetSecondExcludeCount, &Settings::GetSecondExclude);
+  content.excluded = Items(settings.GetExcludePrinterCount(),
+                           [&](auto... to) { return settings.GetExcludePrinter(to...) == 0; });
+  content.secondExcluded = Items(settings.GetSecondExcludeCount(),
+                                 [&](auto... to) { return settings.GetSecondExclude(to...) == 0; });
   return content;
 }
 

@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "app/machine/client.h"
-#include "app/machine/home.h"
-#include "app/machine/policy_file.h"
 #include "app/text/wording.h"
 #include "component/names.h"
 #include "platform/crt.h"
@@ -13,36 +10,25 @@
 namespace app {
 namespace {
 
-void ExaminePolicy(MachineState& state) {
-  const KeyState key = ExamineKey();
-  state.keySource = key.source;
-  state.hasKey = key.gives;
-  if (!key.gives) {
-    state.policyFile = "not opened, without a key";
-    return;
-  }
-  std::optional<Unsealed> unsealed;
-  try {
-    unsealed = Unseal(state.delivery.PolicyFile());
-  } catch (const std::runtime_error& error) {
-    state.policyFile = std::string("unreadable: ") + error.what();
-    return;
-  }
-  state.policyFile = unsealed ? std::to_string(unsealed->size) + " bytes"
-                              : std::string("missing; ") + kMendMissing;
-  if (!unsealed) return;
-  const PolicyText policy = ReadPolicy(unsealed->text);
-  if (!policy.refusal.empty()) {
-    state.policyFile += unsealed->size == 0 ? std::string("; empty")
-                        : IsNoise(unsealed->text, policy)
-                            ? std::string("; ") + kOtherKey + "; " + kMendKey
-                            : "; under this key, " + policy.refusal + "; " + kMendDelivery;
-    return;
-  }
-  state.policyFile += ", readable";
-  state.checksum = ChecksumOf(unsealed->text);
-  state.scope = _wtoi(policy.scope.value_or(L"").c_str());
-  state.hasSwitchingPolicy = policy.hasPolicy;
+void ExaminePolicy(MachineState& state) try {
+  state.key = ExamineKey();
+  state.policyFile = "not opened, without a key";
+  if (!state.key.gives) return;
+  const auto file = Unseal(state.delivery.PolicyFile());
+  state.policyFile = std::string("missing; ") + kMendMissing;
+  if (!file) return;
+  const std::string& refusal = file->policy.refusal;
+  state.policyFile = std::to_string(file->size) + " bytes" +
+                     (refusal.empty()   ? ", readable"
+                      : file->size == 0 ? "; empty"
+                      : file->isNoise   ? "; " + kOtherKey
+                                        : "; under this key, " + refusal + "; " + kMendDelivery);
+  if (!refusal.empty()) return;
+  state.checksum = ChecksumOf(file->text);
+  state.scope = _wtoi(file->policy.scope.value_or(L"").c_str());
+  state.hasSwitchingPolicy = file->policy.hasPolicy;
+} catch (const std::runtime_error& error) {
+  state.policyFile = std::string("unreadable: ") + error.what();
 }
 
 std::string ExamineComponent() {
@@ -67,7 +53,7 @@ Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
   const std::pair<bool, std::string> obstacles[] = {
       {!state.mutex.empty(), "no mutex: " + state.mutex},
       {!state.component.empty(), "the Settings component " + state.component},
-      {readsPolicy && !state.hasKey, "the key source: " + state.keySource},
+      {readsPolicy && !state.key.gives, "the key source: " + state.key.source},
       {readsPolicy && !state.scope, "the policy file: " + state.policyFile},
       {readsPolicy && state.scope == -1, "the policy's scope is -1, which stands for none"},
       {listsPrinters && !state.printers, "the printers cannot be listed: " + state.noPrinters}};
@@ -81,11 +67,9 @@ Forecast Pass(const MachineState& state, const char* command, bool readsPolicy,
 
 /// A switch that asks the system settings first.
 Forecast ClientSwitch(const MachineState& state, const char* command) {
-  const FunctionSwitch& function = state.functionSwitch;
-  if (!state.library.empty()) return Pass(state, command, true, true);
-  if (const int value = function.value.value_or(-1); value <= 0)
-    return Bad(command, value < 0 ? "-201" : "-200", "SystemSetting.csv: " + function.state);
-  return Pass(state, command, true, true);
+  const auto& [value, meaning] = state.functionSwitch;
+  if (!state.library.empty() || value > 0) return Pass(state, command, true, true);
+  return Bad(command, value < 0 ? "-201" : "-200", "SystemSetting.csv: " + meaning);
 }
 
 std::string NotTold(DWORD error) {
@@ -126,12 +110,15 @@ Forecast Update(const MachineState& state) {
 
 MachineState Examine() {
   MachineState state;
+  state.machine = MachineName();
   state.delivery = FindDeliveryFolder();
   ExaminePolicy(state);
   state.functionSwitch = ReadFunctionSwitch(state.delivery.SystemSetting());
   state.library = LoadPart(kLibrary).fault;
   state.component = ExamineComponent();
   ExamineMachine(state);
+  state.mutex = WhyNoMutex();
+  state.refused = RefusedPlaces();
   return state;
 }
 

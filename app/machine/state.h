@@ -3,15 +3,10 @@
 // The state of this machine, and what each export would give on it now. Nothing is changed to find
 // out: no file is made or written, no line logged.
 
-#include <filesystem>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "app/machine/client.h"
+#include "app/machine/policy_file.h"
 #include "app/text/json.h"
 #include "host/printer_kind.h"
-#include "platform/base.h"
 
 namespace app {
 
@@ -43,8 +38,7 @@ struct MachineState {
   std::string machine;
   DeliveryFolder delivery;
 
-  std::string keySource;   ///< The state of the file that the key comes from.
-  bool hasKey = false;     ///< A key comes of that file. If not, no policy file is opened.
+  KeyState key;            ///< If none comes of it, no policy file is opened.
   std::string policyFile;  ///< The state of the policy file.
   std::string checksum;    ///< The SHA-256 of its text; empty when no text comes of it.
   /// The scope that set goes by; nothing when no policy is readable.
@@ -91,14 +85,16 @@ std::vector<Forecast> Foresee(const MachineState& state);
 /// Returns why the command gives this result on this machine; empty where the state does not tell.
 std::string WhyForeseen(const std::string& command, int result);
 
-/// The part of Examine that each home has its own way for: what the machine is, its user and
-/// printers, the setting file, mutex, log and pipe.
+/// The part of Examine that each home has its own way for: the machine's user and printers, the
+/// setting file, log and pipe.
 void ExamineMachine(MachineState& state);
 
 /// A sentence that tells how many lines of machine.ini are not read as they stand; empty when all
 /// are.
 std::string WhatIsUnread();
 
+/// Why the passes cannot have their mutex; empty when they can.
+std::string WhyNoMutex();
 /// Why lines of the log get lost here: "it is a link", "the disk is full", ...; empty when none do.
 std::string WhyLogLost();
 
@@ -107,13 +103,8 @@ std::string WhyLogLost();
 /// On Windows always empty, because the doctor names such a file.
 std::string NameBefore(const std::string& stored);
 
-// The next two look at the folder, or at the nearest one above it that exists.
-
-/// Returns why this account cannot make a file there; empty when it can.
-std::string WhyClosed(const std::filesystem::path& folder);
-/// Returns the same, or what the disk lacks for a file.
-std::string WhyNotMade(const std::filesystem::path& folder);
-
+/// Returns why a user file at this path of the host would not be written; empty when it would.
+std::string WhyUnstored(const std::filesystem::path& userFile);
 /// Of the files that the library, its component and its log open by name, and the folders on the
 /// way.
 std::vector<RefusedPlace> RefusedPlaces();
@@ -121,8 +112,5 @@ std::vector<RefusedPlace> RefusedPlaces();
 /// "is a link", "lies in EMS, which is a link", ...; empty when the machine opens the file, or
 /// would make it.
 std::string WhyRefused(const std::filesystem::path& file);
-
-/// The same for the passes' mutex: "its file is a link", "its folder is a link", ...
-std::string WhyMutexRefused();
 
 }  // namespace app

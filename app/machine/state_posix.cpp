@@ -2,11 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
-#include <set>
 #include <system_error>
 
-#include "app/machine/home.h"
 #include "app/machine/state.h"
 #include "app/text/wording.h"
 #include "host/shared_names.h"
@@ -33,12 +30,6 @@ std::vector<PrinterState> PrintersOf(platform::Machine machine) {
     printers.push_back({printer.name, printer.driver, SigilSettingManagement::KindOf(record)});
   }
   return printers;
-}
-
-std::string WhyNotStored(const fs::path& file) {
-  const std::string refused = WhyRefused(file);
-  return refused.empty() ? WhyNotMade(file.parent_path())
-                         : file.filename().string() + " " + refused;
 }
 
 /// "; is Driver= meant?", of an entry, or "; is [Printer B] meant?", of a section by its first
@@ -86,7 +77,7 @@ void ExaminePrinters(MachineState& state) {
     return;
   }
   state.userFile = ExamineUserFile();
-  state.unstoredName = WhyNotStored(platform::HostPath(state.userFile.path));
+  state.unstoredName = WhyUnstored(platform::HostPath(state.userFile.path));
   state.settingFile = ExamineSettingFile();
 }
 
@@ -141,25 +132,10 @@ std::string WhatIsUnread() {
          (unread.size() == 1 ? "it." : "them.");
 }
 
-std::string WhyLogLost() {
-  const fs::path file = fs::absolute(logging::LogFile());
-  std::error_code error;
-  std::string why = WhyRefused(file);
-  const bool isThere = fs::exists(fs::symlink_status(file, error));
-  if (why.empty() && isThere && !platform::Open(file, O_WRONLY | O_APPEND))
-    why = "cannot be written: " + std::generic_category().message(errno);
-  if (!why.empty()) return "it " + why;
-  return WhyNotMade(file.parent_path());
-}
-
 void ExamineMachine(MachineState& state) {
-  state.machine = MachineName();
   ExaminePrinters(state);
-  state.mutex = WhyMutexRefused();
-  if (state.mutex.empty()) state.mutex = WhyClosed(platform::MachineRoot() / "mutex");
   ExamineLog(state);
   state.pipeError = AskPipe();
-  state.refused = RefusedPlaces();
 }
 
 std::string NameBefore(const std::string& stored) {

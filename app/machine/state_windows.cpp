@@ -1,6 +1,5 @@
 #include <stdexcept>
 
-#include "app/machine/home.h"
 #include "app/machine/state.h"
 #include "app/text/file_windows.h"
 #include "app/text/wording.h"
@@ -20,6 +19,23 @@ std::string NameFrom(BOOL WINAPI name(LPWSTR, LPDWORD)) {
   DWORD capacity = 257;
   return name(text, &capacity) ? platform::ToUtf8(text) : WithLastError("unknown");
 }
+
+/// It may be the suite's, whose file nobody else knows.
+std::string ExamineLog() {
+  const Part log = LoadPart(kLog);
+  if (!log.fault.empty()) return log.fault;
+  const bool canWatch = GetProcAddress(log.module.Get(), "SigilWatchLog") != nullptr;
+  return canWatch ? "found" : "found; it cannot be watched from here";
+}
+
+/// Asks without connecting, which the control service could take for an event.
+DWORD AskControlPipe() {
+  constexpr DWORD kNoTime = 1;  // milliseconds
+  if (WaitNamedPipeW(kControlPipe, kNoTime)) return ERROR_SUCCESS;
+  return GetLastError() == ERROR_SEM_TIMEOUT ? ERROR_PIPE_BUSY : GetLastError();
+}
+
+}  // namespace
 
 /// Opens the mutex alone if it is there, with the access that a pass asks for: taking it could hold
 /// up a pass.
@@ -45,23 +61,6 @@ std::string WhyUnstored(const std::filesystem::path& file) {
     return "";
   return WithLastError("no file can be made in its folder");
 }
-
-/// It may be the suite's, whose file nobody else knows.
-std::string ExamineLog() {
-  const Part log = LoadPart(kLog);
-  if (!log.fault.empty()) return log.fault;
-  const bool canWatch = GetProcAddress(log.module.Get(), "SigilWatchLog") != nullptr;
-  return canWatch ? "found" : "found; it cannot be watched from here";
-}
-
-/// Asks without connecting, which the control service could take for an event.
-DWORD AskControlPipe() {
-  constexpr DWORD kNoTime = 1;  // milliseconds
-  if (WaitNamedPipeW(kControlPipe, kNoTime)) return ERROR_SUCCESS;
-  return GetLastError() == ERROR_SEM_TIMEOUT ? ERROR_PIPE_BUSY : GetLastError();
-}
-
-}  // namespace
 
 std::vector<PrinterState> ListPrinters() {
   constexpr DWORD kFlags = PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS;
@@ -100,7 +99,6 @@ std::string WhyLogLost() {
 }
 
 void ExamineMachine(MachineState& state) {
-  state.machine = MachineName();
   state.user = NameFrom(GetUserNameW);
   try {
     state.printers = ListPrinters();
@@ -108,7 +106,6 @@ void ExamineMachine(MachineState& state) {
     state.noPrinters = error.what();
   }
   state.settingFile = ExamineSettingFile();
-  state.mutex = WhyNoMutex();
   state.userFile = ExamineUserFile();
   if (!state.userFile.path.empty()) state.unstoredName = WhyUnstored(state.userFile.path);
   state.log = ExamineLog();

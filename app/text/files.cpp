@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iostream>
-#include <stdexcept>
 #include <utility>
 
 #include "app/text/errors.h"

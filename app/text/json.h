@@ -3,7 +3,6 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <sstream>
-#include <string>
 
 #include "platform/visible_text.h"
 

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <glib.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <iostream>

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <vector>
 
 #include "app/text/table.h"
 
