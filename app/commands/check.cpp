@@ -73,12 +73,9 @@ std::string InWords(const PrinterFate& fate) {
 /// "fate" tells of the printer's own entry, or else whether it is excluded; if not, it goes by the
 /// default entry.
 Json FateAsJson(const PrinterFate& fate) {
-  Json json = {{"printer", fate.printer}};
-  if (fate.watermarks)
-    json["fate"] = {{"watermarks", *fate.watermarks}, {"switched", fate.isOn}};
-  else
-    json["fate"] = {{"excluded", fate.isExcluded}};
-  return json;
+  return {{"printer", fate.printer},
+          {"fate", fate.watermarks ? Json{{"watermarks", *fate.watermarks}, {"switched", fate.isOn}}
+                                   : Json{{"excluded", fate.isExcluded}}}};
 }
 
 void PrintPrinters(const Review& review) {

@@ -24,10 +24,6 @@ std::string ScopeState(const MachineState& state) {
          ScopeMeaning(*state.scope);
 }
 
-std::string PipeState(DWORD error) {
-  return error == 0 ? "served" : WithError("not served", error);
-}
-
 std::string Fate(PrinterKind kind) {
   static const std::map<PrinterKind, std::string> fates = {
       {PrinterKind::kSuite, "suite's driver: watermarks of its own"},
@@ -66,7 +62,8 @@ Json Parts(const MachineState& state) {
   add("Setting file", state.settingFile.state, state.settingFile.place);
   add("Mutex", state.mutex.empty() ? "can be had" : state.mutex, "");
   add("Log", state.log, state.logFile);
-  add("Pipe", PipeState(state.pipeError), ToUtf8(kControlPipe));
+  add("Pipe", state.pipeError == 0 ? "served" : WithError("not served", state.pipeError),
+      ToUtf8(kControlPipe));
   for (const RefusedPlace& place : state.refused) add("Not opened", place.why, place.path.string());
   return parts;
 }

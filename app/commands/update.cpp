@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "app/commands/command_line.h"
 #include "app/machine/settings.h"
 #include "app/machine/state.h"
@@ -13,9 +15,8 @@ namespace {
 /// shows that nothing was saved. New IDs prove nothing, because another process may have saved
 /// them.
 bool IsUntouched(const std::set<std::string>& before, const std::set<std::string>& after) {
-  for (const std::string& id : after)
-    if (before.contains(id)) return true;
-  return after.empty();
+  return after.empty() ||
+         std::ranges::any_of(after, [&](const std::string& id) { return before.contains(id); });
 }
 
 std::string Numbers(const WorkDone& done, std::size_t elements) {
