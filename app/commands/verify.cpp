@@ -16,9 +16,6 @@ struct Options {
   bool isJson = false;
 };
 
-constexpr char kRecord[] = "The record holds";
-constexpr char kPolicy[] = "The policy asks for";
-
 Json ToJson(const Force& force) {
   Json differences = Json::array();
   for (const Difference& each : force.differences)
@@ -47,19 +44,22 @@ int Verify(const Options& options) try {
   const PolicySource source = ReadPolicySource(options.file);
   const Review review = ReviewPolicy({source.text, options.policyId});
   const Force force = ForceOf(review);
-  if (options.isJson)
+  const int status = !force.unknown.empty() ? 2 : force.IsIn() ? 0 : 1;
+  if (options.isJson) {
     PrintAsJson(options, source, force);
-  else if (!force.unknown.empty())
-    throw UsageError(source.name + ": " + Sentence(force));
-  else
-    std::cout << "verify: " << OneLine(source.name) << ", policy " << options.policyId << ", is "
-              << Sentence(force) << ".\n  SHA-256 " << ChecksumOf(source.text) << "\n";
-  if (!options.isJson && !review.emptied.empty())
+    return status;
+  }
+  if (!force.unknown.empty()) throw UsageError(source.name + ": " + Sentence(force));
+  std::cout << "verify: " << OneLine(source.name) << ", policy " << options.policyId << ", is "
+            << Sentence(force) << ".\n  SHA-256 " << ChecksumOf(source.text) << "\n";
+  if (!review.emptied.empty())
     std::cout << "  The policy registers nothing: " << review.emptied << ".\n";
-  if (!options.isJson && !kReadsValues) std::cout << "  " << kUnreadValues << "\n";
-  if (!options.isJson && !force.differences.empty())
-    PrintTable(std::cout, RowsOf(force.differences, force.entries, kRecord, kPolicy), "");
-  return !force.unknown.empty() ? 2 : force.IsIn() ? 0 : 1;
+  if (!kReadsValues) std::cout << "  " << kUnreadValues << "\n";
+  if (!force.differences.empty())
+    PrintTable(std::cout,
+               RowsOf(force.differences, force.entries, "The record holds", "The policy asks for"),
+               "");
+  return status;
 } catch (const UsageError&) {
   throw;
 } catch (const std::exception& error) {
