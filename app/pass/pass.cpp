@@ -129,9 +129,9 @@ void TellRefusedPlaces() {
 
 }  // namespace
 
-ExportCall UpdateCall(const std::wstring& text, int policyId, bool resetName) {
-  return [=](const Exports& exports) {
-    return exports.update(0, policyId, nullptr, text.c_str(), resetName ? 1 : 0);
+ExportCall UpdateCall(const PolicyCall& call) {
+  return [call](const Exports& exports) {
+    return exports.update(0, call.policyId, nullptr, call.text.c_str(), call.resetName ? 1 : 0);
   };
 }
 
