@@ -5,7 +5,6 @@
 #include <iterator>
 #include <set>
 #include <span>
-#include <string_view>
 #include <utility>
 
 #include "app/machine/home.h"

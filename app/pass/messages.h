@@ -4,8 +4,6 @@
 // they report. A number that has a sentence stands here alone.
 
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "app/pass/pass.h"
 

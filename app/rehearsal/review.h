@@ -5,14 +5,12 @@
 // Every finding is a difference that was seen, between the text and the records or in the messages
 // of the pass, or one that the picture of the page shows. The review works no value out.
 
-#include <optional>
 #include <set>
 
 #include "app/machine/policy_file.h"
 #include "app/page/page.h"
 #include "app/rehearsal/document.h"
 #include "app/rehearsal/rehearse.h"
-#include "peers/settings_component/setting_file.h"
 
 namespace app {
 
