@@ -47,7 +47,8 @@ int Seal(const Options& options) {
   if (const KeyState key = ExamineKey(); !key.isThere || !key.gives)
     throw UsageError(HostPath(KeySource()).string() + ": " + key.source);
   const std::string sealed = SealedText(text, name);
-  const Verdict verdict = RefuseOrTell(text, name, kSwitchingPolicy, Use::kDelivery, options.care);
+  const Verdict verdict =
+      RefuseOrTell({text, kSwitchingPolicy}, name, Use::kDelivery, options.care);
   const DeliveryFolder delivery = FindDeliveryFolder();
   const bool isDelivered = options.output.empty();
   const auto place = isDelivered ? HostPath(delivery.PolicyFile()) : PathOf(options.output);

@@ -40,11 +40,11 @@ struct Options {
 /// UsageError for a policy that is refused.
 int Update(const Options& options) {
   const std::wstring text = ReadTextFile(options.file);
-  const Verdict verdict = RefuseOrTell(text, NameOf(options.file), options.policyId, Use::kUpdate,
-                                       options.care, options.resetName);
+  const PolicyCall call = {text, options.policyId, options.resetName};
+  const Verdict verdict = RefuseOrTell(call, NameOf(options.file), Use::kUpdate, options.care);
   LayUserFile();
   const auto before = WatermarkIds();
-  const Outcome outcome = Call(UpdateCall(text, options.policyId, options.resetName));
+  const Outcome outcome = Call(UpdateCall(call));
   const WorkDone done = WorkDoneIn(outcome);
   Work work{.command = "update",
             .done = "The policy is applied.",

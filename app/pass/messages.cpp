@@ -5,7 +5,6 @@
 #include <iterator>
 #include <set>
 #include <span>
-#include <string_view>
 #include <utility>
 
 #include "app/machine/home.h"
@@ -154,11 +153,10 @@ Meaning MeaningOf(const Message& message) {
 }
 
 std::vector<Message> Troubles(const std::vector<Message>& messages) {
-  constexpr int kTrouble = 4;
   std::vector<Message> troubles;
   std::set<std::pair<int, std::string>> seen;
   for (const Message& message : messages)
-    if (message.level >= kTrouble && MeaningOf(message).weight != Weight::kTrace &&
+    if (message.level >= kTroubleLevel && MeaningOf(message).weight != Weight::kTrace &&
         seen.emplace(message.number, message.function + message.text).second)
       troubles.push_back(message);
   return troubles;

@@ -4,8 +4,6 @@
 // they report. A number that has a sentence stands here alone.
 
 #include <optional>
-#include <string>
-#include <vector>
 
 #include "app/pass/pass.h"
 
@@ -28,7 +26,9 @@ struct Meaning {
 /// Never fails: a number that is not known here is a warning in the library's own words.
 Meaning MeaningOf(const Message& message);
 
-/// The messages of level 4 and 5 that mean something, each once, in the order of their first.
+/// The level from which on messages tell of trouble.
+inline constexpr int kTroubleLevel = 4;
+/// The messages from that level on that mean something, each once, in the order of their first.
 std::vector<Message> Troubles(const std::vector<Message>& messages);
 
 /// Returns the meaning of the first failure in the library's own order: why a pass failed.

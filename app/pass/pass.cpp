@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iostream>
 #include <set>
-#include <stdexcept>
 
 #include "app/machine/home.h"
 #include "app/machine/state.h"
@@ -129,9 +128,9 @@ void TellRefusedPlaces() {
 
 }  // namespace
 
-ExportCall UpdateCall(const std::wstring& text, int policyId, bool resetName) {
-  return [=](const Exports& exports) {
-    return exports.update(0, policyId, nullptr, text.c_str(), resetName ? 1 : 0);
+ExportCall UpdateCall(const PolicyCall& call) {
+  return [call](const Exports& exports) {
+    return exports.update(0, call.policyId, nullptr, call.text.c_str(), call.resetName ? 1 : 0);
   };
 }
 
@@ -154,10 +153,10 @@ std::string WhyUnsaved() try {
 
 int Report(const Outcome& outcome, const Work& work) {
   std::vector<Message> troubles = Troubles(outcome.messages);
-  const bool isUnsaved = !work.unsaved.empty() || Has(troubles, Weight::kUnsaved);
-  const std::string unsaved = !isUnsaved ? "" : work.unsaved.empty() ? WhyUnsaved() : work.unsaved;
   const bool hasRun = Ran(outcome.result);
-  const bool isWhole = hasRun && !isUnsaved && !Has(troubles, Weight::kFailure);
+  const std::string unsaved =
+      work.unsaved.empty() && Has(troubles, Weight::kUnsaved) ? WhyUnsaved() : work.unsaved;
+  const bool isWhole = hasRun && unsaved.empty() && !Has(troubles, Weight::kFailure);
   std::string cause = work.cause.empty() ? unsaved : work.cause;
   bool isForeseen = false;  // the machine's state explains all of the failure
   if (!hasRun && cause.empty()) {
@@ -166,13 +165,12 @@ int Report(const Outcome& outcome, const Work& work) {
     if (!isForeseen) cause = FirstFailure(outcome.messages).sentence;
   }
 
-  std::cout << work.command << ": " << outcome.result << ". ";
-  if (hasRun)
-    std::cout << Sentence(outcome.result, work, unsaved, troubles) << "\n";
-  else
-    std::cout << (outcome.result == SIGIL_SETTING_FAILED ? "The pass failed: "
-                                                         : "Nothing is done: ")
-              << cause << ".\n";
+  const bool hasFailed = outcome.result == SIGIL_SETTING_FAILED;
+  std::cout << work.command << ": " << outcome.result << ". "
+            << (hasRun      ? Sentence(outcome.result, work, unsaved, troubles)
+                : hasFailed ? "The pass failed: " + cause + "."
+                            : "Nothing is done: " + cause + ".")
+            << "\n";
   if (!outcome.isWatched)
     std::cout << "  The log tells the rest; it cannot be watched from here.\n";
   else if (isWhole && !work.numbers.empty())

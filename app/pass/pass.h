@@ -42,8 +42,13 @@ struct Outcome {
 
 using ExportCall = std::function<int(const Exports&)>;
 
-/// The update export with this text.
-ExportCall UpdateCall(const std::wstring& text, int policyId, bool resetName = false);
+/// An update with a policy.
+struct PolicyCall {
+  const std::wstring& text;
+  int policyId = 1;
+  bool resetName = false;
+};
+ExportCall UpdateCall(const PolicyCall& call);
 
 /// Loads the library, which stays loaded, and makes the call. Throws std::runtime_error when the
 /// library, an operation or its log is missing. One call at a time.

@@ -1,8 +1,6 @@
 #include "app/rehearsal/compare.h"
 
 #include <algorithm>
-#include <map>
-#include <set>
 
 #include "app/machine/settings.h"
 #include "app/text/errors.h"

@@ -4,9 +4,6 @@
 // those that a policy asks for. GUIDs are no difference, because the component makes new ones with
 // each update.
 
-#include <string>
-#include <vector>
-
 #include "app/rehearsal/review.h"
 #include "app/text/table.h"
 

@@ -5,8 +5,6 @@
 #include <new>
 #include <span>
 #include <stdexcept>
-#include <string_view>
-#include <vector>
 
 #include "app/rehearsal/document.h"
 #include "platform/owner.h"
@@ -23,7 +21,9 @@ void PrintNothing(void* /*context*/, const char* /*format*/, ...) {}  // NOLINT(
 /// Takes the parser's events. An exception in one is kept until the parser has returned.
 class Reader {
  public:
-  PolicyDocument Read(const std::string& text) {
+  explicit Reader(DocumentEvents& events) : m_events(events) {}
+
+  void Read(const std::string& text) {
     // libxml2 prints what no handler takes, as that the memory has ended.
     xmlSetGenericErrorFunc(nullptr, &PrintNothing);
     const Owner<xmlParserCtxt*, xmlFreeParserCtxt> parser(
@@ -39,7 +39,6 @@ class Reader {
     if (m_thrown) std::rethrow_exception(m_thrown);
     if (m_parser->errNo == XML_ERR_NO_MEMORY) throw std::bad_alloc();
     if (m_parser->wellFormed == 0) throw std::runtime_error("the policy cannot be read");
-    return m_builder.Take();
   }
 
  private:
@@ -53,12 +52,12 @@ class Reader {
       });
     };
     handler.endElementNs = [](void* self, const xmlChar*, const xmlChar*, const xmlChar*) {
-      Guard(self, [](Reader& reader) { reader.m_builder.End(); });
+      Guard(self, [](Reader& reader) { reader.m_events.End(); });
     };
     handler.characters = [](void* self, const xmlChar* text, int size) {
       const std::string_view view(reinterpret_cast<const char*>(text),
                                   static_cast<std::size_t>(size));
-      Guard(self, [&](Reader& reader) { reader.m_builder.AddText(view); });
+      Guard(self, [&](Reader& reader) { reader.m_events.AddText(view); });
     };
     handler.ignorableWhitespace = handler.characters;
     handler.cdataBlock = handler.characters;
@@ -80,22 +79,23 @@ class Reader {
 
   /// `attributes` holds five each: name, prefix, namespace, begin and end of the value.
   void Start(const std::string& name, bool isPlain, std::span<const xmlChar*> attributes) {
-    std::vector<DocumentBuilder::Attribute> list;
+    std::vector<DocumentEvents::Attribute> list;
     for (; !attributes.empty(); attributes = attributes.subspan(5))
-      list.push_back({Text(attributes[0]), std::string(attributes[3], attributes[4]),
-                      attributes[2] == nullptr, Text(attributes[1]) == "xml"});
-    m_builder.Start(name, isPlain, list, m_parser->input == nullptr ? 0 : m_parser->input->line);
+      if (Text(attributes[1]) != "xml")
+        list.push_back({Text(attributes[0]), std::string(attributes[3], attributes[4]),
+                        attributes[2] == nullptr});
+    m_events.Start(name, isPlain, list, m_parser->input == nullptr ? 0 : m_parser->input->line);
   }
 
-  DocumentBuilder m_builder;
+  DocumentEvents& m_events;
   xmlParserCtxt* m_parser = nullptr;
   std::exception_ptr m_thrown;
 };
 
 }  // namespace
 
-PolicyDocument ReadDocument(const std::string& text) {
-  return Reader().Read(text);
+void ParseDocument(const std::string& text, DocumentEvents& events) {
+  Reader(events).Read(text);
 }
 
 }  // namespace app

@@ -33,9 +33,10 @@ std::string Text(const wchar_t* text, int length) {
 /// returned. It lives on the stack, so references to it are not counted.
 class Handler : public ISAXContentHandler {
  public:
+  explicit Handler(DocumentEvents& events) : m_events(events) {}
   virtual ~Handler() = default;
 
-  PolicyDocument Read(const std::string& text) {
+  void Read(const std::string& text) {
     _com_util::CheckError(CoInitialize(nullptr));
     const Owner<bool, kCloseCom> com(true);
     Owner<ISAXXMLReader*, kRelease> reader;
@@ -51,7 +52,6 @@ class Handler : public ISAXContentHandler {
     if (m_thrown) std::rethrow_exception(m_thrown);
     if (result == E_OUTOFMEMORY) throw std::bad_alloc();
     if (FAILED(result)) throw std::runtime_error("the policy cannot be read");
-    return m_builder.Take();
   }
 
   HRESULT WINAPI QueryInterface(REFIID /*id*/, void** object) override {
@@ -77,10 +77,10 @@ class Handler : public ISAXContentHandler {
   }
   HRESULT WINAPI endElement(const wchar_t*, int, const wchar_t*, int, const wchar_t*,
                             int) override {
-    return Guard([&] { m_builder.End(); });
+    return Guard([&] { m_events.End(); });
   }
   HRESULT WINAPI characters(const wchar_t* text, int length) override {
-    return Guard([&] { m_builder.AddText(Text(text, length)); });
+    return Guard([&] { m_events.AddText(Text(text, length)); });
   }
   HRESULT WINAPI ignorableWhitespace(const wchar_t* text, int length) override {
     return characters(text, length);
@@ -105,7 +105,7 @@ class Handler : public ISAXContentHandler {
   void Start(const std::string& name, bool isPlain, ISAXAttributes& attributes) {
     int count = 0;
     _com_util::CheckError(attributes.getLength(&count));
-    std::vector<DocumentBuilder::Attribute> list;
+    std::vector<DocumentEvents::Attribute> list;
     for (int i = 0; i < count; ++i) {
       const wchar_t *space, *local, *qualified, *value;
       int spaceSize, localSize, qualifiedSize, valueSize;
@@ -113,24 +113,23 @@ class Handler : public ISAXContentHandler {
                                                &qualified, &qualifiedSize));
       _com_util::CheckError(attributes.getValue(i, &value, &valueSize));
       const std::string whole = Text(qualified, qualifiedSize);
-      if (whole == "xmlns" || whole.starts_with("xmlns:")) continue;
-      list.push_back({Text(local, localSize), Text(value, valueSize), spaceSize == 0,
-                      whole.starts_with("xml:")});
+      if (whole == "xmlns" || whole.starts_with("xmlns:") || whole.starts_with("xml:")) continue;
+      list.push_back({Text(local, localSize), Text(value, valueSize), spaceSize == 0});
     }
     int line = 0;
     if (m_locator != nullptr) m_locator->getLineNumber(&line);
-    m_builder.Start(name, isPlain, list, line);
+    m_events.Start(name, isPlain, list, line);
   }
 
-  DocumentBuilder m_builder;
+  DocumentEvents& m_events;
   ISAXLocator* m_locator = nullptr;
   std::exception_ptr m_thrown;
 };
 
 }  // namespace
 
-PolicyDocument ReadDocument(const std::string& text) {
-  return Handler().Read(text);
+void ParseDocument(const std::string& text, DocumentEvents& events) {
+  Handler(events).Read(text);
 }
 
 }  // namespace app

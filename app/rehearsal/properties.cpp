@@ -5,9 +5,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <map>
-#include <optional>
-#include <set>
 
 #include "app/machine/settings.h"
 #include "app/machine/state.h"
@@ -113,21 +110,27 @@ std::set<std::string> Unfilled(const std::string& written, const std::string& st
   return unfilled;
 }
 
+/// Returns the parts of the text around each {WinUser}.
+std::vector<std::string> AroundUsers(const std::string& text) {
+  std::vector<std::string> parts;
+  std::size_t from = 0;
+  for (std::size_t at; (at = text.find(kUser, from)) != text.npos; from = at + kUser.size())
+    parts.push_back(text.substr(from, at - from));
+  parts.push_back(text.substr(from));
+  return parts;
+}
+
 /// Returns the user's name where `stored` is `written` with one name in place of each {WinUser}.
 std::optional<std::string> UserIn(const std::string& written, const std::string& stored) {
-  const std::size_t first = written.find(kUser);
-  if (first == written.npos) return std::nullopt;
-  const std::size_t count = CountUsers(written);
+  const std::vector<std::string> parts = AroundUsers(written);
+  const std::size_t count = parts.size() - 1;
   const std::size_t rest = written.size() - count * kUser.size();
-  if (stored.size() < rest || first > stored.size()) return std::nullopt;
-  std::string user = stored.substr(first, (stored.size() - rest) / count);
-  std::string expected;
-  std::size_t from = 0;
-  for (std::size_t at = first; at != written.npos; at = written.find(kUser, from)) {
-    expected.append(written, from, at - from).append(user);
-    from = at + kUser.size();
-  }
-  if (expected.append(written, from) != stored) return std::nullopt;
+  const std::size_t first = parts.front().size();
+  if (count == 0 || stored.size() < rest) return std::nullopt;
+  const std::string user = stored.substr(first, (stored.size() - rest) / count);
+  std::string expected = parts.front();
+  for (std::size_t i = 1; i <= count; ++i) expected.append(user).append(parts[i]);
+  if (expected != stored) return std::nullopt;
   return user;
 }
 
@@ -139,7 +142,7 @@ std::optional<double> NumberIn(const Json& value) {
 
 class PropertyReview {
  public:
-  PropertyReview(const PolicyElement& element, const ElementFate& fate, Review& review)
+  PropertyReview(const PolicyPart& element, const ElementFate& fate, Review& review)
       : m_element(element),
         m_mark(*fate.mark),
         m_fields(JsonOf(m_mark)),
@@ -192,7 +195,7 @@ class PropertyReview {
     if (nodeOf(first) == nodeOf(property.line))
       Find("unread", property, message);
     else
-      m_notes.Add({"second", m_element.id, property.name, property.line, message});
+      m_notes.Add({"second", message, property.line, m_element.id, property.name});
   }
 
   void ReviewText(const Property& property, const PropertyRow& row) {
@@ -207,15 +210,15 @@ class PropertyReview {
     else if (const auto user = UserIn(property.text, stored); user && stored != property.text)
       ReviewUser(property, *user, change);
     else if (stored != property.text)
-      m_findings.Add({IsBlank(stored) ? "zero" : "changed", m_element.id, property.name,
-                      property.line, change, Quoted(property.text), Quoted(stored)});
+      m_findings.Add({IsBlank(stored) ? "zero" : "changed", change, property.line, m_element.id,
+                      property.name, Quoted(property.text), Quoted(stored)});
     for (const std::string& placeholder : Unfilled(property.text, stored))
       Find("unfilled", property,
            Quoted(placeholder) + " stays as it is written; only {WinUser} in a Text is filled in");
   }
 
   void ReviewUser(const Property& property, const std::string& user, const std::string& change) {
-    m_notes.Add({"filled", m_element.id, property.name, property.line, change + " here"});
+    m_notes.Add({"filled", change + " here", property.line, m_element.id, property.name});
     if (const std::string name = NameBefore(user); !name.empty())
       Find("lost", property,
            "the user's name " + Quoted(name) + " became " + Quoted(user) +
@@ -235,23 +238,23 @@ class PropertyReview {
                           : isZero               ? written + " reads as " + became
                                                  : written + " became " + became;
     if (isCode) message += ", " + CodeIn(row, m_mark, m_isStamp).meaning;
-    m_findings.Add({isZero ? "zero" : "changed", m_element.id, property.name, property.line,
-                    message + "; " + row.rule, property.text, became});
+    m_findings.Add({isZero ? "zero" : "changed", message + "; " + row.rule, property.line,
+                    m_element.id, property.name, property.text, became});
   }
 
   /// Reports a property that the pass reads and the element lacks.
   void ReviewLacking(const PropertyRow& row) {
     if (m_firsts.contains(row.name) || !IsRead(row) || !m_notes.HasRoom("lacking")) return;
     const std::string became = Shown(row.field, ValueOf(row));
-    m_notes.Add({"lacking", m_element.id, row.name, m_element.lines.front(),
-                 "it is not there, which reads as " + became, "", became});
+    m_notes.Add({"lacking", "it is not there, which reads as " + became, m_element.lines.front(),
+                 m_element.id, row.name, "", became});
   }
 
   void Find(const char* kind, const Property& property, const std::string& message) {
-    m_findings.Add({kind, m_element.id, property.name, property.line, message});
+    m_findings.Add({kind, message, property.line, m_element.id, property.name});
   }
 
-  const PolicyElement& m_element;
+  const PolicyPart& m_element;
   const peers::WatermarkRecord& m_mark;
   const Json m_fields;  ///< Of the record.
   const bool m_isStamp;
@@ -263,13 +266,10 @@ class PropertyReview {
 }  // namespace
 
 std::size_t CountUsers(const std::string& text) {
-  std::size_t count = 0;
-  for (std::size_t at = text.find(kUser); at != text.npos; at = text.find(kUser, at + kUser.size()))
-    ++count;
-  return count;
+  return AroundUsers(text).size() - 1;
 }
 
-void ReviewProperties(const PolicyElement& element, const ElementFate& fate, Review& review) {
+void ReviewProperties(const PolicyPart& element, const ElementFate& fate, Review& review) {
   PropertyReview(element, fate, review).Run();
 }
 

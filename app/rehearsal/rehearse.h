@@ -17,35 +17,19 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "app/pass/pass.h"
 #include "peers/settings_component/setting_file.h"
 
 namespace app {
 
-struct PolicyCall {
-  const std::wstring& text;
-  int policyId = 1;
-  bool resetName = false;
-};
-
-/// What the update has made of one ID of the policy's list, as the default entry has it.
-struct Registered {
-  std::optional<peers::WatermarkRecord> mark;  ///< Nothing when the element was dropped.
-  std::optional<Message> reason;               ///< The message that says why it was dropped.
-  bool isStamp = false;
-};
-
 struct Rehearsal {
-  int result = 0;
-  std::vector<Message> troubles;       ///< Of the update, each once.
-  peers::SettingFileContent records;   ///< What the scratch's setting file holds after it.
-  std::vector<Registered> registered;  ///< In the order of the list.
-  bool hasUnread = false;              ///< The reader failed to answer a query.
-  std::string undelivered;             ///< Why set refuses the policy; empty when it does not.
+  std::string error = {};                  ///< Why the child held none; then there is nothing else.
+  int result = 0;                          ///< Of the update.
+  std::vector<Message> messages = {};      ///< Its trouble, and its walk over the policy's list.
+  std::string undelivered = {};            ///< Why set refuses the policy; empty if it does not.
+  std::string file = {};                   ///< The scratch's setting file.
+  peers::SettingFileContent records = {};  ///< What that holds after the update.
 };
 
 /// Throws std::runtime_error when no rehearsal can be held: there is no scratch machine, the child
@@ -100,7 +84,7 @@ class ScratchMachine {
 
 /// Does the work of the child and returns its answer.
 std::string AnswerOf(const ScratchMachine& scratch, const PolicyCall& call);
-/// Reads the answer, and the scratch's setting file.
+/// Reads the answer, and the scratch's setting file. Throws std::runtime_error as Rehearse does.
 Rehearsal TakeIn(const std::string& answer, const ScratchMachine& scratch);
 
 /// For a person at a terminal: one line on standard error, "rehearsing: 3 s ...", which comes after

@@ -1,5 +1,4 @@
 #include <cstdlib>
-#include <stdexcept>
 
 #include "app/machine/client.h"
 #include "app/machine/home.h"
@@ -10,7 +9,6 @@
 #include "app/text/errors.h"
 #include "app/text/file_windows.h"
 #include "app/text/files.h"
-#include "app/text/json.h"
 #include "app/text/wording.h"
 #include "component/names.h"
 #include "host/shared_names.h"

@@ -1,13 +1,8 @@
 #include "app/rehearsal/review.h"
 
 #include <algorithm>
-#include <map>
-#include <set>
-#include <utility>
 
-#include "app/machine/policy_file.h"
 #include "app/machine/state.h"
-#include "app/pass/messages.h"
 #include "app/text/errors.h"
 #include "app/text/table.h"
 #include "app/text/wording.h"
@@ -52,14 +47,14 @@ std::size_t CountEntries() {
 
 /// An update makes the watermarks of the policy's list on each entry.
 void RequireFewMarks(const PolicyDocument& document, int policyId) {
-  const PolicyInfo* const policy = document.FindPolicy(policyId);
+  const PolicyPart* const policy = document.policies.Find(std::to_string(policyId));
   if (policy == nullptr) return;
   std::map<std::string_view, std::size_t> sizes;
-  for (const PolicyElement& element : document.elements)
+  for (const PolicyPart& element : document.elements.All())
     for (const Property& property : element.properties)
       sizes[element.id] += property.text.size() + CountUsers(property.text) * kMostUserBytes;
   std::size_t bytes = 0;
-  for (const ListedId& listed : policy->listed) bytes += sizes[listed.id] + listed.id.size();
+  for (const Property& listed : policy->listed) bytes += sizes[listed.text] + listed.text.size();
   const std::size_t entries = CountEntries();
   if (policy->listed.size() * entries > kMostMarks)
     RefuseSize("watermarks on the entries of this machine", kMostMarks);
@@ -112,7 +107,7 @@ void Remarks::Close() {
   std::ranges::stable_sort(m_kept, {}, &Finding::line);
   for (const auto& [kind, count] : m_counts)
     if (count > kMostOfAKind)
-      m_kept.push_back({kind, "", "", 0, "and " + std::to_string(count - kMostOfAKind) + " more"});
+      m_kept.push_back({kind, "and " + std::to_string(count - kMostOfAKind) + " more"});
 }
 
 std::string Remark(const Finding& finding, std::size_t width) {
@@ -140,31 +135,11 @@ std::set<std::string> Review::Ids() const {
 
 Review ReviewPolicy(const PolicyCall& call, const page::Paper& paper) {
   RequireFewNodes(call.text);
-  Review refused;
-  refused.policyId = call.policyId;
-  refused.result = SIGIL_SETTING_FAILED;
-  refused.refusal = ReadPolicy(call.text).refusal;
-  if (!refused.refusal.empty()) return refused;
+  if (std::string refusal = ReadPolicy(call.text).refusal; !refusal.empty())
+    return {call.policyId, SIGIL_SETTING_FAILED, std::move(refusal)};
   const PolicyDocument document = ReadDocument(platform::ToUtf8(call.text));
   RequireFewMarks(document, call.policyId);
   return ReviewOf(call, document, Rehearse(call), paper);
-}
-
-Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal,
-                const page::Paper& paper) {
-  Review review;
-  review.policyId = call.policyId;
-  review.result = rehearsal.result;
-  if (rehearsal.result == SIGIL_SETTING_FAILED) {
-    review.failure = FirstFailure(rehearsal.troubles).sentence;
-    return review;
-  }
-  review.records = std::move(rehearsal.records);
-  if (!rehearsal.undelivered.empty())
-    review.undelivered =
-        "`set` and `release` refuse it as a delivered policy: " + rehearsal.undelivered;
-  FindFaults(call, document, std::move(rehearsal), paper, review);
-  return review;
 }
 
 Review ReviewSource(const PolicySource& source, int policyId, const page::Paper& paper) {
@@ -174,33 +149,26 @@ Review ReviewSource(const PolicySource& source, int policyId, const page::Paper&
   return review;
 }
 
-Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int policyId, Use use,
-                     Care care, bool resetName) try {
-  const Review review = ReviewPolicy({text, policyId, resetName});
+Verdict RefuseOrTell(const PolicyCall& call, const std::string& file, Use use, Care care) try {
+  const Review review = ReviewPolicy(call);
+  const bool isRefused = !review.refusal.empty();
   const std::string refusal = Refusal(review, use);
-  const bool isCostly = use == Use::kUpdate && !review.refusal.empty();
   if (!refusal.empty() && !care.isForced)
-    throw UsageError(file + ": " + refusal + ". " + (isCostly ? kCostOfForce : kForceDoes));
+    throw UsageError(file + ": " + refusal + ". " +
+                     (isRefused && use == Use::kUpdate ? kCostOfForce : kForceDoes));
   if (care.isStrict) RequireFaultless(review, file);
-  Verdict verdict;
-  if (!review.failure.empty()) {
-    // An update says so itself.
-    if (use == Use::kDelivery) verdict.lines = {file + kUntried + review.failure};
-    return verdict;
-  }
-  verdict.cause = review.refusal;
-  verdict.elements = review.elements.size();
-  verdict.told = review.told;
-  verdict.lines = LinesOf(review, file);
-  if (!review.refusal.empty()) verdict.lines = {file + ": " + review.refusal};
-  return verdict;
+  if (isRefused) return {{file + ": " + review.refusal}, {}, review.refusal};
+  if (review.failure.empty())
+    return {LinesOf(review, file), review.told, "", review.elements.size()};
+  if (use == Use::kUpdate) return {};  // which says so itself
+  return {{file + kUntried + review.failure}};
 } catch (const UsageError&) {
   throw;
 } catch (const std::exception& error) {
   if (!care.isForced)
     throw std::runtime_error("no rehearsal could be held: " + CauseOf(error) +
                              ". --force goes on without one.");
-  return {{"not rehearsed: " + CauseOf(error)}, {}, "", 0};
+  return {{"not rehearsed: " + CauseOf(error)}};
 }
 
 }  // namespace app

@@ -5,29 +5,23 @@
 // Every finding is a difference that was seen, between the text and the records or in the messages
 // of the pass, or one that the picture of the page shows. The review works no value out.
 
-#include <cstddef>
-#include <map>
-#include <optional>
 #include <set>
-#include <string>
-#include <vector>
 
 #include "app/machine/policy_file.h"
 #include "app/page/page.h"
 #include "app/rehearsal/document.h"
 #include "app/rehearsal/rehearse.h"
-#include "peers/settings_component/setting_file.h"
 
 namespace app {
 
 struct Finding {
-  std::string kind;      ///< One word for programs: "changed", "zero", "unread", ...
-  std::string element;   ///< Its ID; empty when the finding is about no element.
-  std::string property;  ///< Empty when it is about no property.
-  long line = 0;         ///< 0 when it is about no line.
+  std::string kind;  ///< One word for programs: "changed", "zero", "unread", ...
   std::string message;
-  std::string written = "";  ///< Of a value: the text of the policy.
-  std::string became = "";   ///< Of a value: the record's, for people.
+  long line = 0;              ///< 0 when it is about no line.
+  std::string element = "";   ///< Its ID; empty when the finding is about no element.
+  std::string property = "";  ///< Empty when it is about no property.
+  std::string written = "";   ///< Of a value: the text of the policy.
+  std::string became = "";    ///< Of a value: the record's, for people.
 };
 
 /// "E1 FontSize: -3 became 1", with no name longer than `width` places.
@@ -57,12 +51,15 @@ class Remarks {
   std::size_t m_count = 0;
 };
 
-/// An ID of the policy's list, and the watermark that it became.
-struct ElementFate : Registered {
+/// An ID of the policy's list, and the watermark that it became in the default entry.
+struct ElementFate {
   std::string id;
   long line = 0;         ///< Of the element, or of the list's entry when there is no element.
   bool isThere = false;  ///< There is an element that the ID can be asked for.
   bool isFirst = false;  ///< The list does not have the ID before.
+  std::optional<peers::WatermarkRecord> mark = {};  ///< Nothing when the element was dropped.
+  std::optional<Message> reason = {};               ///< The message that says why it was dropped.
+  bool isStamp = false;
 };
 
 struct PrinterFate {
@@ -75,23 +72,23 @@ struct PrinterFate {
 struct Review {
   int policyId = 0;
   int result = 0;  ///< Of the update.
-  peers::SettingFileContent records;
-  std::vector<ElementFate> elements;
-  std::vector<PrinterFate> printers;  ///< The default entry first, as "*".
-  Remarks findings;                   ///< Faults.
-  Remarks notes;                      ///< No faults, and good to know.
-  std::vector<Message> told;          ///< The messages of trouble that the findings name.
-
   /// Why the passes refuse the text; then there is nothing else.
-  std::string refusal;
+  std::string refusal = {};
   /// Why the pass fails on this machine, whatever the text; then there is nothing else either.
-  std::string failure;
+  std::string failure = {};
   /// Why every entry is left without watermarks; empty where one is not.
-  std::string emptied;
+  std::string emptied = {};
   /// Why no watermark can be seen although some are registered; empty where one can.
-  std::string unseen;
+  std::string unseen = {};
   /// Why set and release refuse the text as the delivered policy; empty when they do not.
-  std::string undelivered;
+  std::string undelivered = {};
+
+  peers::SettingFileContent records = {};
+  std::vector<ElementFate> elements = {};
+  std::vector<PrinterFate> printers = {};  ///< The default entry first, as "*".
+  Remarks findings = {};                   ///< Faults.
+  Remarks notes = {};                      ///< No faults, and good to know.
+  std::vector<Message> told = {};          ///< The messages of trouble that the findings name.
 
   /// How many of the elements have become watermarks.
   std::size_t Registered() const;
@@ -106,7 +103,8 @@ inline const page::Paper kUsualPaper = page::FindPaper("A4", false);
 /// the rehearsal from being held or makes it incomplete.
 Review ReviewPolicy(const PolicyCall& call, const page::Paper& paper = kUsualPaper);
 
-/// Reviews a rehearsal that has been held. `document` is the text of the call.
+/// Reviews a rehearsal that has been held. `document` is the text of the call. Throws
+/// std::runtime_error for a rehearsal that is incomplete.
 Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal,
                 const page::Paper& paper = kUsualPaper);
 
@@ -130,10 +128,10 @@ struct Care {
 
 /// What a rehearsal says of a policy that is let through.
 struct Verdict {
-  std::vector<std::string> lines;  ///< What is to be told of it, a line each.
-  std::vector<Message> told;       ///< The trouble that the lines tell.
-  std::string cause;               ///< Why the passes refuse it, where --force lets it through.
-  std::size_t elements = 0;        ///< How many its list has; 0 when it was not rehearsed.
+  std::vector<std::string> lines = {};  ///< What is to be told of it, a line each.
+  std::vector<Message> told = {};       ///< The trouble that the lines tell.
+  std::string cause = {};    ///< Why the passes refuse it, where --force lets it through.
+  std::size_t elements = 0;  ///< How many its list has; 0 when it was not rehearsed.
 };
 
 /// Rehearses the policy. Throws UsageError with the reason when the passes refuse it, when it
@@ -141,19 +139,13 @@ struct Verdict {
 /// whatever keeps the rehearsal from being held. By force it throws for a text that is too large
 /// alone, and the lines tell of the rest. `file` is how the lines name the text. Nothing of the
 /// machine changes.
-Verdict RefuseOrTell(const std::wstring& text, const std::string& file, int policyId, Use use,
-                     Care care, bool resetName = false);
+Verdict RefuseOrTell(const PolicyCall& call, const std::string& file, Use use, Care care);
 
 // The parts of a review.
 
-/// Adds all findings and notes, and what the review says of elements and printers. Throws
-/// std::runtime_error for a rehearsal that is incomplete.
-void FindFaults(const PolicyCall& call, const PolicyDocument& document, Rehearsal rehearsal,
-                const page::Paper& paper, Review& review);
-
 /// Compares each property of the element, which is registered, with the record, and adds each
 /// difference to the findings, and to the notes the properties that the element lacks.
-void ReviewProperties(const PolicyElement& element, const ElementFate& fate, Review& review);
+void ReviewProperties(const PolicyPart& element, const ElementFate& fate, Review& review);
 
 /// Adds the elements that nobody sees, that lie off the paper, run off it, or lie in one place with
 /// another to the findings, and what else the picture shows to the notes. Each element counts once,

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <optional>
 #include <stdexcept>
 #include <system_error>
 
@@ -61,15 +60,14 @@ void CopyIfReadable(const fs::path& file, const fs::path& root) {
 /// Copies the file and its log byte by byte, because opening the machine's own would leave traces
 /// beside it. Leaves out a file that cannot be read, and a copy that is no setting file, because
 /// the file is damaged or changed at that moment.
-void CopySettings(const fs::path& file, const fs::path& root) {
-  const fs::path log = file.string() + "-wal";
+void CopySettings(const std::string& file, const fs::path& root) {
+  const auto copy = PlaceIn(root, file);
+  if (!copy) return;
   try {
-    CopyFile(file, root);
-    CopyFile(log, root);
-    if (const auto place = PlaceIn(root, file)) peers::ReadSettingFile(*place);
+    for (const std::string& each : {file, file + "-wal"}) CopyFile(each, root);
+    peers::ReadSettingFile(*copy);
   } catch (const std::exception&) {
-    for (const fs::path& each : {file, log})
-      if (const auto place = PlaceIn(root, each)) fs::remove(*place);
+    for (const std::string& each : {copy->string(), copy->string() + "-wal"}) fs::remove(each);
   }
 }
 
@@ -86,7 +84,7 @@ fs::path CopyMachine(const fs::path& folder) {
   return root;
 }
 
-void EnterMachine(const std::filesystem::path& root) {
+void EnterMachine(const fs::path& root) {
   setenv("SIGIL_ROOT", root.c_str(), 1);
   unsetenv("SIGIL_LOG");
   setenv("SIGIL_LOG_LEVEL", "9", 1);  // the messages are watched; nobody reads the scratch's log

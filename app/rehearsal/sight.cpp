@@ -1,10 +1,7 @@
 // Which of a policy's watermarks a reader of the page sees, and which lie wrong on the paper, by
 // the same layout as the picture's.
 
-#include <map>
 #include <tuple>
-#include <utility>
-#include <vector>
 
 #include "app/rehearsal/review.h"
 #include "app/text/table.h"
@@ -23,40 +20,28 @@ std::string WhyUnseen(const peers::WatermarkRecord& mark) {
   return mark.color == kWhite ? "it is white on white paper" : "";
 }
 
-/// The elements that a reader sees, one of each ID, with their watermarks.
-using SeenElements = std::vector<std::pair<const ElementFate*, const peers::WatermarkRecord*>>;
+/// The elements that a reader sees, one of each ID.
+using SeenElements = std::vector<const ElementFate*>;
 
-SeenElements Seen(const Review& review) {
-  SeenElements seen;
-  for (const ElementFate& fate : review.elements)
-    if (fate.isFirst && fate.mark && WhyUnseen(*fate.mark).empty())
-      seen.emplace_back(&fate, &*fate.mark);
-  return seen;
-}
-
-/// An entry that prints these, named by their numbers.
-peers::EntryRecord EntryOf(const SeenElements& seen) {
+void ReviewPage(const page::Paper& paper, const SeenElements& seen, Review& review) {
+  // An entry that prints these, named by their numbers.
   peers::EntryRecord entry;
   entry.lastSetting.enabled = true;
-  for (const auto& [fate, seenMark] : seen) {
-    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*seenMark);
+  for (const ElementFate* fate : seen) {
+    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*fate->mark);
     mark.name = std::to_string(entry.watermarks.size() - 1);
     entry.lastSetting.watermarks.push_back(mark.id);
   }
-  return entry;
-}
-
-void ReviewPage(const page::Paper& paper, const SeenElements& seen, Review& review) {
   const bool isLandscape = paper.size.width > paper.size.height;
   const std::string on = "on " + paper.name + (isLandscape ? " landscape " : " ");
-  for (page::Note& note : page::LayOut(EntryOf(seen), paper, page::MeasureText).notes) {
+  for (const page::Note& note : page::LayOut(entry, paper, page::MeasureText).notes) {
     if (note.watermark.empty()) {
-      review.notes.Add({"page", "", "", 0, on + note.text});
+      review.notes.Add({"page", on + note.text});
       continue;
     }
-    const ElementFate& fate = *seen.at(std::stoul(note.watermark)).first;
+    const ElementFate& fate = *seen.at(std::stoul(note.watermark));
     (note.isOffPage ? review.findings : review.notes)
-        .Add({"page", fate.id, "", fate.line, on + "it " + note.text});
+        .Add({"page", on + "it " + note.text, fate.line, fate.id});
   }
 }
 
@@ -65,38 +50,38 @@ auto PlaceOf(const peers::WatermarkRecord& mark) {
                     mark.repeatSecondAxis, mark.repeatHSpace, mark.repeatVSpace);
 }
 
-void ReviewPlaces(const SeenElements& seen, Review& review) {
+void ReviewPlaces(const SeenElements& seen, Remarks& findings) {
   std::map<decltype(PlaceOf({})), const ElementFate*> places;
-  for (const auto& [fate, mark] : seen) {
-    const auto [first, isNew] = places.emplace(PlaceOf(*mark), fate);
-    if (!isNew && review.findings.HasRoom("place"))
-      review.findings.Add({"place", fate->id, "", fate->line,
-                           "it lies in the place of " + OneLine(first->second->id, kTextWidth) +
-                               ", line " + std::to_string(first->second->line)});
-  }
-}
-
-/// Adds each element that is registered and not seen. An ID without an element has a finding
-/// already.
-void ReviewUnseen(Review& review) {
-  for (const ElementFate& fate : review.elements) {
-    const std::string why = fate.isFirst && fate.mark ? WhyUnseen(*fate.mark) : "";
-    if (why.empty()) continue;
-    if (fate.isThere && review.findings.HasRoom("invisible"))
-      review.findings.Add({"invisible", fate.id, "", fate.line, "invisible: " + why});
-    if (review.unseen.empty())
-      review.unseen = "no watermark can be seen; " + OneLine(fate.id, kTextWidth) + ": " + why;
+  for (const ElementFate* fate : seen) {
+    const auto [first, isNew] = places.emplace(PlaceOf(*fate->mark), fate);
+    if (!isNew && findings.HasRoom("place"))
+      findings.Add({"place",
+                    "it lies in the place of " + OneLine(first->second->id, kTextWidth) +
+                        ", line " + std::to_string(first->second->line),
+                    fate->line, fate->id});
   }
 }
 
 }  // namespace
 
 void ReviewSight(const page::Paper& paper, Review& review) {
-  const SeenElements seen = Seen(review);
-  ReviewUnseen(review);
-  ReviewPage(paper, seen, review);
-  ReviewPlaces(seen, review);
+  SeenElements seen;
+  for (const ElementFate& fate : review.elements) {
+    if (!fate.isFirst || !fate.mark) continue;
+    const std::string why = WhyUnseen(*fate.mark);
+    if (why.empty()) {
+      seen.push_back(&fate);
+      continue;
+    }
+    // An ID without an element has a finding already.
+    if (fate.isThere && review.findings.HasRoom("invisible"))
+      review.findings.Add({"invisible", "invisible: " + why, fate.line, fate.id});
+    if (review.unseen.empty())
+      review.unseen = "no watermark can be seen; " + OneLine(fate.id, kTextWidth) + ": " + why;
+  }
   if (!seen.empty()) review.unseen.clear();
+  ReviewPage(paper, seen, review);
+  ReviewPlaces(seen, review.findings);
 }
 
 }  // namespace app

@@ -174,9 +174,10 @@ TEST(PagePicture, HasColorOpacityAndStyles) {
   EXPECT_NEAR(width(InkOf(large)), 2 * width(plain), 2 * kPixel);
 }
 
-// Also a page of the worst texts is drawn in all forms.
+// Also a page of the worst texts is drawn in all forms, as of a noncharacter, which no PDF may
+// hold.
 TEST(PagePicture, DrawsWhateverAFileHolds) {
-  WatermarkRecord bad = Letter("\xC3(\x01\t\n\xE2\x80\xA8\xF0\x9F\x98\x80\xEF\xB7\xBD\xFF");
+  WatermarkRecord bad = Letter("\xC3(\x01\t\n\xE2\x80\xA8\xF0\x9F\x98\x80\xEF\xB7\x90\xFF");
   bad.fontName = "No Such Font, \xFF";
   bad.fontSize = 200;
   bad.rotate = 359;

@@ -16,6 +16,10 @@
 namespace tests {
 namespace {
 
+std::string Node(const std::string& name, const std::string& text) {
+  return "<" + name + ">" + text + "</" + name + ">";
+}
+
 class RandomPolicy {
  public:
   explicit RandomPolicy(unsigned seed) : m_random(seed) {
@@ -74,10 +78,6 @@ class RandomPolicy {
     return std::accumulate(written.begin(), written.end(), std::string());
   }
 
-  static std::string Node(const std::string& name, const std::string& text) {
-    return "<" + name + ">" + text + "</" + name + ">";
-  }
-
   std::mt19937 m_random;
 };
 
@@ -118,9 +118,9 @@ TEST_P(RandomPolicies, AreToldAsTheyAreStored) {
 }
 
 struct Fault {
-  const char* property;  ///< Its line is replaced.
-  const char* line;
-  const char* kind;          ///< Of the finding.
+  std::string property;  ///< Its line is replaced.
+  std::string line;
+  std::string kind;          ///< Of the finding.
   bool isOfElement = false;  ///< The finding is on the element's line.
 };
 
@@ -138,72 +138,50 @@ const Fault kFaults[] = {
     {"PrintPos", "<PrintPos>bottom left</PrintPos>", "zero"},
 };
 
-/// A policy of seven headers on the places 2 to 8, of which up to three have a fault.
-class PlantedPolicy {
- public:
-  PlantedPolicy(unsigned seed, unsigned faults) : m_random(seed) {
-    std::vector<const Fault*> all, planted(kElements);  // in which element; the first has none
-    for (const Fault& fault : kFaults) all.push_back(&fault);
-    std::sample(all.begin(), all.end(), planted.begin() + 1, faults, m_random);
-    std::shuffle(planted.begin() + 1, planted.end(), m_random);
-    std::vector<std::string> elements;
-    for (const Fault* fault : planted) elements.push_back(MakeElement(elements.size() + 2, fault));
-    text = Policy(elements, "<PrinterScope>0</PrinterScope>");
-  }
-
-  std::string text;
-  std::multiset<std::string> told;  ///< "LINE KIND"
-
- private:
-  static constexpr std::size_t kElements = 7;
-
-  std::string MakeElement(std::size_t place, const Fault* fault) {
-    const std::pair<std::string, std::string> properties[] = {
-        {"Kind", "0"},
-        {"Name", OneOf({"題", "A_b"})},
-        {"Text", OneOf({"社外秘 取扱注意", "PLEASE COPY", "by {WinUser}"})},
-        {"FontSize", OneOf({"9", "12.5"})},
-        {"FontName", "Arial"},
-        {"Color", OneOf({"0xFF0000", "255", "0"})},
-        {"Opacity", OneOf({"1", "80", "100"})},
-        {"PrintPos", std::to_string(place)},
-        {"XOffset", "0"},
-        {"YOffset", OneOf({"0", "0.0"})}};
-    const long first = m_line;
-    std::string element;
-    for (const auto& [name, value] : properties) {
-      element += "\n";
-      ++m_line;
-      const bool isPlanted = fault != nullptr && name == fault->property;
-      element += isPlanted ? fault->line : "<" + name + ">" + value + "</" + name + ">";
-      if (isPlanted)
-        told.insert(std::to_string(fault->isOfElement ? first : m_line) + " " + fault->kind);
-    }
-    ++m_line;  // which the element ends
-    return element;
-  }
-
-  std::string OneOf(const std::vector<std::string>& texts) {
-    return texts[m_random() % texts.size()];
-  }
-
-  std::mt19937 m_random;
-  long m_line = 1;
-};
-
+/// A header on each of the places 2 to 8, of which up to three have a fault, but never the first.
 TEST_P(RandomPolicies, HaveTheFaultsThatArePlanted) {
-  constexpr unsigned kCount = 75;
+  constexpr unsigned kCount = 75, kPlaces = 7;
   const Desk desk;
+  std::mt19937 random(GetParam());
   for (unsigned i = 0; i < kCount; ++i) {
-    const PlantedPolicy policy(GetParam() * kCount + i, i % 4);
-    SCOPED_TRACE(policy.text);
-    desk.Write(policy.text);
-    std::multiset<std::string> told;
+    std::vector<Fault> faults;  // one for each element
+    std::sample(std::begin(kFaults), std::end(kFaults), std::back_inserter(faults), i % 4, random);
+    faults.resize(kPlaces - 1);
+    std::shuffle(faults.begin(), faults.end(), random);
+    faults.insert(faults.begin(), Fault());
+    std::vector<std::string> elements;
+    std::multiset<std::string> planted, told;  // "LINE KIND"
+    long line = 1;
+    for (const auto& [property, text, kind, isOfElement] : faults) {
+      const std::pair<std::string, std::vector<std::string>> properties[] = {
+          {"Kind", {"0"}},
+          {"Name", {"題", "A_b"}},
+          {"Text", {"社外秘 取扱注意", "PLEASE COPY", "by {WinUser}"}},
+          {"FontSize", {"9", "12.5"}},
+          {"FontName", {"Arial"}},
+          {"Color", {"0xFF0000", "255", "0"}},
+          {"Opacity", {"1", "80", "100"}},
+          {"PrintPos", {std::to_string(elements.size() + 2)}},
+          {"XOffset", {"0"}},
+          {"YOffset", {"0", "0.0"}}};
+      const long first = line;
+      std::string& element = elements.emplace_back();
+      for (const auto& [name, texts] : properties) {
+        ++line;
+        element += "\n" + (name == property ? text : Node(name, texts[random() % texts.size()]));
+        if (name == property)
+          planted.insert(std::to_string(isOfElement ? first : line) + " " + kind);
+      }
+      ++line;  // which the element ends
+    }
+    const std::string policy = Policy(elements, "<PrinterScope>0</PrinterScope>");
+    SCOPED_TRACE(policy);
+    desk.Write(policy);
     const Json answer = Json::parse(desk.Answer("check --json policy.xml"));
     for (const Json& finding : answer.at("findings"))
       told.insert(std::to_string(finding.value("line", 0)) + " " +
                   finding.at("kind").get<std::string>());
-    EXPECT_EQ(told, policy.told);
+    EXPECT_EQ(told, planted);
     if (HasFailure()) break;
   }
 }
