@@ -3,8 +3,9 @@
 // without a fault it finds nothing, and of planted faults each on its line and nothing else.
 //
 // properties.json tells for each property the field that it becomes, what that holds without it,
-// and texts with what they are stored as: those that are kept, and those that are changed. Of
-// RepeatType the field is made two: the first axis is its lowest bit.
+// and texts with what they are stored as: those that are kept, and those that are changed; or the
+// property whose texts it takes too. Of RepeatType the field is made two: the first axis is its
+// lowest bit.
 
 #include <algorithm>
 #include <numeric>
@@ -48,8 +49,9 @@ class RandomPolicy {
                  {"repeatVSpace", 0}};
     std::vector<std::string> written = {Node("Kind", isStamp ? "1" : "0")};
     for (const char* group : {"both kinds", isStamp ? "stamp" : "header or footer"}) {
-      for (const auto& [name, property] : kProperties.at(group).items()) {
-        Json& field = mark[property.at("field")];
+      for (const auto& [name, own] : kProperties.at(group).items()) {
+        const Json& property = kProperties.at(group).at(own.value("like", name));
+        Json& field = mark[own.at("field")];
         field = property.at("without");
         if (m_random() % 4 == 0) {
           lacking.insert(id + " " + name);
