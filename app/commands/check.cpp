@@ -29,7 +29,7 @@ template <class Value>
 using InOrder = nlohmann::ordered_map<std::string, Value>;
 
 void PrintLacking(const Review& review) {
-  // Of each element the properties that it lacks, by the value that they read as.
+  // Of each element the values, with the names of the missing properties that read as each.
   InOrder<InOrder<std::string>> elements;
   for (const Finding& note : review.notes.Kept()) {
     if (note.kind != "lacking" || note.element.empty()) continue;

@@ -25,12 +25,17 @@ std::string ScopeState(const MachineState& state) {
 }
 
 std::string Fate(PrinterKind kind) {
-  static const std::map<PrinterKind, std::string> fates = {
-      {PrinterKind::kSuite, "suite's driver: watermarks of its own"},
-      {PrinterKind::kNoComment, "excluded: it has no comment"},
-      {PrinterKind::kNotMarked, "excluded: its comment has no mark"},
-      {PrinterKind::kMonitored, "monitored: goes by the default entry"}};
-  return fates.at(kind);
+  switch (kind) {
+    case PrinterKind::kSuite:
+      return "suite's driver: watermarks of its own";
+    case PrinterKind::kNoComment:
+      return "excluded: it has no comment";
+    case PrinterKind::kNotMarked:
+      return "excluded: its comment has no mark";
+    case PrinterKind::kMonitored:
+      break;
+  }
+  return "monitored: goes by the default entry";
 }
 
 /// "; is the suite's driver meant?", of a name that is nearly its.
@@ -149,18 +154,20 @@ Json Diagnose() {
 }
 
 std::vector<Row> RowsOf(const Json& diagnosis, const std::string& list) {
-  // Of the members of a record, in their order.
-  static const std::map<std::string, Row> headings = {
-      {"parts", {"Part", "State", "Place"}},
-      {"unread", {"Line", "Name", "Why"}},
-      {"printers", {"Printer", "Driver", "What becomes of it"}},
-      {"forecast", {"Command", "Result", "Reason"}}};
-  std::vector<Row> rows = {headings.at(list)};
+  using Columns = std::vector<std::pair<const char*, const char*>>;  // headings and keys
+  static const std::map<std::string, Columns> columns = {
+      {"parts", {{"Part", "part"}, {"State", "state"}, {"Place", "place"}}},
+      {"unread", {{"Line", "line"}, {"Name", "name"}, {"Why", "reason"}}},
+      {"printers", {{"Printer", "printer"}, {"Driver", "driver"}, {"What becomes of it", "fate"}}},
+      {"forecast", {{"Command", "command"}, {"Result", "result"}, {"Reason", "reason"}}}};
+  std::vector<Row> rows(1);
+  for (const auto& [heading, key] : columns.at(list)) rows[0].push_back(heading);
   for (const Json& record : diagnosis.at(list)) {
-    Row row;
-    for (auto cell = record.begin(); row.size() < rows[0].size(); ++cell)
-      row.push_back(cell->is_string() ? cell->get<std::string>() : cell->dump());
-    rows.push_back(std::move(row));
+    Row& row = rows.emplace_back();
+    for (const auto& [heading, key] : columns.at(list)) {
+      const Json& cell = record.at(key);
+      row.push_back(cell.is_string() ? cell.get<std::string>() : cell.dump());
+    }
   }
   return rows;
 }

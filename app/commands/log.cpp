@@ -1,12 +1,13 @@
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <ctime>
 #include <iomanip>
 #include <iterator>
-#include <map>
 #include <optional>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 #include "app/commands/command_line.h"
@@ -31,6 +32,21 @@ struct LogFilter {
   std::string since;  ///< Lines before it: a time as it stands in the log, or empty.
 };
 
+/// What stands before the next blank, which goes with it.
+std::string_view Cut(std::string_view& text) {
+  const std::size_t end = std::min(text.find(' '), text.size());
+  const std::string_view word = text.substr(0, end);
+  text.remove_prefix(std::min(end + 1, text.size()));
+  return word;
+}
+
+std::optional<int> Number(std::string_view text) {
+  int number = 0;
+  const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || stop != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
 /// Returns whether the line begins with a time stamp.
 bool HasStamp(std::string_view text) {
   return text.size() > kStamp && text[4] == '-' && text[10] == ' ' && text[13] == ':' &&
@@ -38,23 +54,23 @@ bool HasStamp(std::string_view text) {
 }
 
 /// Returns the line as it is shown; an empty text when it is left out.
-std::string Shown(const std::string& line, const LogFilter& filter) {
-  std::istringstream fields(HasStamp(line) ? line.substr(kStamp) : "");
-  int process = 0;
-  int level = 0;
-  if (!(fields >> process >> level)) {
+std::string Shown(std::string_view text, const LogFilter& filter) {
+  std::string_view rest = HasStamp(text) ? text.substr(kStamp + 1) : "";
+  const std::string_view process = Cut(rest);
+  auto level = Number(Cut(rest));
+  if (!Number(process) || !level) {
     const bool isAllShown = filter.level <= 0 && filter.since.empty();
-    return isAllShown ? platform::Visible(line) + "\n" : "";
+    return isAllShown ? platform::Visible(text) + "\n" : "";
   }
-  fields.get();  // the blank
-  const std::string rest(std::istreambuf_iterator<char>(fields), {});
-  const std::string stamp = line.substr(0, kStamp);
+  const std::string stamp(text.substr(0, kStamp));
   if (rest.starts_with(kTraceOfPath)) level = 0;
-  if (level < filter.level || stamp < filter.since) return "";
-  const bool isKnown = level >= 0 && level < std::ssize(kLevels);
-  std::string word = isKnown ? kLevels[level] : std::to_string(level);
+  if (*level < filter.level || stamp < filter.since) return "";
+  const bool isKnown = *level >= 0 && static_cast<std::size_t>(*level) < std::size(kLevels);
+  std::string word = isKnown ? kLevels[*level] : std::to_string(*level);
   word.resize(std::max(word.size(), std::string_view("progress").size()), ' ');
-  return platform::Visible(stamp + " " + std::to_string(process) + " " + word + " " + rest) + "\n";
+  return platform::Visible(stamp + " " + std::string(process) + " " + word + " " +
+                           std::string(rest)) +
+         "\n";
 }
 
 [[noreturn]] void FailToPrint() {
@@ -87,10 +103,13 @@ void PrintLines(const LogSource& read, const LogFilter& filter) {
 }
 
 int ParseLevel(const std::string& text) {
-  for (int level = 0; level < std::ssize(kLevels); ++level)
-    if (text == kLevels[level] || text == std::to_string(level)) return level;
-  throw UsageError("--level: 0 to 5 or trace, detail, progress, info, warning, error, not '" +
-                   text + "'");
+  const auto word = std::ranges::find(kLevels, text);
+  if (word != std::end(kLevels)) return static_cast<int>(word - kLevels);
+  const auto number = Number(text);
+  if (!number || *number < 0 || *number > 5)
+    throw UsageError("--level: 0 to 5 or trace, detail, progress, info, warning, error, not '" +
+                     text + "'");
+  return *number;
 }
 
 std::string Stamp(const std::tm& time) {
@@ -98,26 +117,26 @@ std::string Stamp(const std::tm& time) {
   return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &time)};
 }
 
+std::tm Local(std::time_t time) {
+  return *std::localtime(&time);
+}
+
 /// Seconds of "10m" and the like; nothing for any other text.
 std::optional<std::time_t> ParseAgo(const std::string& text) {
-  static const std::map<char, int> seconds = {{'s', 1}, {'m', 60}, {'h', 3600}, {'d', 86400}};
-  std::istringstream stream(text);
-  int number = 0;
-  char unit = 0;
-  stream >> std::noskipws >> number >> unit;
-  if (!stream || number < 0 || !seconds.contains(unit) || stream.peek() != EOF) return std::nullopt;
-  return std::time_t{number} * seconds.at(unit);
+  constexpr std::string_view kUnits = "smhd";
+  constexpr int kSeconds[] = {1, 60, 3600, 86400};
+  const std::size_t unit = text.size() < 2 ? kUnits.npos : kUnits.find(text.back());
+  const auto number = Number(std::string_view(text).substr(0, text.size() - 1));
+  if (unit == kUnits.npos || !number || *number < 0) return std::nullopt;
+  return std::time_t{*number} * kSeconds[unit];
 }
 
 std::string ParseSince(const std::string& text) {
   const std::time_t now = std::time(nullptr);
-  if (const auto ago = ParseAgo(text)) {
-    const std::time_t time = now - *ago;
-    return Stamp(*std::localtime(&time));
-  }
+  if (const auto ago = ParseAgo(text)) return Stamp(Local(now - *ago));
   for (const char* form : {"%Y-%m-%d %H:%M:%S", "%Y-%m-%dT%H:%M:%S", "%Y-%m-%d %H:%M",
                            "%Y-%m-%dT%H:%M", "%Y-%m-%d", "%H:%M:%S", "%H:%M"}) {
-    std::tm time = *std::localtime(&now);  // whose day stands where the text has none
+    std::tm time = Local(now);  // whose day stands where the text has none
     time.tm_hour = time.tm_min = time.tm_sec = 0;
     std::istringstream stream(text);
     if (stream >> std::get_time(&time, form) && stream.peek() == EOF) return Stamp(time);

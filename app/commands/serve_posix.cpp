@@ -13,7 +13,7 @@
 namespace app {
 namespace {
 
-/// Has SIGINT and SIGTERM request the stop that is returned.
+/// Returns a token that SIGINT or SIGTERM stops.
 std::stop_token StopOnSignal() {
   sigset_t signals = {};
   sigemptyset(&signals);
@@ -42,8 +42,8 @@ void Print(const peers::PipeEvent& event) {
 }
 
 int Serve() {
-  const std::stop_token stop =
-      StopOnSignal();  // before the pipe, so that no signal leaves it behind
+  // Before the pipe, so that no signal leaves it behind.
+  const std::stop_token stop = StopOnSignal();
   peers::ControlService service;
   std::cout << "The control service listens; SIGINT or SIGTERM stops it." << std::endl;
   service.Serve(Print, stop);

@@ -27,7 +27,7 @@ std::vector<std::wstring> ClientFiles();
 /// The watermark function's switch: item kWatermarkKey of SystemSetting.csv, as the passes read it.
 struct FunctionSwitch {
   /// The number in the item's last row above the first empty line; 0 without such a row, and -1
-  /// when the file cannot be opened.
+  /// also when the file cannot be opened.
   int value = -1;
   std::string state;  ///< "on: item 63 is 1", "off: no row has the key 63", ...
 };

@@ -199,7 +199,8 @@ PolicySource ReadPolicySource(const std::string& file) {
   if (file.empty()) return ReadSealed(file);
   const std::string bytes = ReadBytes(file);
   if (auto text = DecodeText(bytes)) return {std::move(*text), NameOf(file)};
-  const bool isSealed = bytes.size() % kCipherBlock == 0 && !bytes.starts_with('<');
+  const bool isSealed =
+      file != kStandardStream && bytes.size() % kCipherBlock == 0 && !bytes.starts_with('<');
   if (!isSealed) throw UsageError(NameOf(file) + ": " + WhyNoText(bytes));
   return ReadSealed(file);
 }

@@ -54,15 +54,15 @@ std::string SealText(std::string_view text);
 struct Unsealed {
   std::wstring text;  ///< Without its byte order mark; it may be no policy.
   std::size_t size;   ///< The file's bytes.
-  PolicyText policy;  ///< What the text is as a policy.
+  PolicyText policy;  ///< Of kSwitchingPolicy.
   /// The text is empty, or refused and has ill-formed characters: the file was sealed with another
   /// key.
   bool isNoise;
 };
 
-/// `path` is a path of Windows or a whole path of the host. Returns null when there is no such
-/// file. Throws std::runtime_error with the reason when the file cannot be read or has more than
-/// kGreatestSealedPolicy bytes. The machine's key must be there.
+/// Opens and reads a policy file. `path` is a path of Windows or a whole path of the host. Returns
+/// null when there is no such file. Throws std::runtime_error with the reason when the file cannot
+/// be read or has more than kGreatestSealedPolicy bytes. The machine's key must be there.
 std::optional<Unsealed> Unseal(const std::wstring& path);
 
 /// A policy's text, and how it is named to people.
@@ -72,16 +72,17 @@ struct PolicySource {
 };
 
 /// Returns the policy of a sealed file; an empty name stands for the delivered policy. Throws
-/// UsageError, which names the file, when no text comes of it.
+/// UsageError, which names the file or the key source, when no text comes of it.
 PolicySource ReadSealed(const std::string& file);
 
-/// The same of a file that is text or sealed; "-" is standard input.
+/// The same of a file that is text or sealed, and of standard input, "-", which must be text.
 PolicySource ReadPolicySource(const std::string& file);
 
 /// Returns the SHA-256 (FIPS 180-4) of the text in UTF-8, in hexadecimal digits. It is the same for
 /// a text and for the policy file made of it.
 std::string ChecksumOf(const std::wstring& text);
 
+/// What is said of noise, with the step against it.
 inline const std::string kOtherKey =
     std::string("not sealed with this machine's key source, or damaged; ") + kMendKey;
 

@@ -93,9 +93,10 @@ void ExamineMachine(MachineState& state);
 /// are.
 std::string WhatIsUnread();
 
-/// Why the passes cannot have their mutex; empty when they can.
+/// Returns why the passes cannot have their mutex; empty when they can.
 std::string WhyNoMutex();
-/// Why lines of the log get lost here: "it is a link", "the disk is full", ...; empty when none do.
+/// Returns why lines of the log get lost here: "it is a link", "the disk is full", ...; empty when
+/// none do.
 std::string WhyLogLost();
 
 /// Returns the full name of the machine's user that became `stored`, in UTF-8, in a user
@@ -105,8 +106,9 @@ std::string NameBefore(const std::string& stored);
 
 /// Returns why a user file at this path of the host would not be written; empty when it would.
 std::string WhyUnstored(const std::filesystem::path& userFile);
-/// Of the files that the library, its component and its log open by name, and the folders on the
-/// way.
+
+/// Returns the refused ones of the files that the library, its component and its log open by name,
+/// and of the folders on the way.
 std::vector<RefusedPlace> RefusedPlaces();
 
 /// "is a link", "lies in EMS, which is a link", ...; empty when the machine opens the file, or

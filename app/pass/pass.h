@@ -42,7 +42,7 @@ struct Outcome {
 
 using ExportCall = std::function<int(const Exports&)>;
 
-/// An update with a policy.
+/// An update with a policy, whose text must live as long.
 struct PolicyCall {
   const std::wstring& text;
   int policyId = 1;

@@ -76,7 +76,7 @@ class Builder : public DocumentEvents {
 
   void End() override {
     const Place place = m_open.back().first;
-    if (place == Place::kListed) *m_text = Trimmed(*m_text);
+    if (place == Place::kListed && m_text != nullptr) *m_text = Trimmed(*m_text);
     if (place != Place::kStranger) m_text = nullptr;
     m_open.pop_back();
   }
@@ -113,7 +113,7 @@ class Builder : public DocumentEvents {
 
   std::vector<Node> m_open;
   bool m_hasHle = false;
-  PolicyPart* m_part = nullptr;   ///< The one at hand.
+  PolicyPart* m_part = nullptr;   ///< The one that was begun last.
   std::string* m_text = nullptr;  ///< Takes the text inside an ID, a scope or a property.
 };
 

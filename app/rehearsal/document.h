@@ -13,7 +13,7 @@
 
 namespace app {
 
-/// A property of an element; a scope or an entry of the list of a policy.
+/// A property of an element, a scope of a policy, or an ID of its list, which is the `text`.
 struct Property {
   std::string name;
   std::string text;  ///< As it is written; of a list's entry without the white space at its ends.
@@ -24,8 +24,7 @@ struct Property {
 struct PolicyPart {
   std::string id;
   std::vector<long> lines = {};           ///< Of the nodes.
-  std::vector<Property> properties = {};  ///< Of all nodes, in the document's order: of a policy
-                                          ///< its scopes.
+  std::vector<Property> properties = {};  ///< Of all nodes, in order; of a policy its scopes.
   std::vector<Property> listed = {};      ///< Of a policy: the IDs of its list of elements.
 };
 

@@ -171,7 +171,7 @@ void ReviewScope(const PolicyPart& policy, const std::wstring& read, Review& rev
   const std::string text = platform::ToUtf8(read);
   const std::optional<double> number = NumberOf(text);
   const int scope = _wtoi(read.c_str());
-  // A number without a meaning switches the same entries as 0.
+  // Any other number switches the same entries as 0.
   const int meaning = scope >= 0 && scope <= 3 ? scope : 0;
   const std::string became = std::to_string(meaning);
   if (scopes.empty())

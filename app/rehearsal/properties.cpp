@@ -127,7 +127,7 @@ std::optional<std::string> UserIn(const std::string& written, const std::string&
   const std::size_t rest = written.size() - count * kUser.size();
   const std::size_t first = parts.front().size();
   if (count == 0 || stored.size() < rest) return std::nullopt;
-  const std::string user = stored.substr(first, (stored.size() - rest) / count);
+  std::string user = stored.substr(first, (stored.size() - rest) / count);
   std::string expected = parts.front();
   for (std::size_t i = 1; i <= count; ++i) expected.append(user).append(parts[i]);
   if (expected != stored) return std::nullopt;

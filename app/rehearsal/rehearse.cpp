@@ -57,10 +57,11 @@ Rehearsal TakeIn(const std::string& answer, const ScratchMachine& scratch) {
   auto rehearsal = json.get<Rehearsal>();
   if (!rehearsal.error.empty()) throw std::runtime_error(rehearsal.error);
   rehearsal.records = peers::ReadSettingFile(PathOf(rehearsal.file));
-  // The mutex is the machine's on Windows. The command's own pass would wait for it as long again.
+  // On Windows the mutex is the machine's own. The command ends here, because its own pass would
+  // wait for it as long again.
   const auto missed = std::ranges::find_if(rehearsal.messages, MissesMutex);
   if (missed != rehearsal.messages.end()) throw std::runtime_error(MeaningOf(*missed).sentence);
-  // Else the policy would be blamed.
+  // A scratch machine that is not saved is no fault of the policy's.
   if (!IsSaved(rehearsal))
     throw std::runtime_error("the scratch machine in " + scratch.Folder().parent_path().string() +
                              " could not be saved");

@@ -24,12 +24,13 @@
 namespace app {
 
 struct Rehearsal {
-  std::string error = {};                  ///< Why the child held none; then there is nothing else.
-  int result = 0;                          ///< Of the update.
-  std::vector<Message> messages = {};      ///< Its trouble, and its walk over the policy's list.
+  std::string error = {};  ///< Why the child could not hold it; then there is nothing else.
+  int result = 0;          ///< Of the update.
+  /// Those of level kTroubleLevel and above, and of the walk over the policy's list on each entry.
+  std::vector<Message> messages = {};
   std::string undelivered = {};            ///< Why set refuses the policy; empty if it does not.
   std::string file = {};                   ///< The scratch's setting file.
-  peers::SettingFileContent records = {};  ///< What that holds after the update.
+  peers::SettingFileContent records = {};  ///< Of that file after the update.
 };
 
 /// Throws std::runtime_error when no rehearsal can be held: there is no scratch machine, the child

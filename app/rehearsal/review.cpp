@@ -160,7 +160,7 @@ Verdict RefuseOrTell(const PolicyCall& call, const std::string& file, Use use, C
   if (isRefused) return {{file + ": " + review.refusal}, {}, review.refusal};
   if (review.failure.empty())
     return {LinesOf(review, file), review.told, "", review.elements.size()};
-  if (use == Use::kUpdate) return {};  // which says so itself
+  if (use == Use::kUpdate) return {};  // An update reports the failure itself.
   return {{file + kUntried + review.failure}};
 } catch (const UsageError&) {
   throw;

@@ -20,15 +20,15 @@ std::string WhyUnseen(const peers::WatermarkRecord& mark) {
   return mark.color == kWhite ? "it is white on white paper" : "";
 }
 
-/// The elements that a reader sees, one of each ID.
-using SeenElements = std::vector<const ElementFate*>;
+/// The elements that a reader sees, one of each ID, with their watermarks.
+using SeenElements = std::vector<std::pair<const ElementFate*, const peers::WatermarkRecord*>>;
 
 void ReviewPage(const page::Paper& paper, const SeenElements& seen, Review& review) {
   // An entry that prints these, named by their numbers.
   peers::EntryRecord entry;
   entry.lastSetting.enabled = true;
-  for (const ElementFate* fate : seen) {
-    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*fate->mark);
+  for (const auto& [fate, seenMark] : seen) {
+    peers::WatermarkRecord& mark = entry.watermarks.emplace_back(*seenMark);
     mark.name = std::to_string(entry.watermarks.size() - 1);
     entry.lastSetting.watermarks.push_back(mark.id);
   }
@@ -39,7 +39,7 @@ void ReviewPage(const page::Paper& paper, const SeenElements& seen, Review& revi
       review.notes.Add({"page", on + note.text});
       continue;
     }
-    const ElementFate& fate = *seen.at(std::stoul(note.watermark));
+    const ElementFate& fate = *seen.at(std::stoul(note.watermark)).first;
     (note.isOffPage ? review.findings : review.notes)
         .Add({"page", on + "it " + note.text, fate.line, fate.id});
   }
@@ -52,8 +52,8 @@ auto PlaceOf(const peers::WatermarkRecord& mark) {
 
 void ReviewPlaces(const SeenElements& seen, Remarks& findings) {
   std::map<decltype(PlaceOf({})), const ElementFate*> places;
-  for (const ElementFate* fate : seen) {
-    const auto [first, isNew] = places.emplace(PlaceOf(*fate->mark), fate);
+  for (const auto& [fate, mark] : seen) {
+    const auto [first, isNew] = places.emplace(PlaceOf(*mark), fate);
     if (!isNew && findings.HasRoom("place"))
       findings.Add({"place",
                     "it lies in the place of " + OneLine(first->second->id, kTextWidth) +
@@ -70,7 +70,7 @@ void ReviewSight(const page::Paper& paper, Review& review) {
     if (!fate.isFirst || !fate.mark) continue;
     const std::string why = WhyUnseen(*fate.mark);
     if (why.empty()) {
-      seen.push_back(&fate);
+      seen.emplace_back(&fate, &*fate.mark);
       continue;
     }
     // An ID without an element has a finding already.

@@ -12,10 +12,13 @@ namespace app {
 namespace {
 
 std::string ReadStandardInput() {
-  std::string bytes(kGreatestPolicy + 1, '\0');
-  std::cin.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  bytes.resize(static_cast<std::size_t>(std::cin.gcount()));
-  RequireSize(bytes.size(), kGreatestPolicy);
+  std::string bytes;
+  char block[0x10000];
+  do {
+    std::cin.read(block, sizeof block);
+    bytes.append(block, static_cast<std::size_t>(std::cin.gcount()));
+    RequireSize(bytes.size(), kGreatestPolicy);
+  } while (std::cin);
   return bytes;
 }
 

@@ -101,7 +101,7 @@ class ActiveObject : public Counted<Sigil::LastSetting> {
   std::shared_ptr<ActiveRecord> m_record;
 };
 
-/// A pass deletes thousands of them from the begin.
+/// A deque, because a pass deletes thousands from the front.
 template <class Record>
 using Shared = std::deque<std::shared_ptr<Record>>;
 

@@ -3,9 +3,9 @@
 // without a fault it finds nothing, and of planted faults each on its line and nothing else.
 //
 // properties.json tells for each property the field that it becomes, what that holds without it,
-// and texts with what they are stored as: those that are kept, and those that are changed; or the
-// property whose texts it takes too. Of RepeatType the field is made two: the first axis is its
-// lowest bit.
+// and texts with what they are stored as: those that are kept, and those that are changed; or, as
+// "like", the property whose texts it shares. Of RepeatType the field is made two: the first axis
+// is its lowest bit.
 
 #include <algorithm>
 #include <numeric>

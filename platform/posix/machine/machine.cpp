@@ -241,7 +241,8 @@ fs::path HostPath(std::wstring_view windowsPath) {
     if (!piece.empty() && piece != L"." && piece != L"..") pieces.push_back(piece);
   }
   fs::path path = MachineRoot() / drive;
-  std::string exact = path;  // as text, because most paths are found so, and paths are slow to make
+  // A string, because most paths exist as written, and fs::path objects are slow to build.
+  std::string exact = path;
   for (const std::wstring_view piece : pieces) exact += "/" + ToUtf8(piece);
   struct stat status = {};
   if (lstat(exact.c_str(), &status) == 0) return exact;

@@ -60,7 +60,8 @@ bool MakeFolder(const Descriptor& parent, const std::string& name) {
          fchmodat(parent.Get(), name.c_str(), kOwnFolder, 0) == 0;
 }
 
-Descriptor EnterRoot(Missing missing) {
+/// Puts the root's status into `status`.
+Descriptor EnterRoot(Missing missing, Status& status) {
   Descriptor root = OpenRoot();
   if (!root && errno == ENOENT && missing == Missing::kIsMade) {
     const Place place = FindPlace(MachineRoot(), Missing::kIsMade);
@@ -68,7 +69,7 @@ Descriptor EnterRoot(Missing missing) {
     if (!MakeFolder(place.folder, place.name)) return {};
     root = OpenRoot();
   }
-  const Status status = StatusOf(root);
+  status = StatusOf(root);
   if (!status) return {};
   const RootState state = StateOf(*status);
   return state.isOwn && !state.isOpenToOthers ? std::move(root) : FailWith(EACCES);
@@ -99,9 +100,52 @@ Descriptor Walk(Descriptor folder, std::string_view rest, Missing missing) {
   return folder;
 }
 
+/// The folder that the last walk came to. While the same path below the same root leads to the same
+/// folder, nothing on the way can be another account's, and the walk is spared, because a pass asks
+/// for one folder thousands of times.
+class LastWalk {
+ public:
+  Descriptor Reach(Descriptor root, const Status& top, const std::string& rest, Missing missing) {
+    if (Descriptor folder = Repeat(root, top, rest)) return folder;
+    Descriptor folder = Walk(std::move(root), rest, missing);
+    const std::scoped_lock lock(m_mutex);
+    m_rest = rest;
+    m_top = top;
+    m_folder = StatusOf(folder);
+    return folder;
+  }
+
+ private:
+  static bool IsSame(const Status& one, const Status& other) {
+    return one && other && one->st_dev == other->st_dev && one->st_ino == other->st_ino;
+  }
+
+  /// Returns nothing for another folder, and for one that the walk would refuse or close to others.
+  Descriptor Repeat(const Descriptor& root, const Status& top, const std::string& rest) {
+    const std::scoped_lock lock(m_mutex);
+    if (rest != m_rest || !IsSame(top, m_top)) return {};
+    open_how how = {};
+    how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
+    const long number = syscall(SYS_openat2, root.Get(), rest.c_str(), &how, sizeof how);
+    Descriptor folder(static_cast<int>(number));  // none on a kernel without openat2
+    const Status found = StatusOf(folder);
+    const bool isClosed = found && found->st_uid == geteuid() && (found->st_mode & kOthers) == 0;
+    return isClosed && IsSame(found, m_folder) ? std::move(folder) : Descriptor();
+  }
+
+  std::mutex m_mutex;
+  std::string m_rest;
+  Status m_top;
+  Status m_folder;
+};
+
 /// Opens the folder `rest` below the root.
 Descriptor Reach(const std::string& rest, Missing missing) {
-  return Walk(EnterRoot(missing), rest, missing);
+  static LastWalk last;
+  Status top;
+  Descriptor root = EnterRoot(missing, top);
+  return !root || rest.empty() ? std::move(root) : last.Reach(std::move(root), top, rest, missing);
 }
 
 Descriptor OpenBelow(const std::string& rest, int flags, mode_t type) {
@@ -137,43 +181,6 @@ Descriptor OpenElsewhere(const fs::path& path, int flags, mode_t type) {
   return file;
 }
 
-/// The file that was opened last. While its path leads to the same file of this account, nothing on
-/// the way can be another account's, and the walk is spared, because a pass opens one file
-/// thousands of times.
-class LastFile {
- public:
-  /// Returns nothing for another file.
-  Descriptor Reopen(const fs::path& path, int flags) {
-    const std::scoped_lock lock(m_mutex);
-    if (path.native() != m_path) return {};
-    open_how how = {};
-    how.flags = static_cast<unsigned>(flags & ~O_CREAT);
-    how.resolve = RESOLVE_NO_SYMLINKS;
-    // None on a kernel without openat2, and for a root behind a link.
-    Descriptor file(
-        static_cast<int>(syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)));
-    const Status found = StatusOf(file);
-    const bool isSame = found && found->st_dev == m_status.st_dev &&
-                        found->st_ino == m_status.st_ino && found->st_uid == geteuid() &&
-                        found->st_mode == m_status.st_mode;
-    return isSame ? std::move(file) : Descriptor();
-  }
-
-  void Keep(const fs::path& path, const Descriptor& file) {
-    const Status status = StatusOf(file);
-    const std::scoped_lock lock(m_mutex);
-    m_path.clear();
-    if (!status || !S_ISREG(status->st_mode) || status->st_uid != geteuid()) return;
-    m_path = path.native();
-    m_status = *status;
-  }
-
- private:
-  std::mutex m_mutex;
-  std::string m_path;
-  struct stat m_status = {};
-};
-
 }  // namespace
 
 bool IsInMachine(const fs::path& path) {
@@ -181,16 +188,9 @@ bool IsInMachine(const fs::path& path) {
 }
 
 Descriptor Open(const fs::path& path, int flags, mode_t type) {
-  static LastFile last;
-  constexpr int kAlways = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-  flags |= kAlways;
-  const bool isPlain = (flags & ~(O_ACCMODE | O_APPEND | O_CREAT | kAlways)) == 0;
-  if (isPlain)
-    if (Descriptor file = last.Reopen(path, flags)) return file;
-  const auto rest = BelowRoot(path);
-  Descriptor file = rest ? OpenBelow(*rest, flags, type) : OpenElsewhere(path, flags, type);
-  if (isPlain) last.Keep(path, file);
-  return file;
+  flags |= O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+  if (const auto rest = BelowRoot(path)) return OpenBelow(*rest, flags, type);
+  return OpenElsewhere(path, flags, type);
 }
 
 Descriptor OpenFolder(const fs::path& path, Missing missing) {

@@ -1,7 +1,5 @@
 #include "platform/posix/machine/size_signal.h"
 
-#include <sys/resource.h>
-
 #include <cerrno>
 #include <ctime>
 
@@ -21,10 +19,7 @@ sigset_t SizeSignal() {
 }  // namespace
 
 NoSizeSignal::NoSizeSignal() {
-  struct rlimit limit = {};
-  if (t_depth++ > 0 || getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
-    return;
-  m_holds = true;
+  if (t_depth++ > 0) return;
   const sigset_t set = SizeSignal();
   pthread_sigmask(SIG_BLOCK, &set, &m_before);
   if (sigismember(&m_before, SIGXFSZ) != 1) return;  // it would have been delivered
@@ -34,8 +29,7 @@ NoSizeSignal::NoSizeSignal() {
 }
 
 NoSizeSignal::~NoSizeSignal() {
-  --t_depth;
-  if (!m_holds) return;
+  if (--t_depth > 0) return;
   const int error = errno;
   const sigset_t set = SizeSignal();
   const timespec now = {};

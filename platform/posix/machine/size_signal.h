@@ -9,7 +9,7 @@
 namespace platform {
 
 /// While it lives, SIGXFSZ is blocked in this thread, and one that came meanwhile is discarded at
-/// its end. One that lives within another does nothing, nor does one that is made without a limit.
+/// its end. One that lives within another does nothing.
 class NoSizeSignal {
  public:
   NoSizeSignal();
@@ -18,7 +18,6 @@ class NoSizeSignal {
   NoSizeSignal& operator=(const NoSizeSignal&) = delete;
 
  private:
-  bool m_holds = false;
   sigset_t m_before;
   bool m_wasPending = false;
 };
