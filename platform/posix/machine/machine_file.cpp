@@ -7,10 +7,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <type_traits>
 
 #include "platform/posix/machine/machine.h"
 
@@ -109,7 +111,7 @@ class LastWalk {
     if (Descriptor folder = Repeat(root, top, rest)) return folder;
     Descriptor folder = Walk(std::move(root), rest, missing);
     const std::scoped_lock lock(m_mutex);
-    m_rest = rest;
+    m_rest = std::hash<std::string>()(rest);
     m_top = top;
     m_folder = StatusOf(folder);
     return folder;
@@ -123,7 +125,7 @@ class LastWalk {
   /// Returns nothing for another folder, and for one that the walk would refuse or close to others.
   Descriptor Repeat(const Descriptor& root, const Status& top, const std::string& rest) {
     const std::scoped_lock lock(m_mutex);
-    if (rest != m_rest || !IsSame(top, m_top)) return {};
+    if (std::hash<std::string>()(rest) != m_rest || !IsSame(top, m_top)) return {};
     open_how how = {};
     how.flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
@@ -135,10 +137,13 @@ class LastWalk {
   }
 
   std::mutex m_mutex;
-  std::string m_rest;
+  std::size_t m_rest = 0;  ///< The path's hash. Another path with it leads to another folder.
   Status m_top;
   Status m_folder;
 };
+
+/// A host may open files until its process ends, when objects with destructors are gone.
+static_assert(std::is_trivially_destructible_v<LastWalk>);
 
 /// Opens the folder `rest` below the root.
 Descriptor Reach(const std::string& rest, Missing missing) {
