@@ -192,7 +192,7 @@ std::string PageOf(const Options& options) {
   return page.Finish();
 }
 
-int Report(const Options& options) {
+int MakeReport(const Options& options) {
   const std::string page = PageOf(options);
   if (WriteOrPrint(options.output, page))
     std::cout << "report: " << page.size() << " bytes in " << platform::Visible(options.output)
@@ -204,7 +204,7 @@ int Report(const Options& options) {
 
 void AddReport(CommandLine& line) {
   auto [command, options] =
-      line.Add("report", "Makes a page to look at and to sign, for a browser", Report);
+      line.Add("report", "Makes a page to look at and to sign, for a browser", MakeReport);
   AddPolicySource(command, options.file);
   AddOutput(command, options.output, "PAGE", "The page, an HTML file; - is standard output")
       ->required();

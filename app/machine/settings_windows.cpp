@@ -35,7 +35,8 @@ struct Component {
   Sigil::CReference<Sigil::Settings> settings;
 };
 
-using Item = peers::ExcludeRecord;  // an ID and a name
+/// An ID and a name.
+using Item = peers::ExcludeRecord;
 
 /// Returns the items of a list of the component, without those that `get` does not give.
 template <class Get>
@@ -57,10 +58,10 @@ std::vector<std::string> Names(Settings& settings, std::int32_t (Settings::*coun
                                std::int32_t (Settings::*get)(std::int32_t, wchar_t*,
                                                              std::uint32_t*)) {
   std::vector<std::string> names;
-  for (Item& item : Items((settings.*count)(), [&](auto i, GUID*, auto*name, auto*length) {
-         return !Sigil::Failed((settings.*get)(i, name, length));
-       }))
-    names.push_back(std::move(item.name));
+  const auto name = [&](std::int32_t i, GUID*, wchar_t* text, std::uint32_t* length) {
+    return !Sigil::Failed((settings.*get)(i, text, length));
+  };
+  for (Item& item : Items((settings.*count)(), name)) names.push_back(std::move(item.name));
   return names;
 }
 
@@ -71,9 +72,10 @@ std::optional<peers::EntryRecord> ReadEntry(Settings& settings, const std::strin
     return std::nullopt;
   peers::EntryRecord record;
   record.printer = printer;
-  for (Item& item : Items(entry->GetWatermarkCount(), [&](auto i, GUID*id, auto*name, auto*length) {
-         return !Sigil::Failed(entry->GetWatermarkInfo(i, id, name, *length - 1));
-       })) {
+  const auto info = [&](std::int32_t i, GUID* id, wchar_t* name, const std::uint32_t* capacity) {
+    return !Sigil::Failed(entry->GetWatermarkInfo(i, id, name, *capacity - 1));
+  };
+  for (Item& item : Items(entry->GetWatermarkCount(), info)) {
     peers::WatermarkRecord& mark = record.watermarks.emplace_back();
     mark.id = std::move(item.id);
     mark.name = std::move(item.name);

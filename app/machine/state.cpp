@@ -1,3 +1,5 @@
+// What both homes examine of the machine, and the forecasts.
+
 #include "app/machine/state.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Pictures by Pango and Cairo: SVG, PDF and PNG.
+
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
 #include <pango/pangocairo.h>

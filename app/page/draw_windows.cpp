@@ -1,3 +1,5 @@
+// Pictures in SVG, written here; GDI measures the texts.
+
 #include <windows.h>
 
 #include <algorithm>

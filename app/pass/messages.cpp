@@ -20,14 +20,14 @@ constexpr char kMendPolicy[] =
     "The exclude list and the printers' own entries are cleared; mend the file and run update "
     "again.";
 
-struct Row {
+struct Wording {
   std::initializer_list<int> numbers;  ///< The messages that mean the same.
   const char* sentence;
   const char* next = "";
 };
 
 // By the first number. A message's own text, as a printer's name, stands behind the sentence.
-constexpr Row kFailures[] = {
+constexpr Wording kFailures[] = {
     {{100907}, "the setting file's mutex could not be made", kMendMutex},
     {{100908},
      "the setting file's mutex could not be taken: another process kept it, or died with it",
@@ -79,13 +79,13 @@ constexpr Row kFailures[] = {
     {{153400250}, "the setting file's path is unknown", kDoctor},
     {{153400260}, "deleting the printers' old settings broke off", kReport},
 };
-constexpr Row kUnsaved[] = {
+constexpr Wording kUnsaved[] = {
     {{153400030}, "the setting file could not be saved"},
     {{153400070}, "an entry switched on could not be saved"},
     {{153400110}, "an entry switched off or cleared could not be saved"},
     {{153400130}, "the emptied exclude list could not be saved"},
 };
-constexpr Row kWarnings[] = {
+constexpr Wording kWarnings[] = {
     {{152100040}, "SystemSetting.csv has an empty row, where reading ends"},
     {{153000081}, "the login name stands in for the user's full name", kMendAccount},
     {{153100230},
@@ -142,11 +142,11 @@ constexpr std::size_t kGuidLength = 36;
 }  // namespace
 
 Meaning MeaningOf(const Message& message) {
-  using Table = std::pair<Weight, std::span<const Row>>;
+  using Table = std::pair<Weight, std::span<const Wording>>;
   for (const auto& [weight, rows] :
        {Table(Weight::kFailure, kFailures), Table(Weight::kUnsaved, kUnsaved),
         Table(Weight::kWarning, kWarnings)})
-    for (const Row& row : rows)
+    for (const Wording& row : rows)
       if (std::ranges::find(row.numbers, message.number) != row.numbers.end())
         return {weight, row.sentence, row.next};
   return {message.number == kPlaceReached ? Weight::kTrace : Weight::kWarning, message.text, ""};

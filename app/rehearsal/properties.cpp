@@ -184,7 +184,7 @@ class PropertyReview {
       message += " in an element of this Kind";
     else if (const std::string guess = Guess(property.name, PropertyNames()); !guess.empty())
       message += "; is " + guess + " meant?";
-    Find("unread", property, message);
+    Add("unread", property, message);
   }
 
   /// Reports a property of a name that the element has already. In another node of the same ID it
@@ -193,7 +193,7 @@ class PropertyReview {
     const auto nodeOf = [&](long line) { return std::ranges::upper_bound(m_element.lines, line); };
     const std::string message = Superseded(first, property.line);
     if (nodeOf(first) == nodeOf(property.line))
-      Find("unread", property, message);
+      Add("unread", property, message);
     else
       m_notes.Add({"second", message, property.line, m_element.id, property.name});
   }
@@ -206,23 +206,23 @@ class PropertyReview {
                   " bytes became " + std::to_string(stored.size())
             : Quoted(property.text) + " became " + Quoted(stored);
     if (property.text.empty())
-      Find("zero", property, "it is empty");
+      Add("zero", property, "it is empty");
     else if (const auto user = UserIn(property.text, stored); user && stored != property.text)
       ReviewUser(property, *user, change);
     else if (stored != property.text)
       m_findings.Add({IsBlank(stored) ? "zero" : "changed", change, property.line, m_element.id,
                       property.name, Quoted(property.text), Quoted(stored)});
     for (const std::string& placeholder : Unfilled(property.text, stored))
-      Find("unfilled", property,
-           Quoted(placeholder) + " stays as it is written; only {WinUser} in a Text is filled in");
+      Add("unfilled", property,
+          Quoted(placeholder) + " stays as it is written; only {WinUser} in a Text is filled in");
   }
 
   void ReviewUser(const Property& property, const std::string& user, const std::string& change) {
     m_notes.Add({"filled", change + " here", property.line, m_element.id, property.name});
     if (const std::string name = NameBefore(user); !name.empty())
-      Find("lost", property,
-           "the user's name " + Quoted(name) + " became " + Quoted(user) +
-               " in a user information file that is not UTF-16; remove that file");
+      Add("lost", property,
+          "the user's name " + Quoted(name) + " became " + Quoted(user) +
+              " in a user information file that is not UTF-16; remove that file");
   }
 
   void ReviewNumber(const Property& property, const PropertyRow& row) {
@@ -250,7 +250,7 @@ class PropertyReview {
                  m_element.id, row.name, "", became});
   }
 
-  void Find(const char* kind, const Property& property, const std::string& message) {
+  void Add(const char* kind, const Property& property, const std::string& message) {
     m_findings.Add({kind, message, property.line, m_element.id, property.name});
   }
 

@@ -29,7 +29,7 @@ bool IsSaved(const Rehearsal& rehearsal) {
   });
 }
 
-Rehearsal Held(const ScratchMachine& scratch, const PolicyCall& call) try {
+Rehearsal HoldRehearsal(const ScratchMachine& scratch, const PolicyCall& call) try {
   scratch.Enter();
   LayUserFile();  // as the command `update` does
   Outcome outcome = Call(UpdateCall(call));
@@ -47,7 +47,7 @@ Rehearsal Held(const ScratchMachine& scratch, const PolicyCall& call) try {
 }  // namespace
 
 std::string AnswerOf(const ScratchMachine& scratch, const PolicyCall& call) {
-  return nlohmann::json(Held(scratch, call))
+  return nlohmann::json(HoldRehearsal(scratch, call))
       .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 

@@ -1,3 +1,5 @@
+// The folder of a rehearsal with its copies and settings, and its process.
+
 #include <cstdlib>
 
 #include "app/machine/client.h"

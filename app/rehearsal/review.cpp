@@ -1,3 +1,7 @@
+// The review of a policy, and who is let through: `RefuseOrTell` decides. The findings themselves
+// are worded in findings.cpp, properties.cpp (of an element's properties) and sight.cpp (of the
+// page).
+
 #include "app/rehearsal/review.h"
 
 #include <algorithm>
