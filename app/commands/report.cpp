@@ -50,9 +50,7 @@ void AddForce(HtmlPage& page, const Delivered& delivered, const Review& review, 
                    ("The delivered policy is " + Sentence(force) + "."),
                force.IsIn() && !isOther);
   page.Paragraph(delivered.source->name + ", SHA-256 " + ChecksumOf(delivered.source->text));
-  if (!force.differences.empty())
-    page.Table("Differences",
-               RowsOf(force.differences, force.entries, "The record holds", "The policy asks for"));
+  if (!force.differences.empty()) page.Table("Differences", RowsOf(force));
 }
 
 /// Where, when and with what the page was made.

@@ -55,10 +55,7 @@ int Verify(const Options& options) try {
   if (!review.emptied.empty())
     std::cout << "  The policy registers nothing: " << review.emptied << ".\n";
   if (!kReadsValues) std::cout << "  " << kUnreadValues << "\n";
-  if (!force.differences.empty())
-    PrintTable(std::cout,
-               RowsOf(force.differences, force.entries, "The record holds", "The policy asks for"),
-               "");
+  if (!force.differences.empty()) PrintTable(std::cout, RowsOf(force), "");
   return status;
 } catch (const UsageError&) {
   throw;

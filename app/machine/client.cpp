@@ -33,9 +33,16 @@ FunctionSwitch Meaning(const CString& text) {
 }
 
 std::string Origin(EMSFolder found, const CString& value) {
-  if (found == EMSFolder::kConfigured) return "EMSDir of Client.ini";
-  if (found == EMSFolder::kNotSet) return "the default: Client.ini names no EMSDir";
-  if (found == EMSFolder::kBlank) return "the default: the EMSDir of Client.ini is blank";
+  switch (found) {
+    case EMSFolder::kConfigured:
+      return "EMSDir of Client.ini";
+    case EMSFolder::kNotSet:
+      return "the default: Client.ini names no EMSDir";
+    case EMSFolder::kBlank:
+      return "the default: the EMSDir of Client.ini is blank";
+    case EMSFolder::kNoDirectory:
+      break;
+  }
   return "the default: the EMSDir of Client.ini, " + platform::ToUtf8(value.GetString()) +
          ", is no folder";
 }

@@ -222,6 +222,10 @@ Force ForceOf(const Review& review) try {
   return {.unknown = CauseOf(error)};
 }
 
+std::vector<Row> RowsOf(const Force& force) {
+  return RowsOf(force.differences, force.entries, "The record holds", "The policy asks for");
+}
+
 std::string Sentence(const Force& force) {
   if (!force.unknown.empty()) return "cannot be told: " + force.unknown;
   if (force.IsIn())

@@ -40,6 +40,9 @@ struct Force {
 /// every printer of the suite's driver, and the exclude list with the printers of now.
 Force ForceOf(const Review& review);
 
+/// Returns the rows of its differences.
+std::vector<Row> RowsOf(const Force& force);
+
 /// Returns one sentence: "in force on 3 entries; ...", "not in force: ...", "cannot be told: ...".
 std::string Sentence(const Force& force);
 

@@ -26,12 +26,13 @@ bool HasQuote(const std::string& id) {
 
 /// Throws when the pass has failed at something for which the policy is not to blame, as when the
 /// memory ends.
-void RequireWhole(const PolicyPart* policy, const std::vector<Message>& messages) {
+void RequireWhole(const PolicyPart* policy, const std::vector<Message>& messages,
+                  const std::vector<Message>& troubles) {
   const bool canBeUnread =
       policy != nullptr && std::ranges::any_of(policy->listed, HasQuote, &Property::text);
   if (!canBeUnread && std::ranges::find(messages, Step::kUnread, StepOf) != messages.end())
     Fail("the policy could not be read");
-  for (const Message& trouble : Troubles(messages))
+  for (const Message& trouble : troubles)
     if (const Meaning meaning = MeaningOf(trouble); meaning.weight == Weight::kFailure)
       Fail(meaning.sentence);
 }
@@ -206,11 +207,11 @@ void ReviewEntries(Review& review) {
 }
 
 /// Trouble of the pass that is not the reason of a dropped element is a note about the machine.
-void ReviewTroubles(const std::vector<Message>& messages, Review& review) {
+void ReviewTroubles(const std::vector<Message>& troubles, Review& review) {
   std::set<std::pair<int, std::string>> reasons;
   for (const ElementFate& fate : review.elements)
     if (fate.reason) reasons.emplace(fate.reason->number, fate.reason->text);
-  for (const Message& trouble : Troubles(messages))
+  for (const Message& trouble : troubles)
     if (reasons.contains({trouble.number, trouble.text}))
       review.told.push_back(trouble);
     else
@@ -230,7 +231,8 @@ Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsa
     review.undelivered =
         "`set` and `release` refuse it as a delivered policy: " + rehearsal.undelivered;
   const PolicyPart* const policy = document.policies.Find(std::to_string(call.policyId));
-  RequireWhole(policy, rehearsal.messages);
+  const std::vector<Message> troubles = Troubles(rehearsal.messages);
+  RequireWhole(policy, rehearsal.messages, troubles);
   if (policy != nullptr) review.elements = FatesOf(document, *policy, rehearsal);
   review.records = std::move(rehearsal.records);
   for (const ElementFate& fate : review.elements)
@@ -245,7 +247,7 @@ Review ReviewOf(const PolicyCall& call, const PolicyDocument& document, Rehearsa
   if (policy != nullptr)
     ReviewScope(*policy, ReadPolicy(call.text, call.policyId).scope.value_or(L""), review);
   ReviewEntries(review);
-  ReviewTroubles(rehearsal.messages, review);
+  ReviewTroubles(troubles, review);
   review.findings.Close();
   review.notes.Close();
   return review;

@@ -110,27 +110,21 @@ std::set<std::string> Unfilled(const std::string& written, const std::string& st
   return unfilled;
 }
 
-/// Returns the parts of the text around each {WinUser}.
-std::vector<std::string> AroundUsers(const std::string& text) {
-  std::vector<std::string> parts;
-  std::size_t from = 0;
-  for (std::size_t at; (at = text.find(kUser, from)) != text.npos; from = at + kUser.size())
-    parts.push_back(text.substr(from, at - from));
-  parts.push_back(text.substr(from));
-  return parts;
-}
-
 /// Returns the user's name where `stored` is `written` with one name in place of each {WinUser}.
 std::optional<std::string> UserIn(const std::string& written, const std::string& stored) {
-  const std::vector<std::string> parts = AroundUsers(written);
-  const std::size_t count = parts.size() - 1;
+  const std::size_t first = written.find(kUser);
+  if (first == written.npos) return std::nullopt;
+  const std::size_t count = CountUsers(written);
   const std::size_t rest = written.size() - count * kUser.size();
-  const std::size_t first = parts.front().size();
-  if (count == 0 || stored.size() < rest) return std::nullopt;
+  if (stored.size() < rest || first > stored.size()) return std::nullopt;
   std::string user = stored.substr(first, (stored.size() - rest) / count);
-  std::string expected = parts.front();
-  for (std::size_t i = 1; i <= count; ++i) expected.append(user).append(parts[i]);
-  if (expected != stored) return std::nullopt;
+  std::string expected;
+  std::size_t from = 0;
+  for (std::size_t at = first; at != written.npos; at = written.find(kUser, from)) {
+    expected.append(written, from, at - from).append(user);
+    from = at + kUser.size();
+  }
+  if (expected.append(written, from) != stored) return std::nullopt;
   return user;
 }
 
@@ -266,7 +260,10 @@ class PropertyReview {
 }  // namespace
 
 std::size_t CountUsers(const std::string& text) {
-  return AroundUsers(text).size() - 1;
+  std::size_t count = 0;
+  for (std::size_t at = text.find(kUser); at != text.npos; at = text.find(kUser, at + kUser.size()))
+    ++count;
+  return count;
 }
 
 void ReviewProperties(const PolicyPart& element, const ElementFate& fate, Review& review) {

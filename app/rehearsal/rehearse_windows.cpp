@@ -189,13 +189,13 @@ void ScratchMachine::Enter() const {
 /// The place of the delivered policy is the machine's, so set itself cannot be asked. Asked are the
 /// parts of it that decide on a text: the cipher, the reader and the scope.
 std::string ScratchMachine::WhyUndelivered(const std::wstring& text) const {
-  std::wstring delivered = text;
+  std::optional<Unsealed> delivered;
   if (PolicyKey key; FindKey(key)) {
     const fs::path file = m_folder / L"WmPolicy.dat";
     WriteOutput(file, SealText(platform::ToUtf8(text)));
-    if (auto unsealed = Unseal(file.wstring())) delivered = std::move(unsealed->text);
+    delivered = Unseal(file.wstring());
   }
-  const PolicyText policy = ReadPolicy(delivered);
+  const PolicyText policy = delivered ? std::move(delivered->policy) : ReadPolicy(text);
   if (!policy.refusal.empty()) return policy.refusal;
   constexpr int kNone = -1;
   return _wtoi(policy.scope.value_or(L"").c_str()) == kNone ? MeaningOfNoScope() : "";

@@ -11,6 +11,30 @@
 namespace app {
 namespace {
 
+std::optional<std::wstring> IfSound(std::wstring text, bool isSound) {
+  if (!isSound || text.find(L'\0') != text.npos) return std::nullopt;
+  return text;
+}
+
+/// The codecs replace what is ill-formed, so that it does not survive the way there and back.
+std::optional<std::wstring> FromUtf8(std::string_view bytes) {
+  std::wstring text = platform::FromUtf8(bytes);
+  const bool isSound = platform::ToUtf8(text) == bytes;
+  return IfSound(std::move(text), isSound);
+}
+
+std::optional<std::wstring> FromUtf16Le(std::string_view bytes) {
+  std::wstring text = platform::FromUtf16LeBytes(bytes);
+  const bool isSound = bytes.size() % 2 == 0 && platform::FromUtf8(platform::ToUtf8(text)) == text;
+  return IfSound(std::move(text), isSound);
+}
+
+std::optional<std::wstring> FromUtf16Be(std::string_view bytes) {
+  std::string swapped(bytes);
+  for (std::size_t i = 1; i < swapped.size(); i += 2) std::swap(swapped[i - 1], swapped[i]);
+  return FromUtf16Le(swapped);
+}
+
 std::string ReadStandardInput() {
   std::string bytes;
   char block[0x10000];
@@ -30,25 +54,12 @@ void RequireSize(std::size_t size, std::size_t greatest) {
 }
 
 std::optional<std::wstring> DecodeText(std::string_view bytes) {
-  const bool isPair = bytes.size() >= 2;
-  const bool isBig = bytes.starts_with("\xFE\xFF") || (isPair && bytes[0] == 0 && bytes[1] != 0);
-  const bool isLittle = bytes.starts_with("\xFF\xFE") || (isPair && bytes[0] != 0 && bytes[1] == 0);
-  std::string swapped(isBig ? bytes : "");
-  for (std::size_t i = 1; i < swapped.size(); i += 2) std::swap(swapped[i - 1], swapped[i]);
-  if (isBig) bytes = swapped;
-  // The codecs replace what is ill-formed, so that it does not survive the way there and back.
-  std::wstring text;
-  bool isSound = false;
-  if (isBig || isLittle) {
-    text = platform::FromUtf16LeBytes(bytes);
-    isSound = bytes.size() % 2 == 0 && platform::FromUtf8(platform::ToUtf8(text)) == text;
-  } else {
-    text = platform::FromUtf8(bytes);
-    isSound = platform::ToUtf8(text) == bytes;
-  }
-  if (!isSound || text.find(L'\0') != text.npos) return std::nullopt;
-  if (text.starts_with(L'\uFEFF')) text.erase(0, 1);
-  return text;
+  if (bytes.starts_with("\xEF\xBB\xBF")) return FromUtf8(bytes.substr(3));
+  if (bytes.starts_with("\xFF\xFE")) return FromUtf16Le(bytes.substr(2));
+  if (bytes.starts_with("\xFE\xFF")) return FromUtf16Be(bytes.substr(2));
+  if (bytes.size() >= 2 && bytes[0] != 0 && bytes[1] == 0) return FromUtf16Le(bytes);
+  if (bytes.size() >= 2 && bytes[0] == 0 && bytes[1] != 0) return FromUtf16Be(bytes);
+  return FromUtf8(bytes);
 }
 
 std::string ReadBytes(const std::string& file) try {

@@ -1,7 +1,6 @@
 #include "app/text/html.h"
 
 #include <cstdint>
-#include <map>
 #include <utility>
 
 #include "platform/visible_text.h"
@@ -77,12 +76,15 @@ std::string Encoded(std::string_view bytes) {
 }  // namespace
 
 std::string MarkupEscaped(std::string_view text) {
-  static const std::map<char, std::string> names = {
-      {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&#39;"}};
+  constexpr std::string_view kMarkup = "&<>\"'";
+  constexpr const char* kNames[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&#39;"};
   std::string escaped;
   for (const char each : text) {
-    const auto name = names.find(each);
-    escaped += name == names.end() ? std::string(1, each) : name->second;
+    const std::size_t place = kMarkup.find(each);
+    if (place == kMarkup.npos)
+      escaped += each;
+    else
+      escaped += kNames[place];
   }
   return escaped;
 }
