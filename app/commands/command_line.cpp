@@ -159,7 +159,7 @@ void AddPolicyFile(CLI::App& command, std::string& file) {
 void AddPolicySource(CLI::App& command, std::string& file) {
   command
       .add_option("FILE", file,
-                  "The policy, text or sealed; - is standard input (the delivered one)")
+                  "The policy, text or sealed; - is a text on standard input (the delivered one)")
       ->type_name("");
 }
 

@@ -41,12 +41,13 @@ Exports LoadExports() {
   return exports;
 }
 
-/// Gathers the messages of its lifetime.
+/// Gathers the messages of its lifetime that the filter keeps.
 class Watch {
  public:
-  explicit Watch(std::vector<Message>& messages)
+  Watch(std::vector<Message>& messages, const MessageFilter& isKept)
       : m_setWatcher(Function<SigilWatchLogFunction*>(Load(kLog), "SigilWatchLog")) {
     s_messages = &messages;
+    s_isKept = &isKept;
     if (m_setWatcher != nullptr) m_setWatcher(&Take);
   }
   ~Watch() {
@@ -59,10 +60,12 @@ class Watch {
 
  private:
   static void Take(int level, int number, const wchar_t* function, const wchar_t* text) {
-    s_messages->push_back({level, number, platform::ToUtf8(function), platform::ToUtf8(text)});
+    Message message{level, number, platform::ToUtf8(function), platform::ToUtf8(text)};
+    if (!*s_isKept || (*s_isKept)(message)) s_messages->push_back(std::move(message));
   }
 
   static inline std::vector<Message>* s_messages = nullptr;
+  static inline const MessageFilter* s_isKept = nullptr;
   SigilWatchLogFunction* const m_setWatcher;
 };
 
@@ -134,10 +137,10 @@ ExportCall UpdateCall(const PolicyCall& call) {
   };
 }
 
-Outcome Call(const ExportCall& call) {
+Outcome Call(const ExportCall& call, const MessageFilter& isKept) {
   const Exports exports = LoadExports();
   Outcome outcome;
-  const Watch watch(outcome.messages);
+  const Watch watch(outcome.messages, isKept);
   outcome.isWatched = static_cast<bool>(watch);
   outcome.result = call(exports);
   return outcome;

@@ -32,8 +32,8 @@ struct Message {
   auto operator<=>(const Message&) const = default;
 };
 
-/// The result of an export, and every message on the way, also those that the log file leaves out
-/// or has no room for.
+/// The result of an export, and the messages on the way, also those that the log file leaves out or
+/// has no room for.
 struct Outcome {
   int result = 0;
   std::vector<Message> messages;
@@ -41,6 +41,8 @@ struct Outcome {
 };
 
 using ExportCall = std::function<int(const Exports&)>;
+/// Returns whether a message is kept in the outcome.
+using MessageFilter = std::function<bool(const Message&)>;
 
 /// An update with a policy, whose text must live as long.
 struct PolicyCall {
@@ -51,8 +53,9 @@ struct PolicyCall {
 ExportCall UpdateCall(const PolicyCall& call);
 
 /// Loads the library, which stays loaded, and makes the call. Throws std::runtime_error when the
-/// library, an operation or its log is missing. One call at a time.
-Outcome Call(const ExportCall& call);
+/// library, an operation or its log is missing. Keeps every message if no filter is given. One call
+/// at a time.
+Outcome Call(const ExportCall& call, const MessageFilter& isKept = nullptr);
 
 /// What a command knows about its own work.
 struct Work {

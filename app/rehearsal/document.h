@@ -28,6 +28,11 @@ struct PolicyPart {
   std::vector<Property> listed = {};      ///< Of a policy: the IDs of its list of elements.
 };
 
+/// The reader cannot ask for an ID with a quotation mark.
+inline bool HasQuote(const std::string& id) {
+  return id.find('"') != id.npos;
+}
+
 /// Parts of one kind, in the document's order.
 class PolicyParts {
  public:

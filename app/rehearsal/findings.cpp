@@ -19,11 +19,6 @@ namespace {
   throw std::runtime_error("the rehearsal is incomplete: " + what);
 }
 
-/// The reader cannot ask for an ID with a quotation mark.
-bool HasQuote(const std::string& id) {
-  return id.find('"') != id.npos;
-}
-
 /// Throws when the pass has failed at something for which the policy is not to blame, as when the
 /// memory ends.
 void RequireWhole(const PolicyPart* policy, const std::vector<Message>& messages,

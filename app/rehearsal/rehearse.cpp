@@ -4,6 +4,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <utility>
 
 #include "app/machine/client.h"
 #include "app/pass/messages.h"
@@ -29,15 +30,22 @@ bool IsSaved(const Rehearsal& rehearsal) {
   });
 }
 
+/// Keeps the messages that a rehearsal has, and of unread texts the first alone, because a policy
+/// may have a million of them.
+MessageFilter OfRehearsal() {
+  return [hasUnread = false](const Message& message) mutable {
+    if (message.level >= kTroubleLevel) return true;
+    const Step step = StepOf(message);
+    return step == Step::kUnread ? !std::exchange(hasUnread, true) : step != Step::kOther;
+  };
+}
+
 Rehearsal HoldRehearsal(const ScratchMachine& scratch, const PolicyCall& call) try {
   scratch.Enter();
   LayUserFile();  // as the command `update` does
-  Outcome outcome = Call(UpdateCall(call));
+  Outcome outcome = Call(UpdateCall(call), OfRehearsal());
   Rehearsal held = {.result = outcome.result, .file = peers::FindSettingPlace().file.string()};
   if (held.result != SIGIL_SETTING_FAILED) held.undelivered = scratch.WhyUndelivered(call.text);
-  std::erase_if(outcome.messages, [](const Message& message) {
-    return message.level < kTroubleLevel && StepOf(message) == Step::kOther;
-  });
   held.messages = std::move(outcome.messages);
   return held;
 } catch (const std::exception& error) {

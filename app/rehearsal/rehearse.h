@@ -26,7 +26,8 @@ namespace app {
 struct Rehearsal {
   std::string error = {};  ///< Why the child could not hold it; then there is nothing else.
   int result = 0;          ///< Of the update.
-  /// Those of level kTroubleLevel and above, and of the walk over the policy's list on each entry.
+  /// Those of level kTroubleLevel and above, of the walk over the policy's list on each entry, and
+  /// the first that tells of an unread text.
   std::vector<Message> messages = {};
   std::string undelivered = {};            ///< Why set refuses the policy; empty if it does not.
   std::string file = {};                   ///< The scratch's setting file.

@@ -29,6 +29,7 @@ constexpr char kForceDoes[] = "Nothing is changed; --force does it all the same.
 // and a pass under half a minute.
 constexpr std::size_t kMostNodes = 500'000;
 constexpr std::size_t kMostMarks = 100'000;
+constexpr std::size_t kMostQuoted = 20'000;  // because the library logs each query for one
 constexpr std::size_t kMostMarkBytes = 64 * 1024 * 1024;
 constexpr std::size_t kMostUserBytes = 255 * 3;  // of a user's name
 
@@ -62,6 +63,9 @@ void RequireFewMarks(const PolicyDocument& document, int policyId) {
   const std::size_t entries = CountEntries();
   if (policy->listed.size() * entries > kMostMarks)
     RefuseSize("watermarks on the entries of this machine", kMostMarks);
+  const auto quoted = std::ranges::count_if(policy->listed, HasQuote, &Property::text);
+  if (static_cast<std::size_t>(quoted) * entries > kMostQuoted)
+    RefuseSize("watermarks of IDs with a quotation mark", kMostQuoted);
   if (bytes * entries > kMostMarkBytes)
     RefuseSize("bytes in the watermarks on the entries of this machine", kMostMarkBytes);
 }

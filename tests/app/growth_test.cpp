@@ -1,7 +1,7 @@
 // What the desk takes for a hostile policy: each family repeats one thing up to the bounds.
 //
-// A process may take 500 MB. Of time the test knows no more than that a minute of the processor is
-// a hundred times what any family needs: work that grew with the square of the text would be over.
+// A process may take 500 MB, and a minute of the processor, which is many times what any family
+// needs: work that grew with the square of the text would take longer.
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -44,6 +44,7 @@ const Family kFamilies[] = {
     {"Users", "</Text>", "{WinUser}", 20'000, "finding"},
     {"LongText", "</Text>", "xxxxxxxxxx", 1'600'000, "finding"},
     {"TooManyIds", "</ElementIDs>", "<ID>0</ID>", 40'000, "too large"},
+    {"TooManyQuotedIds", "</ElementIDs>", "<ID>q\"#</ID>", 20'001, "too large"},
     {"TooManyUsers", "</Text>", "{WinUser}", 1'000'000, "too large"},
     {"TooManyNodes", "</Text>", "<a/>", 4'000'000, "too large"},
 };
