@@ -130,7 +130,7 @@ TEST_F(Mutexes, AreFoundFreeByWaitersThatNobodyWakes) {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     std::fstream(platform::MachineRoot() / "mutex/Global+TEST").write("\0\0\0\0", 4);
   });
-  EXPECT_EQ(WaitForSingleObject(mutex.get(), 10'000), WAIT_OBJECT_0);
+  EXPECT_EQ(WaitForSingleObject(mutex.get(), 180'000), WAIT_OBJECT_0);
   freeing.join();
   EXPECT_TRUE(ReleaseMutex(mutex.get()));
   kill(owner, SIGKILL);
