@@ -32,6 +32,10 @@ struct LogFilter {
   std::string since;  ///< Lines before it: a time as it stands in the log, or empty.
 };
 
+bool IsLevel(int number) {
+  return number >= 0 && number < std::ssize(kLevels);
+}
+
 /// What stands before the next blank, which goes with it.
 std::string_view Cut(std::string_view& text) {
   const std::size_t end = std::min(text.find(' '), text.size());
@@ -65,8 +69,7 @@ std::string Shown(std::string_view text, const LogFilter& filter) {
   const std::string stamp(text.substr(0, kStamp));
   if (rest.starts_with(kTraceOfPath)) level = 0;
   if (*level < filter.level || stamp < filter.since) return "";
-  const bool isKnown = *level >= 0 && static_cast<std::size_t>(*level) < std::size(kLevels);
-  std::string word = isKnown ? kLevels[*level] : std::to_string(*level);
+  std::string word = IsLevel(*level) ? kLevels[*level] : std::to_string(*level);
   word.resize(std::max(word.size(), std::string_view("progress").size()), ' ');
   return platform::Visible(stamp + " " + std::string(process) + " " + word + " " +
                            std::string(rest)) +
@@ -106,7 +109,7 @@ int ParseLevel(const std::string& text) {
   const auto word = std::ranges::find(kLevels, text);
   if (word != std::end(kLevels)) return static_cast<int>(word - kLevels);
   const auto number = Number(text);
-  if (!number || *number < 0 || *number > 5)
+  if (!number || !IsLevel(*number))
     throw UsageError("--level: 0 to 5 or trace, detail, progress, info, warning, error, not '" +
                      text + "'");
   return *number;
